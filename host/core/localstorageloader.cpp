@@ -1,0 +1,162 @@
+#include "localstorageloader.h"
+
+#include <host/core/authdata.h>
+#include <host/core/command.h>
+#include <host/core/localstorage.h>
+#include <host/core/logging.h>
+#include <host/core/protocol.h>
+#include <host/core/zrdatastream.h>
+#include <host/core/zrserverinterface.h>
+#include <shared/datasets.h>
+#include <shared/roleentry.h>
+#include <shared/wire.h>
+
+#include <QCoreApplication>
+
+namespace zeral {
+
+LocalStorageLoader::LocalStorageLoader(ZRServerInterface *server, LocalStorage *storage,
+                                       QObject *parent)
+    : QObject(parent)
+    , m_server(server)
+    , m_storage(storage)
+{
+    for (const char *dataname : ALL_DATANAMES)
+        m_datanames.append(QLatin1String(dataname));
+
+    // Pushes during the load tell which objects exist now, whatever the pages said.
+    connect(m_storage, &LocalStorage::dataChanged, this,
+            [this](const QString &dataname, const QList<TYPE_ID> &uids) {
+                if (m_running && m_current >= 0 && dataname == m_datanames.value(m_current))
+                    m_seen.unite(QSet<TYPE_ID>(uids.cbegin(), uids.cend()));
+            });
+    connect(m_storage, &LocalStorage::dataRemoved, this,
+            [this](const QString &dataname, const QList<TYPE_ID> &uids) {
+                if (m_running && m_current >= 0 && dataname == m_datanames.value(m_current)) {
+                    for (TYPE_ID uid : uids)
+                        m_seen.remove(uid);
+                }
+            });
+}
+
+LocalStorageLoader::~LocalStorageLoader()
+{
+    m_server->cancelCallbacks(this);
+}
+
+void LocalStorageLoader::start()
+{
+    m_server->cancelCallbacks(this);
+    m_running = true;
+    m_current = -1;
+    emit progress(0, m_datanames.size() + 1, QString());
+    requestRoleCatalogue();
+}
+
+void LocalStorageLoader::requestRoleCatalogue()
+{
+    Command command;
+    command.type = proto::NamedCommand;
+    command.name = QLatin1String(proto::command::RoleCatalogue);
+    command.sessionId = AuthData::sessionId();
+    m_server->send(
+        command, [this](Command &answer) { onRoleCatalogue(answer); }, this);
+}
+
+void LocalStorageLoader::onRoleCatalogue(Command &answer)
+{
+    if (!answer.isOk()) {
+        fail(answer.errorText());
+        return;
+    }
+    ZRDataStream in(answer.data);
+    QList<RoleEntry> entries;
+    wire::readList(in, entries);
+    if (in.status() != QDataStream::Ok) {
+        fail(QCoreApplication::translate("LocalStorageLoader",
+                                         "Сервер прислал нечитаемый каталог ролей"));
+        return;
+    }
+    m_storage->setRoleCatalogue(entries);
+    m_current = 0;
+    m_afterUid = 0;
+    m_seen.clear();
+    emit progress(1, m_datanames.size() + 1, m_datanames.constFirst());
+    requestPage();
+}
+
+void LocalStorageLoader::requestPage()
+{
+    Command command;
+    command.type = proto::NamedCommand;
+    command.name = QLatin1String(proto::command::Snapshot);
+    command.sessionId = AuthData::sessionId();
+    ZRDataStream out(&command.data, QIODevice::WriteOnly);
+    out << m_datanames.at(m_current) << m_afterUid << proto::SnapshotPageSize;
+    m_server->send(
+        command, [this](Command &answer) { onPage(answer); }, this);
+}
+
+void LocalStorageLoader::onPage(Command &answer)
+{
+    if (!answer.isOk()) {
+        fail(answer.errorText());
+        return;
+    }
+    ZRDataStream in(answer.data);
+    QList<ObjectInfo> objects;
+    bool more = false;
+    wire::readList(in, objects);
+    in >> more;
+    if (in.status() != QDataStream::Ok) {
+        fail(QCoreApplication::translate("LocalStorageLoader",
+                                         "Сервер прислал нечитаемые данные набора «%1»")
+                 .arg(m_datanames.at(m_current)));
+        return;
+    }
+    for (const ObjectInfo &object : qAsConst(objects)) {
+        m_seen.insert(object.uid);
+        m_afterUid = qMax(m_afterUid, object.uid);
+    }
+    m_storage->applyChanged(m_datanames.at(m_current), objects);
+    if (more && !objects.isEmpty())
+        requestPage();
+    else
+        finishDataset();
+}
+
+void LocalStorageLoader::finishDataset()
+{
+    const QString dataname = m_datanames.at(m_current);
+    QList<TYPE_ID> gone;
+    const LocalStorage::Objects &objects = m_storage->constObjects(dataname);
+    for (auto it = objects.cbegin(); it != objects.cend(); ++it) {
+        if (!m_seen.contains(it.key()))
+            gone.append(it.key());
+    }
+    m_storage->applyRemoved(dataname, gone);
+    qCDebug(lcHostStore) << "loaded" << dataname << objects.size() << "objects";
+
+    ++m_current;
+    m_afterUid = 0;
+    m_seen.clear();
+    emit progress(m_current + 1, m_datanames.size() + 1, m_datanames.value(m_current));
+    if (m_current < m_datanames.size()) {
+        requestPage();
+        return;
+    }
+    m_running = false;
+    emit finished();
+}
+
+void LocalStorageLoader::fail(const QString &reason)
+{
+    qCWarning(lcHostStore) << "loading the store failed:" << reason;
+    m_running = false;
+    m_current = -1;
+    emit failed(reason.isEmpty() ? QCoreApplication::translate(
+                                       "LocalStorageLoader", "Не удалось загрузить данные")
+                                 : reason);
+}
+
+} // namespace zeral

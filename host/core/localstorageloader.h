@@ -1,0 +1,55 @@
+#pragma once
+
+#include <shared/types.h>
+
+#include <QObject>
+#include <QSet>
+#include <QString>
+#include <QStringList>
+
+struct Command;
+class ZRServerInterface;
+
+namespace zeral {
+
+class LocalStorage;
+
+// Fills the local store after login or a reconnect: the catalogue of roles, then every
+// dataset page by page. Each page is applied as it comes, so pushes that arrive meanwhile
+// are never overwritten by older data; at the end of a dataset, objects the server no
+// longer has are removed.
+class LocalStorageLoader : public QObject
+{
+    Q_OBJECT
+public:
+    LocalStorageLoader(ZRServerInterface *server, LocalStorage *storage,
+                       QObject *parent = nullptr);
+    ~LocalStorageLoader() override;
+
+    void start();
+    bool isRunning() const { return m_running; }
+
+signals:
+    // `step` of `steps` done; `dataname` is the dataset now being read.
+    void progress(int step, int steps, const QString &dataname);
+    void finished();
+    void failed(const QString &reason);
+
+private:
+    void requestRoleCatalogue();
+    void requestPage();
+    void onRoleCatalogue(Command &answer);
+    void onPage(Command &answer);
+    void finishDataset();
+    void fail(const QString &reason);
+
+    ZRServerInterface *m_server;
+    LocalStorage *m_storage;
+    QStringList m_datanames;
+    int m_current = -1;
+    TYPE_ID m_afterUid = 0;
+    QSet<TYPE_ID> m_seen; // uids the server has now, by snapshot or by push
+    bool m_running = false;
+};
+
+} // namespace zeral

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <QDataStream>
+#include <QHash>
+#include <QIODevice>
+#include <QList>
+#include <QMultiMap>
+#include <QString>
+#include <QVariant>
+#include <QVector>
+
+// Readers for data that comes from another process. Qt's own readers of QList and QVector
+// reserve room for the element count read from the stream before a single element has
+// arrived; these readers never trust a count further than the bytes really left in the
+// stream, so a hostile count can't make a reader allocate gigabytes.
+namespace zeral::wire {
+
+// True if `count` elements of at least one byte each can still be in the stream. Streams
+// over sequential devices can't tell, and are trusted only with a bounded count.
+bool countIsPlausible(QDataStream &in, quint32 count);
+
+template<class Sequence, class Reader>
+QDataStream &readSequence(QDataStream &in, Sequence &out, Reader readOne)
+{
+    out.clear();
+    quint32 count = 0;
+    in >> count;
+    if (in.status() != QDataStream::Ok)
+        return in;
+    if (!countIsPlausible(in, count)) {
+        in.setStatus(QDataStream::ReadCorruptData);
+        return in;
+    }
+    out.reserve(int(count));
+    for (quint32 i = 0; i < count; ++i) {
+        typename Sequence::value_type value;
+        readOne(in, value);
+        if (in.status() != QDataStream::Ok) {
+            out.clear();
+            break;
+        }
+        out.append(std::move(value));
+    }
+    return in;
+}
+
+template<class T>
+QDataStream &readList(QDataStream &in, QList<T> &out)
+{
+    return readSequence(in, out, [](QDataStream &s, T &v) { s >> v; });
+}
+
+template<class T>
+QDataStream &readVector(QDataStream &in, QVector<T> &out)
+{
+    return readSequence(in, out, [](QDataStream &s, T &v) { s >> v; });
+}
+
+// A QVariant of a plain value type (numbers, text, bytes, dates) or of a list or map of
+// such variants, nested a few levels at most. Any other type stops the read as corrupt.
+QDataStream &readVariant(QDataStream &in, QVariant &out);
+QDataStream &readVariantHash(QDataStream &in, QVariantHash &out);
+QDataStream &readVariantList(QDataStream &in, QVariantList &out);
+QDataStream &readVariantVector(QDataStream &in, QVector<QVariant> &out);
+QDataStream &readVariantMultiMap(QDataStream &in, QMultiMap<QString, QVariant> &out);
+
+} // namespace zeral::wire
