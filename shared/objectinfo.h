@@ -25,8 +25,8 @@ struct ObjectInfo
     QMultiMap<unsigned int, _INHERIT_DATA> children; // links where this object is the parent
 
     ObjectInfo() = default;
-    // A copy owns its parameters at once, so that a copy handed to another thread or kept
-    // across a store update never shares the hash with the store.
+    // A copy-constructed object owns its parameters at once, so that a copy handed to
+    // another thread never shares the hash with the store it came from.
     ObjectInfo(const ObjectInfo &other);
     ObjectInfo(ObjectInfo &&other) = default;
     ObjectInfo &operator=(const ObjectInfo &other) = default;

@@ -14,16 +14,34 @@ QDataStream &operator<<(QDataStream &out, const TaskInfo &task)
                << task.startMessage << task.errorMessage << task.subtasks << task.method;
 }
 
-QDataStream &operator>>(QDataStream &in, TaskInfo &task)
+namespace {
+
+// Subtasks nest a level or two in practice. A deeper task is refused as corrupt, so that a
+// stream nesting them without end can't run the reader off the end of the stack.
+constexpr int MaxSubtaskDepth = 16;
+
+QDataStream &readTask(QDataStream &in, TaskInfo &task, int depth)
 {
+    if (depth > MaxSubtaskDepth) {
+        in.setStatus(QDataStream::ReadCorruptData);
+        return in;
+    }
     in >> task.id;
     wire::readList(in, task.dependsOn);
     in >> task.uid >> task.type;
     wire::readVariantMultiMap(in, task.data);
     in >> task.startMessage >> task.errorMessage;
-    wire::readList(in, task.subtasks);
+    wire::readSequence(in, task.subtasks,
+                       [depth](QDataStream &s, TaskInfo &sub) { readTask(s, sub, depth + 1); });
     task.receiver = nullptr;
     return in >> task.method;
+}
+
+} // namespace
+
+QDataStream &operator>>(QDataStream &in, TaskInfo &task)
+{
+    return readTask(in, task, 0);
 }
 
 } // namespace zeral

@@ -87,45 +87,48 @@ QDataStream &readVariantAt(QDataStream &in, QVariant &out, int depth)
     if (in.status() != QDataStream::Ok)
         return in;
 
+    QVariant value;
     switch (typeId) {
     case QMetaType::UnknownType:
         return in; // an invalid variant carries nothing more
     case QMetaType::QVariantList: {
         QVariantList list;
         readVariantSequence(in, list, depth + 1);
-        out = list;
-        return in;
+        value = list;
+        break;
     }
     case QMetaType::QVariantMap: {
         QVariantMap map;
         readVariantPairs(in, map, depth + 1);
-        out = map;
-        return in;
+        value = map;
+        break;
     }
     case QMetaType::QVariantHash: {
         QVariantHash hash;
         readVariantPairs(in, hash, depth + 1);
-        out = hash;
-        return in;
+        value = hash;
+        break;
     }
     case QMetaType::QStringList: {
         QList<QString> list;
         readList(in, list);
-        out = QStringList(list);
-        return in;
-    }
-    default:
+        value = QStringList(list);
         break;
     }
-    if (!isPlainType(typeId)) {
-        in.setStatus(QDataStream::ReadCorruptData);
-        return in;
+    default:
+        if (!isPlainType(typeId)) {
+            in.setStatus(QDataStream::ReadCorruptData);
+            return in;
+        }
+        value = QVariant(int(typeId), nullptr);
+        if (!QMetaType::load(in, int(typeId), value.data()))
+            in.setStatus(QDataStream::ReadCorruptData);
+        break;
     }
-    QVariant value(int(typeId), nullptr);
-    if (!QMetaType::load(in, int(typeId), value.data()))
-        in.setStatus(QDataStream::ReadCorruptData);
+    // Only a complete value is handed out. A null one stays null (a NULL column of a query
+    // is a null variant of the column's type, not a zero).
     if (in.status() == QDataStream::Ok)
-        out = value;
+        out = isNull ? QVariant(QVariant::Type(typeId)) : value;
     return in;
 }
 

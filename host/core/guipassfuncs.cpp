@@ -24,10 +24,11 @@ const QString SpecialChars = QStringLiteral("!#$%&*+-=?@_");
 bool flag(const QString &key, bool defaultValue)
 {
     const QString text = GUIPassFuncs::getDBParameterByName(key).trimmed().toLower();
-    if (text.isEmpty())
-        return defaultValue;
-    return text == QLatin1String("1") || text == QLatin1String("true")
-           || text == QLatin1String("yes");
+    if (text == QLatin1String("1") || text == QLatin1String("true") || text == QLatin1String("yes"))
+        return true;
+    if (text == QLatin1String("0") || text == QLatin1String("false") || text == QLatin1String("no"))
+        return false;
+    return defaultValue; // missing, or nothing we can read
 }
 
 bool isSpecial(QChar c)
@@ -97,7 +98,8 @@ QStringList GUIPassFuncs::unmetCriteria(const QString &password,
         return std::any_of(password.cbegin(), password.cend(), test);
     };
     QStringList unmet;
-    if (password.size() < options.value(MinLength, DefaultMinLength).toInt())
+    // The same bounds as the generator's: no policy asks for more than MaxLength.
+    if (password.size() < qBound(1, options.value(MinLength, DefaultMinLength).toInt(), MaxLength))
         unmet.append(MinLength);
     if (options.value(RequireUpper).toBool() && !has([](QChar c) { return c.isUpper(); }))
         unmet.append(RequireUpper);

@@ -150,30 +150,36 @@ void LocalStorage::attach(ZRServerInterface *server)
                                &LocalStorage::handlePush);
 }
 
-void LocalStorage::handlePush(const Command &push)
+void LocalStorage::handlePush(const Command &command)
 {
-    const bool changed = push.name == QLatin1String(proto::command::DataChanged);
-    const bool removed = push.name == QLatin1String(proto::command::DataRemoved);
-    if (!changed && !removed)
+    Push push;
+    if (!readPush(command, &push))
         return;
+    if (command.name == QLatin1String(proto::command::DataChanged))
+        applyChanged(push.dataname, push.changed);
+    else
+        applyRemoved(push.dataname, push.removed);
+}
 
-    ZRDataStream in(push.data);
-    QString dataname;
-    in >> dataname;
-    QList<ObjectInfo> objects;
-    QList<TYPE_ID> uids;
+bool LocalStorage::readPush(const Command &command, Push *push)
+{
+    const bool changed = command.name == QLatin1String(proto::command::DataChanged);
+    const bool removed = command.name == QLatin1String(proto::command::DataRemoved);
+    if (!changed && !removed)
+        return false;
+
+    ZRDataStream in(command.data);
+    in >> push->dataname;
     if (changed)
-        wire::readList(in, objects);
+        wire::readList(in, push->changed);
     else
-        wire::readList(in, uids);
-    if (in.status() != QDataStream::Ok || !isKnownDataname(dataname)) {
-        qCWarning(lcHostStore) << "ignoring an unreadable push" << push.name << dataname;
-        return;
+        wire::readList(in, push->removed);
+    if (in.status() != QDataStream::Ok || !in.atEnd() || !isKnownDataname(push->dataname)) {
+        qCWarning(lcHostStore) << "ignoring an unreadable push" << command.name
+                               << push->dataname;
+        return false;
     }
-    if (changed)
-        applyChanged(dataname, objects);
-    else
-        applyRemoved(dataname, uids);
+    return true;
 }
 
 bool LocalStorage::isKnownDataname(const QString &dataname)

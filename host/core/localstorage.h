@@ -56,9 +56,20 @@ public:
     void clear();
     // Applies the server's pushes of changes and removals from now on.
     void attach(ZRServerInterface *server);
-    void handlePush(const Command &push);
+    void handlePush(const Command &command);
 
     static bool isKnownDataname(const QString &dataname);
+
+    // A push of changed or removed objects, as read from the wire.
+    struct Push
+    {
+        QString dataname;
+        QList<ObjectInfo> changed;
+        QList<TYPE_ID> removed;
+    };
+    // Reads a "data.changed" or "data.removed" push of a known dataset; false for any other
+    // command and for one that doesn't read cleanly.
+    static bool readPush(const Command &command, Push *push);
 
 signals:
     void dataChanged(QString dataname, QList<zeral::TYPE_ID> uids);

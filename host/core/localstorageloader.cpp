@@ -24,19 +24,7 @@ LocalStorageLoader::LocalStorageLoader(ZRServerInterface *server, LocalStorage *
     for (const char *dataname : ALL_DATANAMES)
         m_datanames.append(QLatin1String(dataname));
 
-    // Pushes during the load tell which objects exist now, whatever the pages said.
-    connect(m_storage, &LocalStorage::dataChanged, this,
-            [this](const QString &dataname, const QList<TYPE_ID> &uids) {
-                if (m_running && m_current >= 0 && dataname == m_datanames.value(m_current))
-                    m_seen.unite(QSet<TYPE_ID>(uids.cbegin(), uids.cend()));
-            });
-    connect(m_storage, &LocalStorage::dataRemoved, this,
-            [this](const QString &dataname, const QList<TYPE_ID> &uids) {
-                if (m_running && m_current >= 0 && dataname == m_datanames.value(m_current)) {
-                    for (TYPE_ID uid : uids)
-                        m_seen.remove(uid);
-                }
-            });
+    connect(m_server, &ZRServerInterface::pushReceived, this, &LocalStorageLoader::onPush);
 }
 
 LocalStorageLoader::~LocalStorageLoader()
@@ -51,6 +39,25 @@ void LocalStorageLoader::start()
     m_current = -1;
     emit progress(0, m_datanames.size() + 1, QString());
     requestRoleCatalogue();
+}
+
+void LocalStorageLoader::onPush(const Command &command)
+{
+    // The store applies every push itself. For the dataset being read, a push is newer than
+    // any page that comes after it: such a page must not bring back an older state of those
+    // objects, and the objects the push changed exist whatever the pages say.
+    LocalStorage::Push push;
+    if (!m_running || m_current < 0 || !LocalStorage::readPush(command, &push)
+        || push.dataname != m_datanames.value(m_current))
+        return;
+    for (const ObjectInfo &object : qAsConst(push.changed)) {
+        m_pushed.insert(object.uid);
+        m_alive.insert(object.uid);
+    }
+    for (TYPE_ID uid : qAsConst(push.removed)) {
+        m_pushed.insert(uid);
+        m_alive.remove(uid);
+    }
 }
 
 void LocalStorageLoader::requestRoleCatalogue()
@@ -80,7 +87,8 @@ void LocalStorageLoader::onRoleCatalogue(Command &answer)
     m_storage->setRoleCatalogue(entries);
     m_current = 0;
     m_afterUid = 0;
-    m_seen.clear();
+    m_alive.clear();
+    m_pushed.clear();
     emit progress(1, m_datanames.size() + 1, m_datanames.constFirst());
     requestPage();
 }
@@ -114,12 +122,18 @@ void LocalStorageLoader::onPage(Command &answer)
                  .arg(m_datanames.at(m_current)));
         return;
     }
-    for (const ObjectInfo &object : qAsConst(objects)) {
-        m_seen.insert(object.uid);
-        m_afterUid = qMax(m_afterUid, object.uid);
+    const bool emptyPage = objects.isEmpty();
+    for (auto it = objects.begin(); it != objects.end();) {
+        m_afterUid = qMax(m_afterUid, it->uid);
+        if (m_pushed.contains(it->uid)) {
+            it = objects.erase(it);
+            continue;
+        }
+        m_alive.insert(it->uid);
+        ++it;
     }
     m_storage->applyChanged(m_datanames.at(m_current), objects);
-    if (more && !objects.isEmpty())
+    if (more && !emptyPage)
         requestPage();
     else
         finishDataset();
@@ -131,7 +145,7 @@ void LocalStorageLoader::finishDataset()
     QList<TYPE_ID> gone;
     const LocalStorage::Objects &objects = m_storage->constObjects(dataname);
     for (auto it = objects.cbegin(); it != objects.cend(); ++it) {
-        if (!m_seen.contains(it.key()))
+        if (!m_alive.contains(it.key()))
             gone.append(it.key());
     }
     m_storage->applyRemoved(dataname, gone);
@@ -139,7 +153,8 @@ void LocalStorageLoader::finishDataset()
 
     ++m_current;
     m_afterUid = 0;
-    m_seen.clear();
+    m_alive.clear();
+    m_pushed.clear();
     emit progress(m_current + 1, m_datanames.size() + 1, m_datanames.value(m_current));
     if (m_current < m_datanames.size()) {
         requestPage();

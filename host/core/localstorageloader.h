@@ -15,9 +15,9 @@ namespace zeral {
 class LocalStorage;
 
 // Fills the local store after login or a reconnect: the catalogue of roles, then every
-// dataset page by page. Each page is applied as it comes, so pushes that arrive meanwhile
-// are never overwritten by older data; at the end of a dataset, objects the server no
-// longer has are removed.
+// dataset page by page. Each page is applied as it comes; a page never overwrites what a
+// push told meanwhile; at the end of a dataset, objects the server no longer has are
+// removed.
 class LocalStorageLoader : public QObject
 {
     Q_OBJECT
@@ -36,6 +36,7 @@ signals:
     void failed(const QString &reason);
 
 private:
+    void onPush(const Command &command);
     void requestRoleCatalogue();
     void requestPage();
     void onRoleCatalogue(Command &answer);
@@ -48,7 +49,10 @@ private:
     QStringList m_datanames;
     int m_current = -1;
     TYPE_ID m_afterUid = 0;
-    QSet<TYPE_ID> m_seen; // uids the server has now, by snapshot or by push
+    // Of the dataset being read: the uids the server has now, by page or by push, and the
+    // uids a push changed or removed during the load, which later pages leave alone.
+    QSet<TYPE_ID> m_alive;
+    QSet<TYPE_ID> m_pushed;
     bool m_running = false;
 };
 

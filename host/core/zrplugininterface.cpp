@@ -56,7 +56,12 @@ void ZRPluginInterface::sendQuery(const Command &command, Callback callback)
 void ZRPluginInterface::sendSplitQuery(const QList<Command> &parts, Callback callback)
 {
     if (parts.isEmpty()) {
-        sendQuery(newCommand(), std::move(callback)); // answered by a failure: nothing to send
+        // Nothing to send, and nothing can fail: a success with no data, later as always.
+        const unsigned int key = ++m_lastCallbackKey;
+        m_callbacks.insert(key, std::move(callback));
+        Command answer = newCommand();
+        answer.status = zeral::proto::StatusOk;
+        answerLater(key, answer);
         return;
     }
     const unsigned long long splitId = ++m_lastSplitId;
@@ -129,15 +134,20 @@ void ZRPluginInterface::finishSubCommand(unsigned int key, Command &answer)
 
 void ZRPluginInterface::failLater(unsigned int key, const Command &request)
 {
-    // Without a connection the answer still comes later, never from inside the call.
+    answerLater(key, Command::failure(request, zeral::proto::StatusConnectionLost,
+                                      QCoreApplication::translate("ZRPluginInterface",
+                                                                  "Нет соединения с сервером")));
+}
+
+void ZRPluginInterface::answerLater(unsigned int key, const Command &answer)
+{
+    // The answer still comes from the event loop, never from inside the call.
     QObject *context = object() ? object() : QCoreApplication::instance();
-    QTimer::singleShot(0, context, [this, key, request] {
-        Command answer = Command::failure(
-            request, zeral::proto::StatusConnectionLost,
-            QCoreApplication::translate("ZRPluginInterface", "Нет соединения с сервером"));
+    QTimer::singleShot(0, context, [this, key, answer] {
+        Command delivered = answer;
         if (m_subCommands.contains(key))
-            finishSubCommand(key, answer);
+            finishSubCommand(key, delivered);
         else
-            finishQuery(key, answer);
+            finishQuery(key, delivered);
     });
 }

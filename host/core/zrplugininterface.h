@@ -48,7 +48,7 @@ public:
     void sendQuery(const Command &command, Callback callback);
     // Sends several commands as one request: `callback` runs once after every part has
     // been answered, with the data of all parts one after the other, or with the first
-    // failed part's status and data.
+    // failed part's status and data. No parts at all is a success with no data.
     void sendSplitQuery(const QList<Command> &parts, Callback callback);
     // Makes `handler` the receiver of every command of that type that reaches the plugin.
     void registerCommandHandler(const CommandType &type, Callback handler);
@@ -63,6 +63,7 @@ private:
     void finishQuery(unsigned int key, Command &answer);
     void finishSubCommand(unsigned int key, Command &answer);
     void failLater(unsigned int key, const Command &request);
+    void answerLater(unsigned int key, const Command &answer);
 
     QHash<unsigned int, Callback> m_callbacks;
     QHash<CommandType, Callback> m_handlers;

@@ -45,6 +45,8 @@ ZRServerInterface::~ZRServerInterface()
 
 void ZRServerInterface::connectToServer(const QString &host, quint16 port, bool encrypted)
 {
+    // An earlier connection is closed first: its end is not a loss to recover from.
+    disconnectFromServer();
     m_host = host;
     m_port = port;
     m_encrypted = encrypted;
@@ -173,7 +175,8 @@ void ZRServerInterface::receive(Command &command)
         emit pushReceived(command);
         return;
     }
-    if (!m_pending.contains(command.id)) {
+    // Only requests that went to the server can be answered by it; a local one is not its.
+    if (const auto it = m_pending.constFind(command.id); it == m_pending.cend() || !it->remote) {
         qCDebug(lcHostNet) << "answer to a forgotten request" << command.id << command.name;
         return;
     }

@@ -1,0 +1,130 @@
+#include "loginclient.h"
+
+#include <host/core/authdata.h>
+#include <host/core/command.h>
+#include <host/core/logging.h>
+#include <host/core/passhash.h>
+#include <host/core/protocol.h>
+#include <host/core/zrdatastream.h>
+#include <host/core/zrserverinterface.h>
+#include <shared/wire.h>
+
+#include <QCoreApplication>
+
+namespace command = zeral::proto::command;
+
+LoginClient::LoginClient(ZRServerInterface *server, QObject *parent)
+    : QObject(parent)
+    , m_server(server)
+{
+    connect(m_server, &ZRServerInterface::connected, this, &LoginClient::onConnected);
+    connect(m_server, &ZRServerInterface::pushReceived, this, &LoginClient::onPush);
+}
+
+LoginClient::~LoginClient()
+{
+    m_server->cancelCallbacks(this);
+}
+
+void LoginClient::login(const QString &login, const QString &password, const QString &clientName)
+{
+    m_clientName = clientName;
+    const QString hash = PassHash::encrypt(password, QCryptographicHash::Md5);
+    Command request;
+    request.type = zeral::proto::NamedCommand;
+    request.name = QLatin1String(command::Login);
+    ZRDataStream out(&request.data, QIODevice::WriteOnly);
+    out << login << hash << clientName;
+    m_server->send(
+        request,
+        [this, login, hash](Command &answer) {
+            if (!answer.isOk()) {
+                emit loginFailed(answer.status, answer.errorText());
+                return;
+            }
+            if (!readIdentity(answer, login, hash)) {
+                emit loginFailed(zeral::proto::StatusMalformed,
+                                 tr("Сервер прислал нечитаемый ответ на вход"));
+                return;
+            }
+            emit loggedIn();
+        },
+        this);
+}
+
+void LoginClient::logout()
+{
+    if (!AuthData::isLoggedIn())
+        return;
+    Command request;
+    request.type = zeral::proto::NamedCommand;
+    request.name = QLatin1String(command::Logout);
+    request.sessionId = AuthData::sessionId();
+    AuthData::clear();
+    m_server->send(request, nullptr, this);
+}
+
+void LoginClient::onConnected()
+{
+    // A first connection has no session yet; a reconnection picks up the one we had.
+    if (AuthData::isLoggedIn())
+        resume();
+}
+
+void LoginClient::resume()
+{
+    const QString login = AuthData::user();
+    const QString hash = AuthData::passwdHash();
+    Command request;
+    request.type = zeral::proto::NamedCommand;
+    request.name = QLatin1String(command::Resume);
+    ZRDataStream out(&request.data, QIODevice::WriteOnly);
+    out << AuthData::sessionId() << login << hash;
+    m_server->send(
+        request,
+        [this, login, hash](Command &answer) {
+            if (answer.status == zeral::proto::StatusConnectionLost)
+                return; // dropped again; the next connection tries anew
+            if (!answer.isOk() || !readIdentity(answer, login, hash)) {
+                loseSession(answer.isOk() ? tr("Не удалось восстановить сессию")
+                                          : answer.errorText());
+                return;
+            }
+            qCInfo(lcHostNet) << "session resumed";
+            emit resumed();
+        },
+        this);
+}
+
+void LoginClient::onPush(const Command &push)
+{
+    if (push.name != QLatin1String(command::SessionClosed))
+        return;
+    ZRDataStream in(push.data);
+    QString reason;
+    in >> reason;
+    loseSession(reason.isEmpty() ? tr("Сессия закрыта сервером") : reason);
+}
+
+bool LoginClient::readIdentity(const Command &answer, const QString &login, const QString &hash)
+{
+    ZRDataStream in(answer.data);
+    AuthData::Identity identity;
+    QList<QString> roles;
+    in >> identity.sessionId >> identity.userId >> identity.roletemplateId;
+    zeral::wire::readList(in, roles);
+    if (in.status() != QDataStream::Ok || identity.sessionId.isEmpty())
+        return false;
+    identity.user = login;
+    identity.roles = QStringList(roles);
+    identity.passwdHash = hash;
+    AuthData::set(identity);
+    return true;
+}
+
+void LoginClient::loseSession(const QString &reason)
+{
+    qCWarning(lcHostNet) << "session lost:" << reason;
+    AuthData::clear();
+    emit sessionLost(reason);
+}

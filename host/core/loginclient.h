@@ -1,0 +1,40 @@
+#pragma once
+
+#include <QObject>
+#include <QString>
+
+struct Command;
+class ZRServerInterface;
+
+// Opens, keeps and closes the operator's session. On success it fills AuthData. When the
+// connection comes back after a drop it resumes the same session, so everything that was
+// given the session id keeps working; a session closed by the server ends here.
+class LoginClient : public QObject
+{
+    Q_OBJECT
+public:
+    explicit LoginClient(ZRServerInterface *server, QObject *parent = nullptr);
+    ~LoginClient() override;
+
+    // The password is hashed at once; the plain text isn't kept.
+    void login(const QString &login, const QString &password, const QString &clientName);
+    void logout();
+
+signals:
+    void loggedIn();
+    void loginFailed(qint32 status, const QString &reason);
+    void resumed();
+    // The session is gone for good (disconnected by another operator, or not resumable);
+    // AuthData has been cleared.
+    void sessionLost(const QString &reason);
+
+private:
+    void onConnected();
+    void onPush(const Command &push);
+    void resume();
+    bool readIdentity(const Command &answer, const QString &login, const QString &hash);
+    void loseSession(const QString &reason);
+
+    ZRServerInterface *m_server;
+    QString m_clientName;
+};
