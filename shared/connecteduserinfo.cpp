@@ -6,9 +6,8 @@ namespace zeral {
 
 bool ConnectedUserInfo::operator==(const ConnectedUserInfo &other) const
 {
-    return user == other.user && ipPort == other.ipPort
-           && connectDateTime == other.connectDateTime && lastActionTime == other.lastActionTime
-           && sessionId == other.sessionId;
+    return user == other.user && ipPort == other.ipPort && connectDateTime == other.connectDateTime
+           && lastActionTime == other.lastActionTime && sessionId == other.sessionId;
 }
 
 QDataStream &operator<<(QDataStream &out, const ConnectedUserInfo &info)

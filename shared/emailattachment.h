@@ -16,8 +16,7 @@ struct _EMAIL_ATTACHMENT
 
     bool operator==(const _EMAIL_ATTACHMENT &other) const
     {
-        return fileName == other.fileName && mimeType == other.mimeType
-               && content == other.content;
+        return fileName == other.fileName && mimeType == other.mimeType && content == other.content;
     }
     bool operator!=(const _EMAIL_ATTACHMENT &other) const { return !(*this == other); }
 };

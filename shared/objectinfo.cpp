@@ -28,14 +28,14 @@ bool ObjectInfo::operator==(const ObjectInfo &other) const
 
 QDataStream &operator<<(QDataStream &out, const ObjectInfo &object)
 {
-    return out << object.uid << object.type << object.parent << object.reserved
-               << object.parameters << object.timestamp << object.parents << object.children;
+    return out << object.uid << object.type << object.parent << object.reserved << object.parameters
+               << object.timestamp << object.parents << object.children;
 }
 
 QDataStream &operator>>(QDataStream &in, ObjectInfo &object)
 {
-    return in >> object.uid >> object.type >> object.parent >> object.reserved
-           >> object.parameters >> object.timestamp >> object.parents >> object.children;
+    return in >> object.uid >> object.type >> object.parent >> object.reserved >> object.parameters
+           >> object.timestamp >> object.parents >> object.children;
 }
 
 } // namespace zeral

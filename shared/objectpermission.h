@@ -15,8 +15,7 @@ struct OBJECT_PERMISSION
 
     bool operator==(const OBJECT_PERMISSION &other) const
     {
-        return subject == other.subject && object == other.object
-               && permission == other.permission;
+        return subject == other.subject && object == other.object && permission == other.permission;
     }
     bool operator!=(const OBJECT_PERMISSION &other) const { return !(*this == other); }
 };

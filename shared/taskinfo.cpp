@@ -6,7 +6,9 @@ namespace zeral {
 
 std::atomic<qint64> TaskInfo::_nextid{0};
 
-TaskInfo::TaskInfo() : id(++_nextid) {}
+TaskInfo::TaskInfo()
+    : id(++_nextid)
+{}
 
 QDataStream &operator<<(QDataStream &out, const TaskInfo &task)
 {

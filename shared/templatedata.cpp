@@ -6,10 +6,10 @@ namespace zeral {
 
 bool _TEMPLATE_DATA::operator==(const _TEMPLATE_DATA &other) const
 {
-    return firstWord == other.firstWord && marker == other.marker
-           && secondWord == other.secondWord && format == other.format && data == other.data
-           && extra == other.extra && lastValue == other.lastValue
-           && firstFlag == other.firstFlag && secondFlag == other.secondFlag;
+    return firstWord == other.firstWord && marker == other.marker && secondWord == other.secondWord
+           && format == other.format && data == other.data && extra == other.extra
+           && lastValue == other.lastValue && firstFlag == other.firstFlag
+           && secondFlag == other.secondFlag;
 }
 
 QDataStream &operator<<(QDataStream &out, const _TEMPLATE_DATA &data)

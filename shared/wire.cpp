@@ -19,13 +19,8 @@ QDataStream &readVariantPairs(QDataStream &in, Container &out, int depth)
 {
     out.clear();
     quint32 count = 0;
-    in >> count;
-    if (in.status() != QDataStream::Ok)
+    if (!readCount(in, &count))
         return in;
-    if (!countIsPlausible(in, count)) {
-        in.setStatus(QDataStream::ReadCorruptData);
-        return in;
-    }
     for (quint32 i = 0; i < count; ++i) {
         QString key;
         QVariant value;
@@ -42,9 +37,8 @@ QDataStream &readVariantPairs(QDataStream &in, Container &out, int depth)
 
 QDataStream &readVariantSequence(QDataStream &in, QVariantList &out, int depth)
 {
-    return readSequence(in, out, [depth](QDataStream &s, QVariant &v) {
-        readVariantAt(s, v, depth);
-    });
+    return readSequence(in, out,
+                        [depth](QDataStream &s, QVariant &v) { readVariantAt(s, v, depth); });
 }
 
 bool isPlainType(quint32 typeId)
@@ -134,12 +128,18 @@ QDataStream &readVariantAt(QDataStream &in, QVariant &out, int depth)
 
 } // namespace
 
-bool countIsPlausible(QDataStream &in, quint32 count)
+bool readCount(QDataStream &in, quint32 *count)
 {
+    in >> *count;
+    if (in.status() != QDataStream::Ok)
+        return false;
     const QIODevice *device = in.device();
-    if (device && !device->isSequential())
-        return qint64(count) <= device->bytesAvailable();
-    return count <= MaxCountOnSequentialDevice;
+    const bool plausible = device && !device->isSequential()
+                               ? qint64(*count) <= device->bytesAvailable()
+                               : *count <= MaxCountOnSequentialDevice;
+    if (!plausible)
+        in.setStatus(QDataStream::ReadCorruptData);
+    return plausible;
 }
 
 QDataStream &readVariant(QDataStream &in, QVariant &out)

@@ -15,22 +15,18 @@
 // stream, so a hostile count can't make a reader allocate gigabytes.
 namespace zeral::wire {
 
-// True if `count` elements of at least one byte each can still be in the stream. Streams
-// over sequential devices can't tell, and are trusted only with a bounded count.
-bool countIsPlausible(QDataStream &in, quint32 count);
+// Reads the element count of a container. A count larger than the bytes left in the stream
+// (at least one per element) fails the stream as corrupt; streams over sequential devices
+// can't tell how much is left and are trusted only with a bounded count.
+bool readCount(QDataStream &in, quint32 *count);
 
 template<class Sequence, class Reader>
 QDataStream &readSequence(QDataStream &in, Sequence &out, Reader readOne)
 {
     out.clear();
     quint32 count = 0;
-    in >> count;
-    if (in.status() != QDataStream::Ok)
+    if (!readCount(in, &count))
         return in;
-    if (!countIsPlausible(in, count)) {
-        in.setStatus(QDataStream::ReadCorruptData);
-        return in;
-    }
     out.reserve(int(count));
     for (quint32 i = 0; i < count; ++i) {
         typename Sequence::value_type value;

@@ -12,8 +12,12 @@ class ZRHash : public QHash<K, V>
 public:
     using QHash<K, V>::QHash;
     ZRHash() = default;
-    ZRHash(const QHash<K, V> &other) : QHash<K, V>(other) {}
-    ZRHash(QHash<K, V> &&other) : QHash<K, V>(std::move(other)) {}
+    ZRHash(const QHash<K, V> &other)
+        : QHash<K, V>(other)
+    {}
+    ZRHash(QHash<K, V> &&other)
+        : QHash<K, V>(std::move(other))
+    {}
 
     // A miss yields one default-constructed value shared by all misses, so callers can
     // always read the result.

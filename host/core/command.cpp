@@ -16,6 +16,15 @@ QString Command::errorText() const
     return in.status() == QDataStream::Ok ? text : QString();
 }
 
+Command Command::named(const QString &name, const QByteArray &sessionId)
+{
+    Command request;
+    request.type = zeral::proto::NamedCommand;
+    request.name = name;
+    request.sessionId = sessionId;
+    return request;
+}
+
 Command Command::answer(const Command &request, qint32 status, const QByteArray &data)
 {
     Command reply;
@@ -38,14 +47,14 @@ Command Command::failure(const Command &request, qint32 status, const QString &t
 
 QDataStream &operator<<(QDataStream &out, const Command &command)
 {
-    return out << command.id << command.type << command.name << command.status
-               << command.sessionId << command.data;
+    return out << command.id << command.type << command.name << command.status << command.sessionId
+               << command.data;
 }
 
 QDataStream &operator>>(QDataStream &in, Command &command)
 {
-    return in >> command.id >> command.type >> command.name >> command.status
-           >> command.sessionId >> command.data;
+    return in >> command.id >> command.type >> command.name >> command.status >> command.sessionId
+           >> command.data;
 }
 
 // Commands travel through queued signals (pushes, state changes) in the studio.

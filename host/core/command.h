@@ -21,6 +21,8 @@ struct Command
     // The text of a failed answer: its data holds one QString. Empty if it can't be read.
     QString errorText() const;
 
+    // A request of the named kind, without payload yet.
+    static Command named(const QString &name, const QByteArray &sessionId = {});
     // An answer to `request` with the given status and payload.
     static Command answer(const Command &request, qint32 status, const QByteArray &data = {});
     // A failed answer whose payload is the text for a person.

@@ -10,7 +10,10 @@ struct CommandType
     QString name;
 
     CommandType() = default;
-    CommandType(qint32 type, const QString &name) : type(type), name(name) {}
+    CommandType(qint32 type, const QString &name)
+        : type(type)
+        , name(name)
+    {}
 
     bool operator==(const CommandType &other) const
     {

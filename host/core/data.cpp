@@ -25,8 +25,7 @@ namespace command = zeral::proto::command;
 Data::Data(ZRPluginInterface *plugin, const QByteArray &sessionId)
     : m_plugin(plugin)
     , m_sessionId(sessionId)
-{
-}
+{}
 
 void Data::addObject(const zeral::ObjectInfo &object, const QList<zeral::_INHERIT_DATA> &links,
                      Callback callback)
@@ -56,8 +55,7 @@ void Data::addPermissions(const QList<zeral::OBJECT_PERMISSION> &permissions, Ca
     send(command::AddPermissions, payload(permissions), std::move(callback));
 }
 
-void Data::updatePermissions(zeral::TYPE_ID uid,
-                             const QList<zeral::OBJECT_PERMISSION> &permissions,
+void Data::updatePermissions(zeral::TYPE_ID uid, const QList<zeral::OBJECT_PERMISSION> &permissions,
                              Callback callback)
 {
     send(command::UpdatePermissions, payload(uid, permissions), std::move(callback));

@@ -29,7 +29,9 @@ LocalStorage::RolesModelFactory &rolesModelFactory()
 
 } // namespace
 
-LocalStorage::LocalStorage(QObject *parent) : QObject(parent) {}
+LocalStorage::LocalStorage(QObject *parent)
+    : QObject(parent)
+{}
 
 LocalStorage *LocalStorage::instance()
 {
@@ -146,8 +148,8 @@ void LocalStorage::clear()
 void LocalStorage::attach(ZRServerInterface *server)
 {
     disconnect(m_pushConnection);
-    m_pushConnection = connect(server, &ZRServerInterface::pushReceived, this,
-                               &LocalStorage::handlePush);
+    m_pushConnection
+        = connect(server, &ZRServerInterface::pushReceived, this, &LocalStorage::handlePush);
 }
 
 void LocalStorage::handlePush(const Command &command)
@@ -175,8 +177,7 @@ bool LocalStorage::readPush(const Command &command, Push *push)
     else
         wire::readList(in, push->removed);
     if (in.status() != QDataStream::Ok || !in.atEnd() || !isKnownDataname(push->dataname)) {
-        qCWarning(lcHostStore) << "ignoring an unreadable push" << command.name
-                               << push->dataname;
+        qCWarning(lcHostStore) << "ignoring an unreadable push" << command.name << push->dataname;
         return false;
     }
     return true;

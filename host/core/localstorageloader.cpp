@@ -62,10 +62,8 @@ void LocalStorageLoader::onPush(const Command &command)
 
 void LocalStorageLoader::requestRoleCatalogue()
 {
-    Command command;
-    command.type = proto::NamedCommand;
-    command.name = QLatin1String(proto::command::RoleCatalogue);
-    command.sessionId = AuthData::sessionId();
+    const Command command
+        = Command::named(QLatin1String(proto::command::RoleCatalogue), AuthData::sessionId());
     m_server->send(
         command, [this](Command &answer) { onRoleCatalogue(answer); }, this);
 }
@@ -85,20 +83,28 @@ void LocalStorageLoader::onRoleCatalogue(Command &answer)
         return;
     }
     m_storage->setRoleCatalogue(entries);
-    m_current = 0;
+    startDataset(0);
+}
+
+void LocalStorageLoader::startDataset(int index)
+{
+    m_current = index;
     m_afterUid = 0;
     m_alive.clear();
     m_pushed.clear();
-    emit progress(1, m_datanames.size() + 1, m_datanames.constFirst());
-    requestPage();
+    emit progress(index + 1, m_datanames.size() + 1, m_datanames.value(index));
+    if (index < m_datanames.size()) {
+        requestPage();
+        return;
+    }
+    m_running = false;
+    emit finished();
 }
 
 void LocalStorageLoader::requestPage()
 {
-    Command command;
-    command.type = proto::NamedCommand;
-    command.name = QLatin1String(proto::command::Snapshot);
-    command.sessionId = AuthData::sessionId();
+    Command command
+        = Command::named(QLatin1String(proto::command::Snapshot), AuthData::sessionId());
     ZRDataStream out(&command.data, QIODevice::WriteOnly);
     out << m_datanames.at(m_current) << m_afterUid << proto::SnapshotPageSize;
     m_server->send(
@@ -150,18 +156,7 @@ void LocalStorageLoader::finishDataset()
     }
     m_storage->applyRemoved(dataname, gone);
     qCDebug(lcHostStore) << "loaded" << dataname << objects.size() << "objects";
-
-    ++m_current;
-    m_afterUid = 0;
-    m_alive.clear();
-    m_pushed.clear();
-    emit progress(m_current + 1, m_datanames.size() + 1, m_datanames.value(m_current));
-    if (m_current < m_datanames.size()) {
-        requestPage();
-        return;
-    }
-    m_running = false;
-    emit finished();
+    startDataset(m_current + 1);
 }
 
 void LocalStorageLoader::fail(const QString &reason)
@@ -169,8 +164,8 @@ void LocalStorageLoader::fail(const QString &reason)
     qCWarning(lcHostStore) << "loading the store failed:" << reason;
     m_running = false;
     m_current = -1;
-    emit failed(reason.isEmpty() ? QCoreApplication::translate(
-                                       "LocalStorageLoader", "Не удалось загрузить данные")
+    emit failed(reason.isEmpty() ? QCoreApplication::translate("LocalStorageLoader",
+                                                               "Не удалось загрузить данные")
                                  : reason);
 }
 

@@ -22,8 +22,7 @@ class LocalStorageLoader : public QObject
 {
     Q_OBJECT
 public:
-    LocalStorageLoader(ZRServerInterface *server, LocalStorage *storage,
-                       QObject *parent = nullptr);
+    LocalStorageLoader(ZRServerInterface *server, LocalStorage *storage, QObject *parent = nullptr);
     ~LocalStorageLoader() override;
 
     void start();
@@ -38,6 +37,7 @@ signals:
 private:
     void onPush(const Command &command);
     void requestRoleCatalogue();
+    void startDataset(int index);
     void requestPage();
     void onRoleCatalogue(Command &answer);
     void onPage(Command &answer);

@@ -30,9 +30,7 @@ void LoginClient::login(const QString &login, const QString &password, const QSt
 {
     m_clientName = clientName;
     const QString hash = PassHash::encrypt(password, QCryptographicHash::Md5);
-    Command request;
-    request.type = zeral::proto::NamedCommand;
-    request.name = QLatin1String(command::Login);
+    Command request = Command::named(QLatin1String(command::Login));
     ZRDataStream out(&request.data, QIODevice::WriteOnly);
     out << login << hash << clientName;
     m_server->send(
@@ -56,10 +54,7 @@ void LoginClient::logout()
 {
     if (!AuthData::isLoggedIn())
         return;
-    Command request;
-    request.type = zeral::proto::NamedCommand;
-    request.name = QLatin1String(command::Logout);
-    request.sessionId = AuthData::sessionId();
+    const Command request = Command::named(QLatin1String(command::Logout), AuthData::sessionId());
     AuthData::clear();
     m_server->send(request, nullptr, this);
 }
@@ -75,9 +70,7 @@ void LoginClient::resume()
 {
     const QString login = AuthData::user();
     const QString hash = AuthData::passwdHash();
-    Command request;
-    request.type = zeral::proto::NamedCommand;
-    request.name = QLatin1String(command::Resume);
+    Command request = Command::named(QLatin1String(command::Resume));
     ZRDataStream out(&request.data, QIODevice::WriteOnly);
     out << AuthData::sessionId() << login << hash;
     m_server->send(

@@ -18,18 +18,18 @@ inline constexpr quint32 MaxFrameSize = 64u * 1024u * 1024u;
 inline constexpr qint32 SnapshotPageSize = 2000;
 
 enum Status : qint32 {
-    StatusNone = 0,            // a request, not yet answered
+    StatusNone = 0, // a request, not yet answered
     StatusOk = 1,
-    StatusMalformed = 2,       // the payload could not be read
-    StatusNotLoggedIn = 3,     // the command needs a session
-    StatusForbidden = 4,       // the operator's rights don't allow it
-    StatusNotFound = 5,        // no such object, session or command
-    StatusConflict = 6,        // the change contradicts stored data (a login in use, ...)
-    StatusInternal = 7,        // the server failed; nothing was changed
-    StatusConnectionLost = 8,  // client side: the connection dropped before the answer came
-    StatusLoginFailed = 9,     // wrong login or password
-    StatusAccountBlocked = 10, // the account is blocked
-    StatusLoginLocked = 11,    // too many failed attempts; try again later
+    StatusMalformed = 2,         // the payload could not be read
+    StatusNotLoggedIn = 3,       // the command needs a session
+    StatusForbidden = 4,         // the operator's rights don't allow it
+    StatusNotFound = 5,          // no such object, session or command
+    StatusConflict = 6,          // the change contradicts stored data (a login in use, ...)
+    StatusInternal = 7,          // the server failed; nothing was changed
+    StatusConnectionLost = 8,    // client side: the connection dropped before the answer came
+    StatusLoginFailed = 9,       // wrong login or password
+    StatusAccountBlocked = 10,   // the account is blocked
+    StatusLoginLocked = 11,      // too many failed attempts; try again later
     StatusBiometricRefused = 18, // the operator may not edit biometric data
 };
 

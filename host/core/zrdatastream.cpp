@@ -1,16 +1,19 @@
 #include "zrdatastream.h"
 
-ZRDataStream::ZRDataStream(const QByteArray &data) : QDataStream(data)
+ZRDataStream::ZRDataStream(const QByteArray &data)
+    : QDataStream(data)
 {
     applySettings(*this);
 }
 
-ZRDataStream::ZRDataStream(QByteArray *data, QIODevice::OpenMode mode) : QDataStream(data, mode)
+ZRDataStream::ZRDataStream(QByteArray *data, QIODevice::OpenMode mode)
+    : QDataStream(data, mode)
 {
     applySettings(*this);
 }
 
-ZRDataStream::ZRDataStream(QIODevice *device) : QDataStream(device)
+ZRDataStream::ZRDataStream(QIODevice *device)
+    : QDataStream(device)
 {
     applySettings(*this);
 }

@@ -11,8 +11,8 @@ public:
     static constexpr QDataStream::Version StreamVersion = QDataStream::Qt_5_15;
     static constexpr QDataStream::ByteOrder StreamByteOrder = QDataStream::BigEndian;
 
-    explicit ZRDataStream(const QByteArray &data);              // reads
-    ZRDataStream(QByteArray *data, QIODevice::OpenMode mode);   // writes, or reads in place
+    explicit ZRDataStream(const QByteArray &data);            // reads
+    ZRDataStream(QByteArray *data, QIODevice::OpenMode mode); // writes, or reads in place
     explicit ZRDataStream(QIODevice *device);
 
     // Gives any QDataStream the settings above: the one place that sets them.

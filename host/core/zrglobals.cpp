@@ -58,30 +58,30 @@ const QHash<QString, QString> &ZRGlobals::roleTemplateNames()
 
 const QStringList &ZRGlobals::relayDevices()
 {
-    static const QStringList types = {QStringLiteral("OT_TERM_ZR_RELAY"),
-                                      QStringLiteral("OT_TERM_ZR_LOCK")};
+    static const QStringList types
+        = {QStringLiteral("OT_TERM_ZR_RELAY"), QStringLiteral("OT_TERM_ZR_LOCK")};
     return types;
 }
 
 const QStringList &ZRGlobals::videoDevices()
 {
-    static const QStringList types = {QStringLiteral("OT_VIDEO_CAMERA"),
-                                      QStringLiteral("OT_VIDEO_IP_CAMERA")};
+    static const QStringList types
+        = {QStringLiteral("OT_VIDEO_CAMERA"), QStringLiteral("OT_VIDEO_IP_CAMERA")};
     return types;
 }
 
 const QStringList &ZRGlobals::videoServerDevices()
 {
-    static const QStringList types = {QStringLiteral("OT_VIDEO_SERVER"),
-                                      QStringLiteral("OT_VIDEO_RECORDER")};
+    static const QStringList types
+        = {QStringLiteral("OT_VIDEO_SERVER"), QStringLiteral("OT_VIDEO_RECORDER")};
     return types;
 }
 
 const QStringList &ZRGlobals::accessShowDevices()
 {
-    static const QStringList types = {
-        QStringLiteral("OT_TERM_ZR_NOVA"), QStringLiteral("OT_TERM_ZR_PASS"),
-        QStringLiteral("OT_TERM_ZR_GATE"), QStringLiteral("OT_TERM_ZR_TURNSTILE")};
+    static const QStringList types
+        = {QStringLiteral("OT_TERM_ZR_NOVA"), QStringLiteral("OT_TERM_ZR_PASS"),
+           QStringLiteral("OT_TERM_ZR_GATE"), QStringLiteral("OT_TERM_ZR_TURNSTILE")};
     return types;
 }
 
@@ -89,9 +89,8 @@ namespace zeral {
 
 QString localeLongTime(const QDateTime &dateTime)
 {
-    const QLocale locale(Settings::value(QStringLiteral("mainwindow/language"),
-                                         QLocale().name())
-                             .toString());
+    const QLocale locale(
+        Settings::value(QStringLiteral("mainwindow/language"), QLocale().name()).toString());
     return locale.toString(dateTime, QLocale::LongFormat);
 }
 

@@ -22,6 +22,11 @@ QList<CommandType> ZRPluginInterface::init(ZRServerInterface *server, const QStr
 
 void ZRPluginInterface::uninit() {}
 
+ZRServerInterface *ZRPluginInterface::server() const
+{
+    return m_server;
+}
+
 void ZRPluginInterface::initOnExchangeReady() {}
 
 QWidget *ZRPluginInterface::widget()
@@ -36,9 +41,7 @@ QStringList ZRPluginInterface::requireList() const
 
 Command ZRPluginInterface::newCommand() const
 {
-    Command command;
-    command.type = zeral::proto::NamedCommand;
-    return command;
+    return Command::named(QString());
 }
 
 void ZRPluginInterface::sendQuery(const Command &command, Callback callback)

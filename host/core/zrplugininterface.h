@@ -6,6 +6,7 @@
 
 #include <QHash>
 #include <QList>
+#include <QPointer>
 #include <QString>
 #include <QStringList>
 #include <QtPlugin>
@@ -56,7 +57,7 @@ public:
     // Called by the router with a command of a type this plugin registered.
     void handleCommand(Command &command);
 
-    ZRServerInterface *server() const { return m_server; }
+    ZRServerInterface *server() const;
     QString instanceName() const { return m_name; }
 
 private:
@@ -69,7 +70,7 @@ private:
     QHash<CommandType, Callback> m_handlers;
     QHash<unsigned int, unsigned long long> m_subCommands; // callback key -> split request
     QHash<unsigned long long, SubCommandsInfo> m_subCommandsInfo;
-    ZRServerInterface *m_server = nullptr;
+    QPointer<ZRServerInterface> m_server; // the studio may tear its router down first
     QString m_name;
     unsigned int m_lastCallbackKey = 0;
     unsigned long long m_lastSplitId = 0;

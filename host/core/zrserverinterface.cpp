@@ -31,8 +31,7 @@ ZRServerInterface::ZRServerInterface(QObject *parent)
     });
     connect(m_socket, &QSslSocket::encrypted, this, &ZRServerInterface::onSocketReady);
     connect(m_socket, &QSslSocket::readyRead, this, &ZRServerInterface::onReadyRead);
-    connect(m_socket, &QSslSocket::disconnected, this,
-            &ZRServerInterface::onSocketDisconnected);
+    connect(m_socket, &QSslSocket::disconnected, this, &ZRServerInterface::onSocketDisconnected);
     connect(m_socket, &QAbstractSocket::errorOccurred, this, &ZRServerInterface::onSocketError);
 }
 
@@ -51,8 +50,6 @@ void ZRServerInterface::connectToServer(const QString &host, quint16 port, bool 
     m_port = port;
     m_encrypted = encrypted;
     m_reconnectAttempt = 0;
-    m_reconnectTimer->stop();
-    m_socket->abort();
     setState(State::Connecting);
     openSocket();
 }
@@ -78,7 +75,7 @@ quint64 ZRServerInterface::send(const Command &command, Callback callback, const
     Command request = command;
     request.id = ++m_lastRequestId;
     request.status = zeral::proto::StatusNone;
-    Pending pending{std::move(callback), owner, false};
+    Pending pending{std::move(callback), owner, false, request.name};
 
     if (const auto handler = m_localHandlers.constFind(request.name);
         handler != m_localHandlers.constEnd()) {
@@ -192,9 +189,8 @@ void ZRServerInterface::failRemoteRequests(const QString &reason)
     }
     std::sort(ids.begin(), ids.end()); // in the order they were sent
     for (quint64 id : ids) {
-        Command request;
+        Command request = Command::named(m_pending.value(id).name);
         request.id = id;
-        request.type = zeral::proto::NamedCommand;
         Command answer = Command::failure(request, zeral::proto::StatusConnectionLost, reason);
         complete(id, answer);
     }
@@ -269,8 +265,8 @@ void ZRServerInterface::onSocketError()
 void ZRServerInterface::onSocketDisconnected()
 {
     if (m_state == State::Connected)
-        dropConnection(QCoreApplication::translate("ZRServerInterface",
-                                                   "Сервер закрыл соединение"));
+        dropConnection(
+            QCoreApplication::translate("ZRServerInterface", "Сервер закрыл соединение"));
 }
 
 void ZRServerInterface::onReadyRead()
@@ -283,8 +279,8 @@ void ZRServerInterface::onReadyRead()
             return;
         case FrameCodec::ReadResult::Error:
             qCWarning(lcHostNet) << "resetting the connection:" << error;
-            dropConnection(QCoreApplication::translate(
-                "ZRServerInterface", "Сервер прислал повреждённые данные"));
+            dropConnection(QCoreApplication::translate("ZRServerInterface",
+                                                       "Сервер прислал повреждённые данные"));
             return;
         case FrameCodec::ReadResult::Frame:
             receive(command);
@@ -307,8 +303,8 @@ void ZRServerInterface::dropConnection(const QString &reason)
 void ZRServerInterface::scheduleReconnect()
 {
     const int shift = qMin(m_reconnectAttempt, 16);
-    const int delay = int(qMin<qint64>(qint64(m_firstReconnectDelayMs) << shift,
-                                       m_maxReconnectDelayMs));
+    const int delay
+        = int(qMin<qint64>(qint64(m_firstReconnectDelayMs) << shift, m_maxReconnectDelayMs));
     ++m_reconnectAttempt;
     emit reconnecting(m_reconnectAttempt, delay);
     m_reconnectTimer->start(delay);

@@ -78,6 +78,7 @@ private:
         Callback callback;
         const void *owner = nullptr;
         bool remote = false;
+        QString name; // of the request, for the answer made up when the connection drops
     };
 
     void complete(quint64 id, Command &answer);

@@ -12,19 +12,28 @@ using namespace zeral::proto;
 
 namespace {
 
-QByteArray identityPayload(const QByteArray &sessionId, quint32 uid, const QString &templateId,
-                           const QList<QString> &roles)
+QByteArray identity(const QByteArray &sessionId)
 {
     QByteArray bytes;
     ZRDataStream out(&bytes, QIODevice::WriteOnly);
-    out << sessionId << uid << templateId << roles;
+    out << sessionId << quint32(7) << QStringLiteral("RT_ADMINISTRATOR")
+        << QList<QString>{QStringLiteral("RL_USER_SHOW")};
     return bytes;
 }
 
-QString md5Hex(const QString &text)
+QString clientHash(const QByteArray &utf8)
 {
-    return QString::fromLatin1(
-        QCryptographicHash::hash(text.toUtf8(), QCryptographicHash::Md5).toHex());
+    return QString::fromLatin1(QCryptographicHash::hash(utf8, QCryptographicHash::Md5).toHex());
+}
+
+// Answers `name` with `status`: a success carries `payload`, a failure a text.
+ScriptedServer::Script answerWith(int status, const QByteArray &payload = identity("s-1"))
+{
+    return [=](const Command &request) {
+        return status == StatusOk
+                   ? Command::answer(request, StatusOk, payload)
+                   : Command::failure(request, status, QStringLiteral("Отказ сервера"));
+    };
 }
 
 } // namespace
@@ -46,68 +55,54 @@ private slots:
         delete m_server;
     }
 
-    void loginFillsTheOperator()
+    void login_data()
     {
-        m_server->script(QLatin1String(command::Login), [](const Command &request) {
-            return Command::answer(request, StatusOk,
-                                   identityPayload("s-1", 7, QStringLiteral("RT_ADMINISTRATOR"),
-                                                   {QStringLiteral("RL_USER_SHOW")}));
-        });
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<int>("reported"); // the status loginFailed tells, 0 for success
+        QTest::addRow("accepted") << int(StatusOk) << identity("s-1") << 0;
+        QTest::addRow("wrong password")
+            << int(StatusLoginFailed) << QByteArray() << int(StatusLoginFailed);
+        QTest::addRow("blocked") << int(StatusAccountBlocked) << QByteArray()
+                                 << int(StatusAccountBlocked);
+        QTest::addRow("locked") << int(StatusLoginLocked) << QByteArray() << int(StatusLoginLocked);
+        QTest::addRow("unreadable success")
+            << int(StatusOk) << QByteArray("x") << int(StatusMalformed);
+        QTest::addRow("success without session")
+            << int(StatusOk) << identity(QByteArray()) << int(StatusMalformed);
+    }
+    void login()
+    {
+        QFETCH(int, status);
+        QFETCH(QByteArray, payload);
+        QFETCH(int, reported);
+        m_server->script(QLatin1String(command::Login), answerWith(status, payload));
         QSignalSpy loggedIn(m_client, &LoginClient::loggedIn);
+        QSignalSpy failed(m_client, &LoginClient::loginFailed);
         m_client->login(QStringLiteral("админ"), QStringLiteral("секрет"),
                         QStringLiteral("studio 1"));
-        QVERIFY(loggedIn.wait(2000));
+        QTRY_COMPARE(loggedIn.count() + failed.count(), 1);
 
-        const Command request = m_server->lastSent(QLatin1String(command::Login));
-        ZRDataStream in(request.data);
+        ZRDataStream in(m_server->lastSent(QLatin1String(command::Login)).data);
         QString login, hash, client;
         in >> login >> hash >> client;
+        const QString expectedHash = clientHash("секрет");
         QCOMPARE(login, QStringLiteral("админ"));
-        QCOMPARE(hash, md5Hex(QStringLiteral("секрет")));
+        QCOMPARE(hash, expectedHash);
         QCOMPARE(client, QStringLiteral("studio 1"));
-        QVERIFY(in.atEnd());
 
+        if (reported != 0) {
+            QCOMPARE(failed.first().at(0).toInt(), reported);
+            QVERIFY(!failed.first().at(1).toString().isEmpty());
+            QVERIFY(!AuthData::isLoggedIn());
+            return;
+        }
         QCOMPARE(AuthData::user(), QStringLiteral("админ"));
         QCOMPARE(AuthData::userId(), 7u);
         QCOMPARE(AuthData::sessionId(), QByteArray("s-1"));
         QCOMPARE(AuthData::roletemplateId(), QStringLiteral("RT_ADMINISTRATOR"));
         QCOMPARE(AuthData::roles(), QStringList{QStringLiteral("RL_USER_SHOW")});
-        QCOMPARE(AuthData::passwdHash(), md5Hex(QStringLiteral("секрет")));
-    }
-
-    void loginFailureIsReported_data()
-    {
-        QTest::addColumn<int>("status");
-        QTest::addColumn<QString>("text");
-        QTest::addColumn<bool>("emptyPayload");
-        QTest::addRow("wrong password")
-            << int(StatusLoginFailed) << QStringLiteral("Неверный логин или пароль") << false;
-        QTest::addRow("blocked") << int(StatusAccountBlocked)
-                                 << QStringLiteral("Учётная запись заблокирована") << false;
-        QTest::addRow("locked") << int(StatusLoginLocked) << QStringLiteral("Повторите через 30 с")
-                                << false;
-        QTest::addRow("unreadable success") << int(StatusMalformed) << QString() << true;
-    }
-    void loginFailureIsReported()
-    {
-        QFETCH(int, status);
-        QFETCH(QString, text);
-        QFETCH(bool, emptyPayload);
-        m_server->script(QLatin1String(command::Login), [=](const Command &request) {
-            return emptyPayload ? Command::answer(request, StatusOk)
-                                : Command::failure(request, status, text);
-        });
-        QSignalSpy failed(m_client, &LoginClient::loginFailed);
-        QSignalSpy loggedIn(m_client, &LoginClient::loggedIn);
-        m_client->login(QStringLiteral("user"), QStringLiteral("pw"), QString());
-        QVERIFY(failed.wait(2000));
-        QCOMPARE(failed.first().at(0).toInt(), status);
-        if (!text.isEmpty())
-            QCOMPARE(failed.first().at(1).toString(), text);
-        else
-            QVERIFY(!failed.first().at(1).toString().isEmpty());
-        QCOMPARE(loggedIn.count(), 0);
-        QVERIFY(!AuthData::isLoggedIn());
+        QCOMPARE(AuthData::passwdHash(), expectedHash);
     }
 
     void reconnectResumesTheSession_data()
@@ -123,50 +118,48 @@ private slots:
         QFETCH(int, status);
         QFETCH(bool, stillLoggedIn);
         logIn();
-        m_server->script(QLatin1String(command::Resume), [=](const Command &request) {
-            return status == StatusOk
-                       ? Command::answer(request, StatusOk,
-                                         identityPayload("s-1", 7, QStringLiteral("RT_X"), {}))
-                       : Command::failure(request, status, QStringLiteral("Сессия закрыта"));
-        });
+        m_server->script(QLatin1String(command::Resume), answerWith(status));
         QSignalSpy resumed(m_client, &LoginClient::resumed);
         QSignalSpy lost(m_client, &LoginClient::sessionLost);
         emit m_server->connected();
         flushAnswers();
 
-        const Command request = m_server->lastSent(QLatin1String(command::Resume));
-        ZRDataStream in(request.data);
+        ZRDataStream in(m_server->lastSent(QLatin1String(command::Resume)).data);
         QByteArray sessionId;
         QString login, hash;
         in >> sessionId >> login >> hash;
         QCOMPARE(sessionId, QByteArray("s-1"));
         QCOMPARE(login, QStringLiteral("user"));
-        QCOMPARE(hash, md5Hex(QStringLiteral("pw")));
-
+        QCOMPARE(hash, clientHash("pw"));
         QCOMPARE(AuthData::isLoggedIn(), stillLoggedIn);
         QCOMPARE(resumed.count(), status == StatusOk ? 1 : 0);
         QCOMPARE(lost.count(), stillLoggedIn ? 0 : 1);
     }
 
-    void closedSessionIsLost()
+    void sessionEnds_data()
     {
+        QTest::addColumn<bool>("closedByServer");
+        QTest::addRow("disconnected by another operator") << true;
+        QTest::addRow("logout") << false;
+    }
+    void sessionEnds()
+    {
+        QFETCH(bool, closedByServer);
         logIn();
         QSignalSpy lost(m_client, &LoginClient::sessionLost);
-        QByteArray reason;
-        ZRDataStream out(&reason, QIODevice::WriteOnly);
-        out << QStringLiteral("Вас отключил администратор");
-        m_server->push(QLatin1String(command::SessionClosed), reason);
-        QCOMPARE(lost.count(), 1);
-        QCOMPARE(lost.first().at(0).toString(), QStringLiteral("Вас отключил администратор"));
-        QVERIFY(!AuthData::isLoggedIn());
-    }
-
-    void logoutEndsTheSession()
-    {
-        logIn();
-        m_client->logout();
-        const Command request = m_server->lastSent(QLatin1String(command::Logout));
-        QCOMPARE(request.sessionId, QByteArray("s-1"));
+        if (closedByServer) {
+            QByteArray reason;
+            ZRDataStream out(&reason, QIODevice::WriteOnly);
+            out << QStringLiteral("Вас отключил администратор");
+            m_server->push(QLatin1String(command::SessionClosed), reason);
+            QCOMPARE(lost.count(), 1);
+            QCOMPARE(lost.first().at(0).toString(), QStringLiteral("Вас отключил администратор"));
+        } else {
+            m_client->logout();
+            QCOMPARE(m_server->lastSent(QLatin1String(command::Logout)).sessionId,
+                     QByteArray("s-1"));
+            QCOMPARE(lost.count(), 0);
+        }
         QVERIFY(!AuthData::isLoggedIn());
     }
 
@@ -175,8 +168,7 @@ private:
     // have been handled.
     void flushAnswers()
     {
-        m_server->script(QStringLiteral("test.flush"),
-                         [](const Command &request) { return Command::answer(request, StatusOk); });
+        m_server->script(QStringLiteral("test.flush"), answerWith(StatusOk));
         bool flushed = false;
         Command flush;
         flush.type = NamedCommand;
@@ -187,10 +179,7 @@ private:
 
     void logIn()
     {
-        m_server->script(QLatin1String(command::Login), [](const Command &request) {
-            return Command::answer(request, StatusOk,
-                                   identityPayload("s-1", 7, QStringLiteral("RT_X"), {}));
-        });
+        m_server->script(QLatin1String(command::Login), answerWith(StatusOk));
         QSignalSpy loggedIn(m_client, &LoginClient::loggedIn);
         m_client->login(QStringLiteral("user"), QStringLiteral("pw"), QString());
         QVERIFY(loggedIn.wait(2000));

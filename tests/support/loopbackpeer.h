@@ -24,7 +24,6 @@ public:
     void stopListening();
     quint16 port() const { return m_port; }
 
-    bool hasClient() const { return m_client != nullptr; }
     int acceptedCount() const { return m_accepted; }
     // Closes the current client's connection from this side.
     void closeClient();

@@ -2,7 +2,9 @@
 
 #include <host/core/protocol.h>
 
-ScriptedServer::ScriptedServer(QObject *parent) : ZRServerInterface(parent) {}
+ScriptedServer::ScriptedServer(QObject *parent)
+    : ZRServerInterface(parent)
+{}
 
 Command ScriptedServer::lastSent(const QString &name) const
 {
