@@ -39,10 +39,7 @@ Command Command::answer(const Command &request, qint32 status, const QByteArray 
 
 Command Command::failure(const Command &request, qint32 status, const QString &text)
 {
-    QByteArray payload;
-    ZRDataStream out(&payload, QIODevice::WriteOnly);
-    out << text;
-    return answer(request, status, payload);
+    return answer(request, status, ZRDataStream::pack(text));
 }
 
 QDataStream &operator<<(QDataStream &out, const Command &command)

@@ -6,20 +6,6 @@
 
 namespace zr5sdk {
 
-namespace {
-
-// Writes the values one after the other into a fresh payload.
-template<class... Values>
-QByteArray payload(const Values &...values)
-{
-    QByteArray bytes;
-    ZRDataStream out(&bytes, QIODevice::WriteOnly);
-    (out << ... << values);
-    return bytes;
-}
-
-} // namespace
-
 namespace command = zeral::proto::command;
 
 Data::Data(ZRPluginInterface *plugin, const QByteArray &sessionId)
@@ -30,55 +16,57 @@ Data::Data(ZRPluginInterface *plugin, const QByteArray &sessionId)
 void Data::addObject(const zeral::ObjectInfo &object, const QList<zeral::_INHERIT_DATA> &links,
                      Callback callback)
 {
-    send(command::AddObject, payload(object, links), std::move(callback));
+    send(command::AddObject, ZRDataStream::pack(object, links), std::move(callback));
 }
 
 void Data::updateObject(const zeral::ObjectInfo &object, Callback callback)
 {
-    send(command::UpdateObject, payload(object.uid, object.type, object.parent, object.parameters),
+    send(command::UpdateObject,
+         ZRDataStream::pack(object.uid, object.type, object.parent, object.parameters),
          std::move(callback));
 }
 
 void Data::removeObject(const zeral::ObjectInfo &object, Callback callback)
 {
-    send(command::RemoveObject, payload(object.uid, object.type), std::move(callback));
+    send(command::RemoveObject, ZRDataStream::pack(object.uid, object.type), std::move(callback));
 }
 
 void Data::roleTemplatePrescribeUser(zeral::TYPE_ID uid, const QString &roleTemplateId,
                                      Callback callback)
 {
-    send(command::PrescribeRoleTemplate, payload(uid, roleTemplateId), std::move(callback));
+    send(command::PrescribeRoleTemplate, ZRDataStream::pack(uid, roleTemplateId),
+         std::move(callback));
 }
 
 void Data::addPermissions(const QList<zeral::OBJECT_PERMISSION> &permissions, Callback callback)
 {
-    send(command::AddPermissions, payload(permissions), std::move(callback));
+    send(command::AddPermissions, ZRDataStream::pack(permissions), std::move(callback));
 }
 
 void Data::updatePermissions(zeral::TYPE_ID uid, const QList<zeral::OBJECT_PERMISSION> &permissions,
                              Callback callback)
 {
-    send(command::UpdatePermissions, payload(uid, permissions), std::move(callback));
+    send(command::UpdatePermissions, ZRDataStream::pack(uid, permissions), std::move(callback));
 }
 
 void Data::getPermissions(const QList<zeral::TYPE_ID> &uids, Callback callback)
 {
-    send(command::GetPermissions, payload(uids), std::move(callback));
+    send(command::GetPermissions, ZRDataStream::pack(uids), std::move(callback));
 }
 
 void Data::roleTemplateInherit(const QString &roleTemplateId, Callback callback)
 {
-    send(command::RoleTemplateInherit, payload(roleTemplateId), std::move(callback));
+    send(command::RoleTemplateInherit, ZRDataStream::pack(roleTemplateId), std::move(callback));
 }
 
 void Data::getUserFingersExists(const QList<zeral::TYPE_ID> &uids, Callback callback)
 {
-    send(command::GetUserFingersExists, payload(uids), std::move(callback));
+    send(command::GetUserFingersExists, ZRDataStream::pack(uids), std::move(callback));
 }
 
 void Data::execSql(const DbQuery &query, Callback callback)
 {
-    send(command::ExecSql, payload(query), std::move(callback));
+    send(command::ExecSql, ZRDataStream::pack(query), std::move(callback));
 }
 
 void Data::getSessionsInfo(Callback callback)

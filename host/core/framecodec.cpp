@@ -7,20 +7,13 @@
 
 QByteArray FrameCodec::encodePayload(const Command &command)
 {
-    QByteArray payload;
-    ZRDataStream out(&payload, QIODevice::WriteOnly);
-    out << command;
-    return payload;
+    return ZRDataStream::pack(command);
 }
 
 QByteArray FrameCodec::encode(const Command &command)
 {
     const QByteArray payload = encodePayload(command);
-    QByteArray frame;
-    ZRDataStream out(&frame, QIODevice::WriteOnly);
-    out << quint32(payload.size());
-    out.writeRawData(payload.constData(), payload.size());
-    return frame;
+    return ZRDataStream::pack(quint32(payload.size())) + payload;
 }
 
 bool FrameCodec::decodePayload(const QByteArray &payload, Command *command, QString *error)

@@ -105,8 +105,8 @@ void LocalStorageLoader::requestPage()
 {
     Command command
         = Command::named(QLatin1String(proto::command::Snapshot), AuthData::sessionId());
-    ZRDataStream out(&command.data, QIODevice::WriteOnly);
-    out << m_datanames.at(m_current) << m_afterUid << proto::SnapshotPageSize;
+    command.data
+        = ZRDataStream::pack(m_datanames.at(m_current), m_afterUid, proto::SnapshotPageSize);
     m_server->send(
         command, [this](Command &answer) { onPage(answer); }, this);
 }

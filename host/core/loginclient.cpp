@@ -31,8 +31,7 @@ void LoginClient::login(const QString &login, const QString &password, const QSt
     m_clientName = clientName;
     const QString hash = PassHash::encrypt(password, QCryptographicHash::Md5);
     Command request = Command::named(QLatin1String(command::Login));
-    ZRDataStream out(&request.data, QIODevice::WriteOnly);
-    out << login << hash << clientName;
+    request.data = ZRDataStream::pack(login, hash, clientName);
     m_server->send(
         request,
         [this, login, hash](Command &answer) {
@@ -71,8 +70,7 @@ void LoginClient::resume()
     const QString login = AuthData::user();
     const QString hash = AuthData::passwdHash();
     Command request = Command::named(QLatin1String(command::Resume));
-    ZRDataStream out(&request.data, QIODevice::WriteOnly);
-    out << AuthData::sessionId() << login << hash;
+    request.data = ZRDataStream::pack(AuthData::sessionId(), login, hash);
     m_server->send(
         request,
         [this, login, hash](Command &answer) {

@@ -17,4 +17,14 @@ public:
 
     // Gives any QDataStream the settings above: the one place that sets them.
     static void applySettings(QDataStream &stream);
+
+    // A payload holding the values one after the other.
+    template<class... Values>
+    static QByteArray pack(const Values &...values)
+    {
+        QByteArray bytes;
+        ZRDataStream out(&bytes, QIODevice::WriteOnly);
+        (out << ... << values);
+        return bytes;
+    }
 };

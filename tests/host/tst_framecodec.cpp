@@ -14,14 +14,6 @@
 using ReadResult = FrameCodec::ReadResult;
 namespace {
 
-QByteArray lengthPrefix(quint32 length)
-{
-    QByteArray bytes;
-    ZRDataStream out(&bytes, QIODevice::WriteOnly);
-    out << length;
-    return bytes;
-}
-
 Command sampleCommand(const QString &name)
 {
     Command command;
@@ -78,7 +70,7 @@ void TestFrameCodec::frameInPieces()
     QFETCH(bool, tcp);
     QFETCH(int, pieceSize);
     const QByteArray frame = FrameCodec::encode(command);
-    QCOMPARE(frame.left(4), lengthPrefix(quint32(frame.size() - 4)));
+    QCOMPARE(frame.left(4), ZRDataStream::pack(quint32(frame.size() - 4)));
     QCOMPARE(frame.mid(4), FrameCodec::encodePayload(command));
     const quint64 firstId = command.id;
     QByteArray stream;
@@ -133,14 +125,16 @@ void TestFrameCodec::badFrame_data()
     const QByteArray truncated = payload.left(payload.size() - 3);
     const QByteArray trailing = payload + QByteArray(1, '\0');
     // Only the length is there: an oversized one is refused before its bytes come.
-    QTest::addRow("length over the limit") << lengthPrefix(zeral::proto::MaxFrameSize + 1) << false;
-    QTest::addRow("length 0xffffffff") << lengthPrefix(0xffffffffu) << false;
-    QTest::addRow("length at the limit waits") << lengthPrefix(zeral::proto::MaxFrameSize) << true;
-    QTest::addRow("empty payload") << lengthPrefix(0) << false;
+    QTest::addRow("length over the limit")
+        << ZRDataStream::pack(quint32(zeral::proto::MaxFrameSize + 1)) << false;
+    QTest::addRow("length 0xffffffff") << ZRDataStream::pack(quint32(0xffffffffu)) << false;
+    QTest::addRow("length at the limit waits")
+        << ZRDataStream::pack(quint32(zeral::proto::MaxFrameSize)) << true;
+    QTest::addRow("empty payload") << ZRDataStream::pack(quint32(0)) << false;
     QTest::addRow("payload cut inside a field")
-        << lengthPrefix(quint32(truncated.size())) + truncated << false;
+        << ZRDataStream::pack(quint32(truncated.size())) + truncated << false;
     QTest::addRow("trailing bytes after the command")
-        << lengthPrefix(quint32(trailing.size())) + trailing << false;
+        << ZRDataStream::pack(quint32(trailing.size())) + trailing << false;
 }
 
 void TestFrameCodec::badFrame()

@@ -133,11 +133,7 @@ void TestGlobals::dbResultStream()
     written.rowCount = rows;
     written.columnCount = columns;
     written.values.resize(cells);
-    QByteArray bytes;
-    ZRDataStream out(&bytes, QIODevice::WriteOnly);
-    out << written;
-
-    ZRDataStream in(bytes);
+    ZRDataStream in(ZRDataStream::pack(written));
     DbResult read;
     read.values = {QStringLiteral("what it held before")};
     in >> read;

@@ -23,15 +23,6 @@ namespace {
 
 const QString User = QStringLiteral("user");
 
-template<class... Values>
-QByteArray write(const Values &...values)
-{
-    QByteArray bytes;
-    ZRDataStream out(&bytes, QIODevice::WriteOnly);
-    (out << ... << values);
-    return bytes;
-}
-
 // Departments with these uids, all named `name`.
 QList<ObjectInfo> objects(const Uids &uids, const QString &name)
 {
@@ -68,8 +59,8 @@ struct SnapshotSource
     {
         server->script(cmd::RoleCatalogue, [this](const Command &request) {
             const QList<zeral::RoleEntry> roles = {{"RL_USER_SHOW", "Просмотр", {}, false}};
-            return reply(request.name + ">0",
-                         Command::answer(request, zeral::proto::StatusOk, write(roles)));
+            return reply(request.name + ">0", Command::answer(request, zeral::proto::StatusOk,
+                                                              ZRDataStream::pack(roles)));
         });
         server->script(cmd::Snapshot, [this](const Command &request) {
             ZRDataStream in(request.data);
@@ -88,8 +79,9 @@ struct SnapshotSource
                     break;
                 found.append(object);
             }
-            return reply(QStringLiteral("%1>%2").arg(dataname).arg(afterUid),
-                         Command::answer(request, zeral::proto::StatusOk, write(found, more)));
+            return reply(
+                QStringLiteral("%1>%2").arg(dataname).arg(afterUid),
+                Command::answer(request, zeral::proto::StatusOk, ZRDataStream::pack(found, more)));
         });
     }
 
@@ -131,17 +123,19 @@ void TestLocalStorage::pushes_data()
 
     const QList<ObjectInfo> pushed = objects({2, 4}, "new");
     const QString unchanged = QStringLiteral("1:old 2:old 3:old");
-    QTest::addRow("changed") << cmd::DataChanged << write(User, pushed)
+    QTest::addRow("changed") << cmd::DataChanged << ZRDataStream::pack(User, pushed)
                              << "1:old 2:new 3:old 4:new";
     QTest::addRow("removed, one unknown")
-        << cmd::DataRemoved << write(User, Uids{77, 3}) << "1:old 2:old";
+        << cmd::DataRemoved << ZRDataStream::pack(User, Uids{77, 3}) << "1:old 2:old";
     QTest::addRow("list shorter than its count")
-        << cmd::DataChanged << write(User, quint32(2), pushed.constFirst()) << unchanged;
+        << cmd::DataChanged << ZRDataStream::pack(User, quint32(2), pushed.constFirst())
+        << unchanged;
     QTest::addRow("bytes after the uids")
-        << cmd::DataRemoved << write(User, Uids{1}, QStringLiteral("tail")) << unchanged;
+        << cmd::DataRemoved << ZRDataStream::pack(User, Uids{1}, QStringLiteral("tail"))
+        << unchanged;
     QTest::addRow("unknown dataset")
-        << cmd::DataChanged << write(QStringLiteral("users"), pushed) << unchanged;
-    QTest::addRow("another push") << cmd::SessionClosed << write(QStringLiteral("bye"))
+        << cmd::DataChanged << ZRDataStream::pack(QStringLiteral("users"), pushed) << unchanged;
+    QTest::addRow("another push") << cmd::SessionClosed << ZRDataStream::pack(QStringLiteral("bye"))
                                   << unchanged;
 }
 
@@ -177,8 +171,8 @@ void TestLocalStorage::loader()
     QString userWhenDone;
     source.intercept = [&](const QString &request, Command *) {
         if (request == QLatin1String("user>20")) {
-            server.push(cmd::DataChanged, write(User, objects({40, 1000}, "push")));
-            server.push(cmd::DataRemoved, write(User, Uids{50}));
+            server.push(cmd::DataChanged, ZRDataStream::pack(User, objects({40, 1000}, "push")));
+            server.push(cmd::DataRemoved, ZRDataStream::pack(User, Uids{50}));
         } else if (request == QLatin1String("subject>0")) {
             userWhenDone = dump(User);
         }

@@ -14,11 +14,8 @@ namespace {
 
 QByteArray identity(const QByteArray &sessionId)
 {
-    QByteArray bytes;
-    ZRDataStream out(&bytes, QIODevice::WriteOnly);
-    out << sessionId << quint32(7) << QStringLiteral("RT_ADMINISTRATOR")
-        << QList<QString>{QStringLiteral("RL_USER_SHOW")};
-    return bytes;
+    return ZRDataStream::pack(sessionId, quint32(7), QStringLiteral("RT_ADMINISTRATOR"),
+                              QList<QString>{QStringLiteral("RL_USER_SHOW")});
 }
 
 QString clientHash(const QByteArray &utf8)
@@ -148,10 +145,8 @@ private slots:
         logIn();
         QSignalSpy lost(m_client, &LoginClient::sessionLost);
         if (closedByServer) {
-            QByteArray reason;
-            ZRDataStream out(&reason, QIODevice::WriteOnly);
-            out << QStringLiteral("Вас отключил администратор");
-            m_server->push(QLatin1String(command::SessionClosed), reason);
+            m_server->push(QLatin1String(command::SessionClosed),
+                           ZRDataStream::pack(QStringLiteral("Вас отключил администратор")));
             QCOMPARE(lost.count(), 1);
             QCOMPARE(lost.first().at(0).toString(), QStringLiteral("Вас отключил администратор"));
         } else {

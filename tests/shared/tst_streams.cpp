@@ -10,15 +10,6 @@ using namespace zeral;
 
 namespace {
 
-template<class T>
-QByteArray toBytes(const T &value)
-{
-    QByteArray bytes;
-    ZRDataStream out(&bytes, QIODevice::WriteOnly);
-    out << value;
-    return bytes;
-}
-
 // Reads `bytes` back into `into`, the way a payload travels between processes.
 #define READ_BACK(bytes, into)                                                                     \
     do {                                                                                           \
@@ -34,11 +25,11 @@ QByteArray toBytes(const T &value)
 template<class T>
 void checkRoundTrip(const T &record)
 {
-    const QByteArray bytes = toBytes(record);
+    const QByteArray bytes = ZRDataStream::pack(record);
     T back;
     READ_BACK(bytes, back);
     QCOMPARE(back, record);
-    QCOMPARE(toBytes(back).toHex(), bytes.toHex());
+    QCOMPARE(ZRDataStream::pack(back).toHex(), bytes.toHex());
 }
 
 using Check = std::function<void()>;
@@ -191,7 +182,7 @@ void TestStreams::taskInfo()
     task.method = QStringLiteral("onUserCreated");
 
     // The receiver is a live object of this process: whatever the target held, it reads null.
-    const QByteArray bytes = toBytes(task);
+    const QByteArray bytes = ZRDataStream::pack(task);
     TaskInfo back;
     back.receiver = this;
     READ_BACK(bytes, back);
@@ -201,7 +192,7 @@ void TestStreams::taskInfo()
     QCOMPARE(back.subtasks.value(1).dependsOn, password.dependsOn);
     QCOMPARE(back.errorMessage, task.errorMessage);
     QCOMPARE(back.method, task.method);
-    QCOMPARE(toBytes(back).toHex(), bytes.toHex());
+    QCOMPARE(ZRDataStream::pack(back).toHex(), bytes.toHex());
 }
 
 void TestStreams::byteLayout_data()
@@ -210,15 +201,15 @@ void TestStreams::byteLayout_data()
     QTest::addColumn<QByteArray>("written");
     QTest::addColumn<QByteArray>("expected");
 
-    QTest::addRow("OBJECT_PERMISSION") << toBytes(OBJECT_PERMISSION{1, 2, 12})
+    QTest::addRow("OBJECT_PERMISSION") << ZRDataStream::pack(OBJECT_PERMISSION{1, 2, 12})
                                        << QByteArray::fromHex("00000001 00000002 0000000c");
     // "RL" in UTF-16BE, an empty title, a null parent key, the flag as one byte.
-    QTest::addRow("RoleEntry") << toBytes(
+    QTest::addRow("RoleEntry") << ZRDataStream::pack(
         RoleEntry{QStringLiteral("RL"), QStringLiteral(""), QString(), true})
                                << QByteArray::fromHex("00000004 0052004c 00000000 ffffffff 01");
     // The defaults are what the server expects in a template the client built from a row.
     QTest::addRow("default _TEMPLATE_DATA")
-        << toBytes(TEMPLATE_DATA())
+        << ZRDataStream::pack(TEMPLATE_DATA())
         << QByteArray::fromHex("00000000 ff 00000000 00000000 ffffffff ffffffff ffff 00 00");
 }
 

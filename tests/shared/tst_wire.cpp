@@ -23,19 +23,10 @@ constexpr QDataStream::Status Ok = QDataStream::Ok;
 constexpr QDataStream::Status PastEnd = QDataStream::ReadPastEnd;
 constexpr QDataStream::Status Corrupt = QDataStream::ReadCorruptData;
 
-template<class... T>
-QByteArray bytesOf(const T &...values)
-{
-    QByteArray bytes;
-    ZRDataStream out(&bytes, QIODevice::WriteOnly);
-    (out << ... << values);
-    return bytes;
-}
-
 // The head of a streamed QVariant holding a list or map of `count` entries.
 QByteArray containerHead(int type, quint32 count)
 {
-    return bytesOf(quint32(type), qint8(0), count);
+    return ZRDataStream::pack(quint32(type), qint8(0), count);
 }
 
 QVariant nested(int levels, bool maps)
@@ -55,7 +46,7 @@ QByteArray nestedTask(int levels)
         outer.subtasks = {task};
         task = outer;
     }
-    return bytesOf(task);
+    return ZRDataStream::pack(task);
 }
 
 // A device that can't tell how much is left in it, like a socket.
@@ -131,19 +122,19 @@ void TestWire::read_data()
 
     // A hostile count is refused on the count alone, before a single element is read.
     const QStringList ab{QStringLiteral("a"), QStringLiteral("b")};
-    const QByteArray huge = bytesOf(HugeCount, QStringLiteral("a"), QStringLiteral("b"));
+    const QByteArray huge = ZRDataStream::pack(HugeCount, QStringLiteral("a"), QStringLiteral("b"));
     for (const bool sequential : {false, true}) {
         const QByteArray device = sequential ? "sequential: " : "buffer: ";
-        row(device + "two strings", &readStrings, bytesOf(ab), Ok, ab, sequential);
+        row(device + "two strings", &readStrings, ZRDataStream::pack(ab), Ok, ab, sequential);
         row(device + "count 0x7FFFFFFF", &readStrings, huge, Corrupt, QStringList(), sequential,
             huge.size() - 4);
     }
     // Nine elements can't fit in the eight bytes left, whatever they are.
     row("buffer: count above the bytes left", &readStrings,
-        bytesOf(quint32(9), QStringLiteral(""), QStringLiteral("")), Corrupt, QStringList(), false,
-        8);
-    row("buffer: count 3, two strings", &readStrings, bytesOf(quint32(3), ab.at(0), ab.at(1)),
-        PastEnd, QStringList());
+        ZRDataStream::pack(quint32(9), QStringLiteral(""), QStringLiteral("")), Corrupt,
+        QStringList(), false, 8);
+    row("buffer: count 3, two strings", &readStrings,
+        ZRDataStream::pack(quint32(3), ab.at(0), ab.at(1)), PastEnd, QStringList());
 
     const QList<QVariant> accepted{-7,
                                    QVariant(QVariant::Int),
@@ -159,41 +150,47 @@ void TestWire::read_data()
     for (const QVariant &value : accepted) {
         row(QByteArray("variant: ") + (value.isValid() ? value.typeName() : "invalid")
                 + (value.isNull() ? " (null)" : ""),
-            &readVariant, bytesOf(value), Ok, value);
+            &readVariant, ZRDataStream::pack(value), Ok, value);
     }
     // A refused variant stays invalid, also a list or map read halfway.
-    row("variant: lists 9 deep", &readVariant, bytesOf(nested(9, false)), Corrupt);
-    row("variant: maps 9 deep", &readVariant, bytesOf(nested(9, true)), Corrupt);
+    row("variant: lists 9 deep", &readVariant, ZRDataStream::pack(nested(9, false)), Corrupt);
+    row("variant: maps 9 deep", &readVariant, ZRDataStream::pack(nested(9, true)), Corrupt);
     row("variant: lists 100000 deep", &readVariant,
-        containerHead(QMetaType::QVariantList, 1).repeated(100000) + bytesOf(QVariant(1)), Corrupt);
-    row("variant: registered record", &readVariant, bytesOf(record), Corrupt);
-    row("variant: record inside a list", &readVariant, bytesOf(QVariant(QVariantList{1, record})),
+        containerHead(QMetaType::QVariantList, 1).repeated(100000)
+            + ZRDataStream::pack(QVariant(1)),
         Corrupt);
+    row("variant: registered record", &readVariant, ZRDataStream::pack(record), Corrupt);
+    row("variant: record inside a list", &readVariant,
+        ZRDataStream::pack(QVariant(QVariantList{1, record})), Corrupt);
     row("variant: list of 0x7FFFFFFF", &readVariant,
         containerHead(QMetaType::QVariantList, HugeCount), Corrupt);
     row("variant: map of 0x7FFFFFFF", &readVariant,
         containerHead(QMetaType::QVariantMap, HugeCount), Corrupt);
     row("variant: int cut short", &readVariant,
-        bytesOf(quint32(QMetaType::Int), qint8(0), quint16(1)), PastEnd);
+        ZRDataStream::pack(quint32(QMetaType::Int), qint8(0), quint16(1)), PastEnd);
 
     // Every record reads its lists and variants with the readers above, never with Qt's own.
     const Reader roleTemplate = &readRecord<ROLETEMPLATE_INFO>;
     const Reader mail = &readRecord<EMAIL_MESSAGE>;
     const Reader task = &readRecord<TaskInfo>;
-    const QByteArray mailHead = bytesOf(QStringLiteral("a@b.org"), QStringLiteral("S"), QString());
-    const QByteArray taskHead = bytesOf(qint64(1), QList<qint64>(), TYPE_ID(0), QString());
+    const QByteArray mailHead
+        = ZRDataStream::pack(QStringLiteral("a@b.org"), QStringLiteral("S"), QString());
+    const QByteArray taskHead
+        = ZRDataStream::pack(qint64(1), QList<qint64>(), TYPE_ID(0), QString());
     using Data = QMultiMap<QString, QVariant>;
     row("role template: 0x7FFFFFFF roles", roleTemplate,
-        bytesOf(QStringLiteral("RT_X"), QString(), QString(), true, HugeCount), Corrupt);
-    row("e-mail: 0x7FFFFFFF attachments", mail, mailHead + bytesOf(HugeCount), Corrupt);
+        ZRDataStream::pack(QStringLiteral("RT_X"), QString(), QString(), true, HugeCount), Corrupt);
+    row("e-mail: 0x7FFFFFFF attachments", mail, mailHead + ZRDataStream::pack(HugeCount), Corrupt);
     row("e-mail: record as parameter", mail,
-        mailHead + bytesOf(QList<EMAIL_ATTACHMENT>(), QVariantHash{{QStringLiteral("P"), record}}),
+        mailHead
+            + ZRDataStream::pack(QList<EMAIL_ATTACHMENT>(),
+                                 QVariantHash{{QStringLiteral("P"), record}}),
         Corrupt);
-    row("task: 0x7FFFFFFF dependencies", task, bytesOf(qint64(1), HugeCount), Corrupt);
-    row("task: record in data", task, taskHead + bytesOf(Data{{QStringLiteral("K"), record}}),
-        Corrupt);
+    row("task: 0x7FFFFFFF dependencies", task, ZRDataStream::pack(qint64(1), HugeCount), Corrupt);
+    row("task: record in data", task,
+        taskHead + ZRDataStream::pack(Data{{QStringLiteral("K"), record}}), Corrupt);
     row("task: 0x7FFFFFFF subtasks", task,
-        taskHead + bytesOf(Data(), QString(), QString(), HugeCount), Corrupt);
+        taskHead + ZRDataStream::pack(Data(), QString(), QString(), HugeCount), Corrupt);
     row("task: subtasks 16 deep", task, nestedTask(16), Ok);
     row("task: subtasks 17 deep", task, nestedTask(17), Corrupt);
 }
