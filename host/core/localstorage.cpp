@@ -154,9 +154,14 @@ void LocalStorage::attach(ZRServerInterface *server)
 
 void LocalStorage::handlePush(const Command &command)
 {
+    const bool isDataPush = command.name == QLatin1String(proto::command::DataChanged)
+                            || command.name == QLatin1String(proto::command::DataRemoved);
     Push push;
-    if (!readPush(command, &push))
+    if (!readPush(command, &push)) {
+        if (isDataPush)
+            qCWarning(lcHostStore) << "ignoring an unreadable push" << command.name;
         return;
+    }
     if (command.name == QLatin1String(proto::command::DataChanged))
         applyChanged(push.dataname, push.changed);
     else
@@ -176,11 +181,7 @@ bool LocalStorage::readPush(const Command &command, Push *push)
         wire::readList(in, push->changed);
     else
         wire::readList(in, push->removed);
-    if (in.status() != QDataStream::Ok || !in.atEnd() || !isKnownDataname(push->dataname)) {
-        qCWarning(lcHostStore) << "ignoring an unreadable push" << command.name << push->dataname;
-        return false;
-    }
-    return true;
+    return in.status() == QDataStream::Ok && in.atEnd() && isKnownDataname(push->dataname);
 }
 
 bool LocalStorage::isKnownDataname(const QString &dataname)

@@ -67,8 +67,8 @@ public:
         QList<ObjectInfo> changed;
         QList<TYPE_ID> removed;
     };
-    // Reads a "data.changed" or "data.removed" push of a known dataset; false for any other
-    // command and for one that doesn't read cleanly.
+    // Reads a "data.changed" or "data.removed" push of a known dataset; false, silently, for
+    // any other command and for one that doesn't read cleanly.
     static bool readPush(const Command &command, Push *push);
 
 signals:

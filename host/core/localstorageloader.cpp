@@ -29,7 +29,8 @@ LocalStorageLoader::LocalStorageLoader(ZRServerInterface *server, LocalStorage *
 
 LocalStorageLoader::~LocalStorageLoader()
 {
-    m_server->cancelCallbacks(this);
+    if (m_server)
+        m_server->cancelCallbacks(this);
 }
 
 void LocalStorageLoader::start()

@@ -3,6 +3,7 @@
 #include <shared/types.h>
 
 #include <QObject>
+#include <QPointer>
 #include <QSet>
 #include <QString>
 #include <QStringList>
@@ -44,7 +45,7 @@ private:
     void finishDataset();
     void fail(const QString &reason);
 
-    ZRServerInterface *m_server;
+    QPointer<ZRServerInterface> m_server; // the studio may tear its router down first
     LocalStorage *m_storage;
     QStringList m_datanames;
     int m_current = -1;

@@ -23,7 +23,8 @@ LoginClient::LoginClient(ZRServerInterface *server, QObject *parent)
 
 LoginClient::~LoginClient()
 {
-    m_server->cancelCallbacks(this);
+    if (m_server)
+        m_server->cancelCallbacks(this);
 }
 
 void LoginClient::login(const QString &login, const QString &password, const QString &clientName)

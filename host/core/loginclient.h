@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QPointer>
 #include <QString>
 
 struct Command;
@@ -35,6 +36,6 @@ private:
     bool readIdentity(const Command &answer, const QString &login, const QString &hash);
     void loseSession(const QString &reason);
 
-    ZRServerInterface *m_server;
+    QPointer<ZRServerInterface> m_server; // the studio may tear its router down first
     QString m_clientName;
 };

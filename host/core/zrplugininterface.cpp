@@ -48,12 +48,7 @@ void ZRPluginInterface::sendQuery(const Command &command, Callback callback)
 {
     const unsigned int key = ++m_lastCallbackKey;
     m_callbacks.insert(key, std::move(callback));
-    if (!m_server) {
-        failLater(key, command);
-        return;
-    }
-    m_server->send(
-        command, [this, key](Command &answer) { finishQuery(key, answer); }, this);
+    dispatch(key, command, &ZRPluginInterface::finishQuery);
 }
 
 void ZRPluginInterface::sendSplitQuery(const QList<Command> &parts, Callback callback)
@@ -77,13 +72,18 @@ void ZRPluginInterface::sendSplitQuery(const QList<Command> &parts, Callback cal
     for (const Command &part : parts) {
         const unsigned int key = ++m_lastCallbackKey;
         m_subCommands.insert(key, splitId);
-        if (!m_server) {
-            failLater(key, part);
-            continue;
-        }
-        m_server->send(
-            part, [this, key](Command &answer) { finishSubCommand(key, answer); }, this);
+        dispatch(key, part, &ZRPluginInterface::finishSubCommand);
     }
+}
+
+void ZRPluginInterface::dispatch(unsigned int key, const Command &command, Finisher finish)
+{
+    if (!m_server) {
+        failLater(key, command);
+        return;
+    }
+    m_server->send(
+        command, [this, key, finish](Command &answer) { (this->*finish)(key, answer); }, this);
 }
 
 void ZRPluginInterface::registerCommandHandler(const CommandType &type, Callback handler)

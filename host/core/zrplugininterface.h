@@ -61,6 +61,9 @@ public:
     QString instanceName() const { return m_name; }
 
 private:
+    using Finisher = void (ZRPluginInterface::*)(unsigned int key, Command &answer);
+    // Sends through the router, or fails later when there is none.
+    void dispatch(unsigned int key, const Command &command, Finisher finish);
     void finishQuery(unsigned int key, Command &answer);
     void finishSubCommand(unsigned int key, Command &answer);
     void failLater(unsigned int key, const Command &request);
