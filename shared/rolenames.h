@@ -41,6 +41,11 @@ inline constexpr char SUPERVISOR[] = "RT_SUPERVISOR";
 inline constexpr char ADMINISTRATOR[] = "RT_ADMINISTRATOR";
 inline constexpr char MOBILE[] = "RT_MOBILE";
 inline constexpr char MOBILE_CHIEF[] = "RT_MOBILE_CHIEF";
+// Ordinary built-in templates seeded at first start.
+inline constexpr char OPERATOR[] = "RT_OPERATOR";
+inline constexpr char SECURITY[] = "RT_SECURITY";
+inline constexpr char HR[] = "RT_HR";
+inline constexpr char AUDITOR[] = "RT_AUDITOR";
 } // namespace roletemplate
 
 } // namespace zeral

@@ -1,0 +1,40 @@
+#pragma once
+
+#include <server/engine/mail/renderedmail.h>
+
+#include <QDateTime>
+#include <QList>
+
+class QSqlDatabase;
+
+namespace zeral::server {
+
+// The table "mail_outbox" and every statement on it. The engine creates the table in its
+// migrations and enqueues within the transaction of the request; the sender reads due mails
+// and records each attempt through its own connection.
+class MailOutbox
+{
+public:
+    enum class State { Pending, Sent, Failed, Held };
+    struct Entry
+    {
+        qint64 id = 0;
+        RenderedMail mail;
+        int attempts = 0;
+    };
+
+    // Creates the table and its index if they are missing; false with the error logged.
+    static bool createSchema(QSqlDatabase &db);
+    // Adds one mail; Held when no relay is configured, Pending otherwise. Returns the id or -1.
+    static qint64 enqueue(QSqlDatabase &db, const RenderedMail &mail, const QString &operatorLogin,
+                          bool relayConfigured);
+    // Pending mails whose next attempt is due at `now`, oldest first.
+    static QList<Entry> due(QSqlDatabase &db, const QDateTime &now, int limit);
+    // Records the outcome of one attempt; a failure is retried after `retryAt` until the
+    // attempts reach `maxAttempts`, then the mail is Failed for good.
+    static bool recordAttempt(QSqlDatabase &db, qint64 id, bool delivered, const QString &error,
+                              const QDateTime &now, const QDateTime &retryAt, int maxAttempts);
+    static State state(QSqlDatabase &db, qint64 id);
+};
+
+} // namespace zeral::server

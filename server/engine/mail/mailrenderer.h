@@ -1,0 +1,20 @@
+#pragma once
+
+#include <server/engine/mail/renderedmail.h>
+#include <shared/emailmessage.h>
+
+namespace zeral::server {
+
+// Writes the text of a mail from the parameters of a "send_email" request, in the language of
+// its LOCALE parameter ("ru" or "en"; anything else falls back to Russian).
+class MailRenderer
+{
+public:
+    explicit MailRenderer(QString senderAddress);
+    RenderedMail render(const _EMAIL_MESSAGE &message) const;
+
+private:
+    QString m_sender;
+};
+
+} // namespace zeral::server
