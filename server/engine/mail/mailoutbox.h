@@ -15,7 +15,8 @@ namespace zeral::server {
 class MailOutbox
 {
 public:
-    enum class State { Pending, Sent, Failed, Held };
+    // Missing: no mail of that id.
+    enum class State { Pending, Sent, Failed, Held, Missing };
     struct Entry
     {
         qint64 id = 0;
@@ -35,6 +36,11 @@ public:
     static bool recordAttempt(QSqlDatabase &db, qint64 id, bool delivered, const QString &error,
                               const QDateTime &now, const QDateTime &retryAt, int maxAttempts);
     static State state(QSqlDatabase &db, qint64 id);
+    // When the earliest pending mail is due; invalid when none is pending.
+    static QDateTime nextDue(QSqlDatabase &db);
+    // Makes the held mails pending, due at `now`, once a relay is there. Returns how many,
+    // or -1 with the error logged.
+    static int releaseHeld(QSqlDatabase &db, const QDateTime &now);
 };
 
 } // namespace zeral::server

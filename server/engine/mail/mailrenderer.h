@@ -13,6 +13,10 @@ public:
     explicit MailRenderer(QString senderAddress);
     RenderedMail render(const _EMAIL_MESSAGE &message) const;
 
+    // Whether `address` is one plain address (local@domain.tld, ASCII, nothing around it)
+    // that a mail can go to. Check the recipient before the mail goes into the outbox.
+    static bool isValidAddress(const QString &address);
+
 private:
     QString m_sender;
 };

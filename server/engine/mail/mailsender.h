@@ -16,7 +16,18 @@ public:
     MailSender(QString databasePath, QString relayUrl, QObject *parent = nullptr);
     ~MailSender() override;
 
+    // How often a mail is tried, the pause after its first failure (it doubles after each
+    // further one) and how long one delivery may take. Takes effect at start().
+    void setDeliveryPolicy(int maxAttempts, int firstPauseMs, int timeoutMs);
+    static constexpr int DefaultMaxAttempts = 5;
+    static constexpr int DefaultFirstPauseMs = 60 * 1000;
+    static constexpr int DefaultTimeoutMs = 60 * 1000;
+
+    // Starts the thread; without a relay URL there is nothing to deliver to and the mails
+    // stay held. Held mails are released when a relay is there.
     void start();
+    // Breaks off a running delivery and ends the thread; an attempt broken off is not
+    // counted.
     void stop();
 
 public slots:
@@ -33,6 +44,9 @@ private:
     class QThread *m_thread = nullptr;
     QString m_databasePath;
     QString m_relayUrl;
+    int m_maxAttempts = DefaultMaxAttempts;
+    int m_firstPauseMs = DefaultFirstPauseMs;
+    int m_timeoutMs = DefaultTimeoutMs;
 };
 
 } // namespace zeral::server

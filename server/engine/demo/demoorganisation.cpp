@@ -1,0 +1,19 @@
+#include "demoorganisation.h"
+
+#include <server/engine/demo/demobuilder.h>
+
+namespace zeral::server {
+
+QString DemoOrganisation::demoPassword()
+{
+    // Upper case, lower case, digits and a sign: it passes even the strictest policy the
+    // settings offer.
+    return QStringLiteral("Zeral2026!");
+}
+
+DemoData DemoOrganisation::build(int employees, TYPE_ID firstUid)
+{
+    return DemoBuilder(employees, firstUid).build();
+}
+
+} // namespace zeral::server

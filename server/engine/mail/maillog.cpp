@@ -1,0 +1,3 @@
+#include "maillog.h"
+
+Q_LOGGING_CATEGORY(lcMail, "zr.server.mail")

@@ -1,0 +1,129 @@
+#include "mailrenderer.h"
+
+#include <server/engine/mail/mimemessage.h>
+
+#include <QDateTime>
+#include <QRegularExpression>
+#include <QUuid>
+
+namespace zeral::server {
+
+namespace {
+
+// The texts of a mail in one language. The language is the recipient's, given with each
+// mail, not the server's, so the texts are chosen here rather than by a translator.
+struct MailTexts
+{
+    const char *greeting; // when the request brings none
+    const char *tokenSubject;
+    const char *plainSubject;
+    const char *tokenIntro;
+    const char *tokenSteps;
+    const char *tokenWarning;
+    const char *closing;
+};
+
+const MailTexts russianTexts = {
+    "Здравствуйте!",
+    "Zeral: доступ к мобильному приложению",
+    "Сообщение системы Zeral",
+    "Для вас открыт доступ к мобильному приложению системы Zeral.",
+    "Чтобы настроить приложение, откройте в нём добавление учётной записи и вставьте данные "
+    "авторизации, приведённые ниже, целиком, одной строкой:",
+    "В этих данных содержится ваш пароль. Не пересылайте это письмо и удалите его, когда "
+    "приложение будет настроено.",
+    "Письмо отправлено автоматически, отвечать на него не нужно.\n"
+    "С уважением, администратор системы Zeral",
+};
+
+const MailTexts englishTexts = {
+    "Hello!",
+    "Zeral: access to the mobile app",
+    "Message from the Zeral system",
+    "You have been given access to the Zeral mobile app.",
+    "To set the app up, open the adding of an account in it and paste the authorisation data "
+    "below, in full, as one line:",
+    "This data contains your password. Do not forward this message, and delete it once the app "
+    "is set up.",
+    "This message was sent automatically; please do not reply.\n"
+    "Kind regards, your Zeral system administrator",
+};
+
+const MailTexts &textsFor(const QVariant &locale)
+{
+    return locale.toString().left(2).compare(QLatin1String("en"), Qt::CaseInsensitive) == 0
+               ? englishTexts
+               : russianTexts;
+}
+
+QString domainOf(const QString &address)
+{
+    const QString domain = address.section(QLatin1Char('@'), -1).remove(QLatin1Char('>')).trimmed();
+    return MailRenderer::isValidAddress(QStringLiteral("x@") + domain)
+               ? domain
+               : QStringLiteral("zeral.localdomain");
+}
+
+} // namespace
+
+MailRenderer::MailRenderer(QString senderAddress)
+    : m_sender(std::move(senderAddress))
+{}
+
+RenderedMail MailRenderer::render(const _EMAIL_MESSAGE &message) const
+{
+    const MailTexts &texts = textsFor(message.parameters.value(QLatin1String(email::LOCALE)));
+    const bool withToken = message.parameters.value(QLatin1String(email::IS_MOBILE_TOKEN)).toBool();
+
+    RenderedMail mail;
+    mail.recipient = message.to.trimmed();
+    mail.subject = message.subject.trimmed();
+    if (mail.subject.isEmpty())
+        mail.subject = QString::fromUtf8(withToken ? texts.tokenSubject : texts.plainSubject);
+
+    if (!message.body.isEmpty()) {
+        // A body of its own is sent as it stands.
+        mail.body = message.body;
+    } else {
+        QString greeting
+            = message.parameters.value(QLatin1String(email::GREETINGS)).toString().trimmed();
+        if (greeting.isEmpty())
+            greeting = QString::fromUtf8(texts.greeting);
+        QStringList paragraphs{greeting};
+        if (withToken) {
+            paragraphs << QString::fromUtf8(texts.tokenIntro) << QString::fromUtf8(texts.tokenSteps)
+                       << message.parameters.value(QLatin1String(email::TOKEN)).toString().trimmed()
+                       << QString::fromUtf8(texts.tokenWarning);
+        }
+        paragraphs << QString::fromUtf8(texts.closing);
+        mail.body = paragraphs.join(QLatin1String("\n\n")) + QLatin1Char('\n');
+    }
+
+    MimeMessage mime;
+    mime.addHeader("From", m_sender);
+    mime.addHeader("To", mail.recipient);
+    mime.addHeader("Subject", mail.subject);
+    mime.addHeader("Date", QDateTime::currentDateTime().toString(Qt::RFC2822Date));
+    mime.addHeader("Message-ID", QLatin1Char('<')
+                                     + QUuid::createUuid().toString(QUuid::WithoutBraces)
+                                     + QLatin1Char('@') + domainOf(m_sender) + QLatin1Char('>'));
+    mime.setText(mail.body);
+    for (const _EMAIL_ATTACHMENT &attachment : message.attachments)
+        mime.addAttachment(attachment.fileName, attachment.mimeType, attachment.content);
+    mail.message = mime.toBytes();
+    return mail;
+}
+
+bool MailRenderer::isValidAddress(const QString &address)
+{
+    // A dot-atom before the "@", host names of letters, digits and inner hyphens after it,
+    // at least two labels; the lengths SMTP allows.
+    static const QRegularExpression pattern(QRegularExpression::anchoredPattern(
+        QStringLiteral("[A-Za-z0-9!#$%&'*+/=?^_`{|}~-]+(\\.[A-Za-z0-9!#$%&'*+/=?^_`{|}~-]+)*"
+                       "@([A-Za-z0-9]([A-Za-z0-9-]{0,61}[A-Za-z0-9])?\\.)+[A-Za-z0-9]([A-Za-z0-9-]{"
+                       "0,61}[A-Za-z0-9])?")));
+    return address.size() <= 254 && address.indexOf(QLatin1Char('@')) <= 64
+           && pattern.match(address).hasMatch();
+}
+
+} // namespace zeral::server
