@@ -1,0 +1,82 @@
+#include "clientconnection.h"
+
+#include <host/core/framecodec.h>
+#include <server/engine/serverlogging.h>
+
+#include <QSslSocket>
+
+namespace zeral::server {
+
+ClientConnection::ClientConnection(QSslSocket *socket, QObject *parent)
+    : QObject(parent)
+    , m_socket(socket)
+    , m_peerAddress(socket->peerAddress())
+    , m_peerPort(socket->peerPort())
+{
+    m_socket->setParent(this);
+    connect(m_socket, &QSslSocket::readyRead, this, &ClientConnection::readFrames);
+    connect(m_socket, &QSslSocket::disconnected, this, [this] {
+        if (!m_closing)
+            qCDebug(lcServerNet) << "client left:" << peer();
+        m_closing = true;
+        emit closed();
+    });
+    connect(m_socket, qOverload<const QList<QSslError> &>(&QSslSocket::sslErrors), this,
+            [this](const QList<QSslError> &errors) {
+                qCWarning(lcServerNet) << "TLS errors with" << peer() << errors;
+            });
+    // Bytes may have come with the connection, before anybody listened.
+    QMetaObject::invokeMethod(this, &ClientConnection::readFrames, Qt::QueuedConnection);
+}
+
+ClientConnection::~ClientConnection() = default;
+
+QString ClientConnection::peer() const
+{
+    return m_peerAddress.toString() % QLatin1Char(':') % QString::number(m_peerPort);
+}
+
+void ClientConnection::send(const Command &command)
+{
+    if (m_closing || m_socket->state() != QAbstractSocket::ConnectedState)
+        return;
+    m_socket->write(FrameCodec::encode(command));
+    m_socket->flush();
+}
+
+void ClientConnection::close(const QString &reason)
+{
+    if (m_closing)
+        return;
+    qCInfo(lcServerNet) << "closing the connection of" << peer() << "-" << reason;
+    m_closing = true;
+    m_socket->disconnectFromHost(); // writes what is queued first
+    if (m_socket->state() == QAbstractSocket::UnconnectedState)
+        emit closed();
+}
+
+void ClientConnection::readFrames()
+{
+    while (!m_closing) {
+        Command command;
+        QString error;
+        switch (FrameCodec::read(m_socket, &command, &error)) {
+        case FrameCodec::ReadResult::Incomplete:
+            return;
+        case FrameCodec::ReadResult::Error:
+            qCWarning(lcServerNet) << "bad frame from" << peer() << "-" << error;
+            close(error);
+            return;
+        case FrameCodec::ReadResult::Frame:
+            emit commandReceived(command);
+            // One request per turn of the event loop: a client that sends a burst doesn't
+            // hold up the others, and each answer leaves as soon as it is ready.
+            if (m_socket->bytesAvailable() > 0)
+                QMetaObject::invokeMethod(this, &ClientConnection::readFrames,
+                                          Qt::QueuedConnection);
+            return;
+        }
+    }
+}
+
+} // namespace zeral::server

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <host/core/command.h>
+
+#include <QByteArray>
+#include <QHostAddress>
+#include <QObject>
+
+class QSslSocket;
+
+namespace zeral::server {
+
+// One client's connection: it turns the bytes that arrive into commands and commands into
+// frames. A frame that can't be trusted closes this connection and no other.
+class ClientConnection : public QObject
+{
+    Q_OBJECT
+public:
+    // Takes the socket over.
+    explicit ClientConnection(QSslSocket *socket, QObject *parent = nullptr);
+    ~ClientConnection() override;
+
+    void send(const Command &command);
+    // Sends what is queued and closes; `reason` goes to the log.
+    void close(const QString &reason);
+
+    QHostAddress peerAddress() const { return m_peerAddress; }
+    quint16 peerPort() const { return m_peerPort; }
+    QString peer() const;
+
+    // The session this connection carries, empty before login.
+    QByteArray sessionId() const { return m_sessionId; }
+    void setSessionId(const QByteArray &id) { m_sessionId = id; }
+
+signals:
+    void commandReceived(const Command &command);
+    void closed();
+
+private:
+    void readFrames();
+
+    QSslSocket *m_socket;
+    QHostAddress m_peerAddress;
+    quint16 m_peerPort = 0;
+    QByteArray m_sessionId;
+    bool m_closing = false;
+};
+
+} // namespace zeral::server

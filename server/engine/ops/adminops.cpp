@@ -1,0 +1,124 @@
+#include "adminops.h"
+
+#include <host/core/zrdatastream.h>
+#include <server/engine/mail/mailoutbox.h>
+#include <server/engine/mail/mailrenderer.h>
+#include <server/engine/mail/mailsender.h>
+#include <server/engine/ops/payload.h>
+#include <server/engine/ops/pushes.h>
+#include <server/engine/ops/rights.h>
+#include <server/engine/ops/serverstate.h>
+#include <server/engine/serverlogging.h>
+#include <shared/connecteduserinfo.h>
+#include <shared/emailmessage.h>
+#include <shared/rolenames.h>
+
+#include <QCoreApplication>
+
+namespace zeral::server {
+
+namespace {
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("AdminOps", text);
+}
+} // namespace
+
+AdminOps::AdminOps(ServerState &state, CloseSession closeSession)
+    : m_state(state)
+    , m_closeSession(std::move(closeSession))
+{}
+
+Reply AdminOps::sessionsInfo(Request &request)
+{
+    if (!request.command.data.isEmpty())
+        return Reply::fail(proto::StatusMalformed, tr("Запрос сессий не читается."));
+    if (!Rights(*request.session).has(role::USER_ONLINE_SHOW))
+        return Reply::fail(proto::StatusForbidden,
+                           tr("Недостаточно прав для просмотра активных сессий."));
+    QHash<QByteArray, ConnectedUserInfo> sessions;
+    for (const Session *session : m_state.sessions.attached()) {
+        sessions.insert(session->id, {session->login, session->ipPort(), session->started,
+                                      session->lastAction, session->id});
+    }
+    return Reply::ok(ZRDataStream::pack(sessions, m_state.clock()));
+}
+
+Reply AdminOps::disconnectUsers(Request &request)
+{
+    ZRDataStream in(request.command.data);
+    qint32 count = 0;
+    in >> count;
+    QList<QByteArray> ids;
+    // Each id takes at least its four-byte length: a larger count can't be true.
+    if (in.status() == QDataStream::Ok && count >= 0
+        && qint64(count) * 4 <= request.command.data.size()) {
+        for (qint32 i = 0; i < count && in.status() == QDataStream::Ok; ++i) {
+            QByteArray id;
+            in >> id;
+            ids.append(id);
+        }
+    }
+    if (in.status() != QDataStream::Ok || !in.atEnd() || ids.size() != count)
+        return Reply::fail(proto::StatusMalformed, tr("Запрос отключения не читается."));
+
+    const Rights rights(*request.session);
+    QStringList logins;
+    for (const QByteArray &id : qAsConst(ids)) {
+        if (id == request.session->id)
+            return Reply::fail(proto::StatusForbidden, tr("Нельзя отключить собственную сессию."));
+        const Session *target = m_state.sessions.find(id);
+        if (!target)
+            return Reply::fail(proto::StatusNotFound,
+                               tr("Сессии уже нет: обновите список сессий."));
+        ObjectInfo user;
+        m_state.store->read(target->uid, &user);
+        if (!rights.canDisconnect(Pushes::roleTemplateOf(user)))
+            return Reply::fail(
+                proto::StatusForbidden,
+                tr("Недостаточно прав для отключения пользователя «%1».").arg(target->login),
+                target->uid);
+        logins.append(target->login);
+    }
+    const QString reason
+        = tr("Сессия закрыта оператором %1. Войдите в систему заново.").arg(request.session->login);
+    for (const QByteArray &id : qAsConst(ids))
+        request.afterCommit.append([this, id, reason] { m_closeSession(id, reason); });
+    return Reply::changed(0, QStringLiteral("disconnected: ") % logins.join(QLatin1Char(' ')));
+}
+
+Reply AdminOps::sendEmail(Request &request)
+{
+    _EMAIL_MESSAGE message;
+    QString claimedLogin;
+    if (!payload::read(request.command, message, claimedLogin))
+        return Reply::fail(proto::StatusMalformed, tr("Письмо не читается."));
+    const Rights rights(*request.session);
+    if (!rights.has(role::USER_CREATE) && !rights.has(role::USER_UPDATE))
+        return Reply::fail(proto::StatusForbidden, tr("Недостаточно прав для отправки писем."));
+    if (message.to.trimmed().isEmpty() || !message.to.contains(QLatin1Char('@')))
+        return Reply::fail(proto::StatusMalformed,
+                           tr("Не указан адрес получателя письма. Укажите адрес e-mail."));
+    if (claimedLogin != request.session->login)
+        qCWarning(lcServer) << "send_email names operator" << claimedLogin << "on the session of"
+                            << request.session->login;
+    const RenderedMail mail = m_state.mailRenderer->render(message);
+    const bool relay = !m_state.mailSender.isNull();
+    const qint64 id
+        = MailOutbox::enqueue(m_state.database.connection(), mail, request.session->login, relay);
+    if (id < 0)
+        return Reply::fail(proto::StatusInternal,
+                           tr("Сервер не смог поставить письмо в очередь. Повторите позже."));
+    if (relay) {
+        QPointer<MailSender> sender = m_state.mailSender;
+        request.afterCommit.append([sender] {
+            if (sender)
+                sender->wake();
+        });
+    }
+    return Reply::changed(0, QStringLiteral("mail %1 to %2%3")
+                                 .arg(id)
+                                 .arg(message.to, relay ? QString() : QStringLiteral(" (held)")));
+}
+
+} // namespace zeral::server

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <server/engine/ops/request.h>
+
+#include <functional>
+
+namespace zeral::server {
+
+struct ServerState;
+
+// The sessions of others, and mail.
+class AdminOps
+{
+public:
+    // `closeSession` tells a session's client why and ends the session.
+    using CloseSession = std::function<void(const QByteArray &id, const QString &reason)>;
+    AdminOps(ServerState &state, CloseSession closeSession);
+
+    Reply sessionsInfo(Request &request);
+    Reply disconnectUsers(Request &request);
+    Reply sendEmail(Request &request);
+
+private:
+    ServerState &m_state;
+    CloseSession m_closeSession;
+};
+
+} // namespace zeral::server

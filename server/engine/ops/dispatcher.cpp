@@ -1,0 +1,171 @@
+#include "dispatcher.h"
+
+#include <host/core/protocol.h>
+#include <server/engine/net/clientconnection.h>
+#include <server/engine/ops/pushes.h>
+#include <server/engine/ops/serverstate.h>
+#include <server/engine/serverlogging.h>
+#include <server/engine/storage/auditlog.h>
+
+#include <QCoreApplication>
+#include <QTimer>
+
+namespace zeral::server {
+
+Dispatcher::Dispatcher(ServerState &state, QObject *parent)
+    : QObject(parent)
+    , m_state(state)
+    , m_sessionOps(state)
+    , m_objectOps(state)
+    , m_accessOps(state)
+    , m_sqlOps(state)
+    , m_adminOps(state,
+                 [this](const QByteArray &id, const QString &reason) { closeSession(id, reason); })
+{
+    namespace c = proto::command;
+    const auto route = [this](const char *name, bool needsSession, auto handler) {
+        m_routes.insert(QLatin1String(name), {needsSession, handler});
+    };
+    using std::placeholders::_1;
+    route(c::Login, false, std::bind(&SessionOps::login, &m_sessionOps, _1));
+    route(c::Resume, false, std::bind(&SessionOps::resume, &m_sessionOps, _1));
+    route(c::Logout, true, std::bind(&SessionOps::logout, &m_sessionOps, _1));
+    route(c::Snapshot, true, std::bind(&ObjectOps::snapshot, &m_objectOps, _1));
+    route(c::RoleCatalogue, true, std::bind(&ObjectOps::roleCatalogue, &m_objectOps, _1));
+    route(c::AddObject, true, std::bind(&ObjectOps::addObject, &m_objectOps, _1));
+    route(c::UpdateObject, true, std::bind(&ObjectOps::updateObject, &m_objectOps, _1));
+    route(c::RemoveObject, true, std::bind(&ObjectOps::removeObject, &m_objectOps, _1));
+    route(c::PrescribeRoleTemplate, true, std::bind(&AccessOps::prescribe, &m_accessOps, _1));
+    route(c::RoleTemplateInherit, true,
+          std::bind(&AccessOps::roleTemplateInherit, &m_accessOps, _1));
+    route(c::AddPermissions, true, std::bind(&AccessOps::addPermissions, &m_accessOps, _1));
+    route(c::UpdatePermissions, true, std::bind(&AccessOps::updatePermissions, &m_accessOps, _1));
+    route(c::GetPermissions, true, std::bind(&AccessOps::getPermissions, &m_accessOps, _1));
+    route(c::GetUserFingersExists, true, std::bind(&AccessOps::fingersExist, &m_accessOps, _1));
+    route(c::ExecSql, true, std::bind(&SqlOps::execSql, &m_sqlOps, _1));
+    route(c::GetSessionsInfo, true, std::bind(&AdminOps::sessionsInfo, &m_adminOps, _1));
+    route(c::DisconnectUsers, true, std::bind(&AdminOps::disconnectUsers, &m_adminOps, _1));
+    route(c::SendEmail, true, std::bind(&AdminOps::sendEmail, &m_adminOps, _1));
+}
+
+bool Dispatcher::refresh(Session *session, Reply *refusal)
+{
+    ObjectInfo user;
+    if (!m_state.store->read(session->uid, &user) || Pushes::isBlocked(user)) {
+        *refusal = Reply::fail(proto::StatusNotLoggedIn,
+                               tr("Учётная запись удалена или заблокирована; сессия завершена."),
+                               session->uid);
+        m_state.sessions.end(session->id);
+        return false;
+    }
+    const QString roleTemplate = Pushes::roleTemplateOf(user);
+    if (roleTemplate != session->roleTemplate) {
+        session->roleTemplate = roleTemplate;
+        session->roles = m_state.store->templateRoles(roleTemplate);
+    }
+    session->lastAction = m_state.clock();
+    return true;
+}
+
+void Dispatcher::dispatch(ClientConnection *connection, const Command &command)
+{
+    Session *session = m_state.sessions.find(connection->sessionId());
+    if (!session && !connection->sessionId().isEmpty())
+        connection->setSessionId({}); // ended elsewhere
+    Request request{command, connection, session, {}, {}};
+    AuditEntry audit;
+    audit.at = m_state.clock();
+    audit.peer = connection->peer();
+    audit.command = command.name;
+    if (session) {
+        audit.operatorLogin = session->login;
+        audit.sessionId = session->id;
+    }
+
+    Reply reply;
+    const auto route = m_routes.constFind(command.name);
+    if (command.type != proto::NamedCommand) {
+        reply = Reply::fail(proto::StatusMalformed,
+                            tr("Сервер понимает только именованные команды."));
+    } else if (route == m_routes.cend()) {
+        reply = Reply::fail(proto::StatusNotFound,
+                            tr("Сервер не знает команды «%1». Обновите студию.").arg(command.name));
+    } else if (route->needsSession && !session) {
+        reply = Reply::fail(proto::StatusNotLoggedIn, tr("Сначала войдите в систему."));
+    } else if (route->needsSession && command.sessionId != session->id) {
+        reply = Reply::fail(proto::StatusForbidden,
+                            tr("Команда пришла с чужим идентификатором сессии."));
+    } else if (route->needsSession && !refresh(session, &reply)) {
+        request.session = nullptr;
+    } else if (!m_state.database.begin()) {
+        reply = Reply::fail(proto::StatusInternal,
+                            tr("База данных сервера занята или недоступна. Повторите позже."));
+    } else {
+        reply = route->handle(request);
+        if (request.session && audit.operatorLogin.isEmpty()) {
+            audit.operatorLogin = request.session->login;
+            audit.sessionId = request.session->id;
+        }
+        audit.object = reply.object;
+        audit.status = reply.status;
+        audit.detail = reply.detail;
+        if (reply.isOk() && reply.change && !AuditLog::record(m_state.database.connection(), audit))
+            reply = Reply::fail(proto::StatusInternal, tr("Сервер не смог записать журнал."));
+        if (reply.isOk() && !m_state.database.commit()) {
+            reply = Reply::fail(proto::StatusInternal,
+                                tr("Сервер не смог сохранить изменение; ничего не изменено. "
+                                   "Повторите позже."));
+        } else if (!reply.isOk()) {
+            m_state.database.rollback();
+            request.pushes.clear();
+            request.afterCommit.clear();
+        }
+    }
+    if (!reply.isOk()) {
+        audit.object = reply.object;
+        audit.status = reply.status;
+        audit.detail = reply.detail;
+        AuditLog::record(m_state.database.connection(), audit);
+        qCInfo(lcServer) << "refused" << command.name << "from" << connection->peer() << "status"
+                         << reply.status << "-" << reply.detail;
+    }
+    for (const Command &push : qAsConst(request.pushes))
+        broadcast(push);
+    for (const auto &action : qAsConst(request.afterCommit))
+        action();
+    answer(connection, command, reply);
+}
+
+void Dispatcher::answer(ClientConnection *connection, const Command &request, const Reply &reply)
+{
+    const Command answer = Command::answer(request, reply.status, reply.data);
+    if (reply.delayMs <= 0) {
+        connection->send(answer);
+        return;
+    }
+    QTimer::singleShot(reply.delayMs, connection,
+                       [connection, answer] { connection->send(answer); });
+}
+
+void Dispatcher::broadcast(const Command &push)
+{
+    for (const Session *session : m_state.sessions.attached())
+        session->connection->send(push);
+}
+
+void Dispatcher::closeSession(const QByteArray &id, const QString &reason)
+{
+    Session *session = m_state.sessions.find(id);
+    if (!session)
+        return;
+    QPointer<ClientConnection> connection = session->connection;
+    qCInfo(lcServerSession) << "closing the session of" << session->login << "-" << reason;
+    m_state.sessions.end(id);
+    if (connection) {
+        connection->send(Pushes::sessionClosed(reason));
+        connection->setSessionId({});
+        connection->close(QStringLiteral("session closed by another operator"));
+    }
+}
+
+} // namespace zeral::server

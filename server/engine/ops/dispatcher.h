@@ -1,0 +1,51 @@
+#pragma once
+
+#include <server/engine/ops/accessops.h>
+#include <server/engine/ops/adminops.h>
+#include <server/engine/ops/objectops.h>
+#include <server/engine/ops/sessionops.h>
+#include <server/engine/ops/sqlops.h>
+
+#include <QHash>
+#include <QObject>
+
+namespace zeral::server {
+
+struct ServerState;
+class ClientConnection;
+
+// Runs every request: finds its handler, checks the session, runs it in one transaction,
+// writes the audit log, sends the pushes of a committed change to every session and then the
+// answer.
+class Dispatcher : public QObject
+{
+    Q_OBJECT
+public:
+    Dispatcher(ServerState &state, QObject *parent = nullptr);
+
+    void dispatch(ClientConnection *connection, const Command &command);
+    // Tells the session's client why, ends the session and closes its connection.
+    void closeSession(const QByteArray &id, const QString &reason);
+    void broadcast(const Command &push);
+
+private:
+    struct Route
+    {
+        bool needsSession = true;
+        std::function<Reply(Request &)> handle;
+    };
+    // Brings the session's template and roles up to date; false if the account is gone
+    // or blocked, which ends the session.
+    bool refresh(Session *session, Reply *refusal);
+    void answer(ClientConnection *connection, const Command &request, const Reply &reply);
+
+    ServerState &m_state;
+    SessionOps m_sessionOps;
+    ObjectOps m_objectOps;
+    AccessOps m_accessOps;
+    SqlOps m_sqlOps;
+    AdminOps m_adminOps;
+    QHash<QString, Route> m_routes;
+};
+
+} // namespace zeral::server

@@ -1,0 +1,314 @@
+#include "objectops.h"
+
+#include <host/core/protocol.h>
+#include <host/core/zrdatastream.h>
+#include <server/engine/ops/payload.h>
+#include <server/engine/ops/pushes.h>
+#include <server/engine/ops/rights.h>
+#include <server/engine/ops/serverstate.h>
+#include <server/engine/session/passwordhasher.h>
+#include <shared/datasets.h>
+#include <shared/dbkeys.h>
+#include <shared/rolenames.h>
+
+#include <QCoreApplication>
+
+namespace zeral::server {
+
+namespace {
+
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("ObjectOps", text);
+}
+
+bool isUser(const QString &type)
+{
+    return type == QLatin1String(db::system::USER);
+}
+
+bool isKnownDataset(const QString &dataset)
+{
+    for (const char *name : ALL_DATANAMES) {
+        if (dataset == QLatin1String(name))
+            return true;
+    }
+    return false;
+}
+
+Reply internalError()
+{
+    return Reply::fail(proto::StatusInternal,
+                       tr("Сервер не смог выполнить изменение; ничего не изменено. Повторите "
+                          "позже или сообщите администратору."));
+}
+
+Reply onlyPrivileged(TYPE_ID uid)
+{
+    return Reply::fail(proto::StatusForbidden,
+                       tr("Изменять объекты этого вида может только супервизор или "
+                          "администратор."),
+                       uid);
+}
+
+} // namespace
+
+ObjectOps::ObjectOps(ServerState &state)
+    : m_state(state)
+{}
+
+QString ObjectOps::takePassword(QHash<QString, QString> *parameters)
+{
+    parameters->remove(QLatin1String(db::user::SET_PASSWORD));
+    parameters->remove(QLatin1String(db::user::CLEAR_PASSWORD));
+    return parameters->take(QLatin1String(db::user::PASSHASH));
+}
+
+bool ObjectOps::loginInUse(const QString &login, TYPE_ID except)
+{
+    return !m_state.store->usersWithLogin(login, Qt::CaseInsensitive, except).isEmpty();
+}
+
+Reply ObjectOps::snapshot(Request &request)
+{
+    QString dataset;
+    quint32 afterUid = 0;
+    qint32 pageSize = 0;
+    if (!payload::read(request.command, dataset, afterUid, pageSize))
+        return Reply::fail(proto::StatusMalformed, tr("Запрос данных не читается."));
+    if (!isKnownDataset(dataset))
+        return Reply::fail(proto::StatusNotFound, tr("Набора данных «%1» нет.").arg(dataset));
+    QList<ObjectInfo> objects;
+    bool more = false;
+    if (!m_state.store->page(dataset, afterUid, qBound(1, pageSize, proto::SnapshotPageSize),
+                             &objects, &more))
+        return internalError();
+    return Reply::ok(ZRDataStream::pack(objects, more));
+}
+
+Reply ObjectOps::roleCatalogue(Request &)
+{
+    return Reply::ok(ZRDataStream::pack(m_state.store->roleCatalogue()));
+}
+
+Reply ObjectOps::checkUserChange(const Request &request, const Rights &rights,
+                                 const ObjectInfo &stored, const QHash<QString, QString> &changes,
+                                 bool passwordChange)
+{
+    namespace u = db::user;
+    const TYPE_ID uid = stored.uid;
+    const bool isNew = uid == 0;
+    const bool self = !isNew && uid == request.session->uid;
+    const bool root = !isNew && uid == m_state.rootUid;
+    const QString oldTemplate = Pushes::roleTemplateOf(stored);
+    const QString name = stored.parameters.value(QLatin1String(u::LOGIN));
+    const auto forbidden = [uid](const QString &text) {
+        return Reply::fail(proto::StatusForbidden, text, uid);
+    };
+    if (isNew && !rights.has(role::USER_CREATE))
+        return forbidden(tr("Недостаточно прав для создания пользователей."));
+
+    const auto login = changes.constFind(QLatin1String(u::LOGIN));
+    if (login != changes.cend() || isNew) {
+        const QString newLogin = login != changes.cend() ? login.value() : QString();
+        if (root)
+            return Reply::fail(proto::StatusConflict, tr("Пользователя root нельзя переименовать."),
+                               uid);
+        if (newLogin.trimmed().isEmpty())
+            return Reply::fail(proto::StatusMalformed,
+                               tr("У пользователя должен быть логин. Введите логин."), uid);
+        if (loginInUse(newLogin, uid))
+            return Reply::fail(proto::StatusConflict,
+                               tr("Логин «%1» уже занят. Выберите другой.").arg(newLogin), uid);
+    }
+    const auto newTemplate = changes.constFind(QLatin1String(u::ROLE_TEMPLATE));
+    if (newTemplate != changes.cend() && !(isNew && newTemplate.value().isEmpty())) {
+        if (self)
+            return forbidden(tr("Нельзя изменить собственный шаблон ролей."));
+        if (!rights.has(role::ROLE_LINKUSER))
+            return forbidden(tr("Недостаточно прав для назначения шаблонов ролей."));
+    }
+    if (newTemplate != changes.cend() && !newTemplate.value().isEmpty()) {
+        if (!m_state.store->roleTemplateExists(newTemplate.value()))
+            return Reply::fail(proto::StatusNotFound,
+                               tr("Шаблона ролей «%1» нет.").arg(newTemplate.value()), uid);
+        if (!rights.canHandOut(newTemplate.value()))
+            return forbidden(
+                tr("Вы не можете назначить шаблон ролей «%1».").arg(newTemplate.value()));
+    }
+    if (changes.contains(QLatin1String(u::OBJECTSTATE))) {
+        if (self)
+            return forbidden(tr("Нельзя заблокировать собственную учётную запись."));
+        if (root)
+            return Reply::fail(proto::StatusConflict, tr("Пользователя root нельзя блокировать."),
+                               uid);
+        if (!rights.has(role::USER_BLOCK))
+            return forbidden(tr("Недостаточно прав для блокировки пользователей."));
+    }
+    if (isNew)
+        return Reply::ok();
+    if (!self && !rights.canManage(oldTemplate))
+        return forbidden(tr("Недостаточно прав для изменения пользователя «%1».").arg(name));
+    const bool onlyState = std::all_of(changes.keyBegin(), changes.keyEnd(), [](const QString &k) {
+        return k == QLatin1String(u::OBJECTSTATE) || k == QLatin1String(u::OBJECTSTATEDATE);
+    });
+    if (!self && (passwordChange || !onlyState) && !rights.has(role::USER_UPDATE))
+        return forbidden(tr("Недостаточно прав для изменения пользователей."));
+    return Reply::ok();
+}
+
+Reply ObjectOps::addObject(Request &request)
+{
+    ObjectInfo object;
+    QList<_INHERIT_DATA> links;
+    if (!payload::read(request.command, object, links))
+        return Reply::fail(proto::StatusMalformed, tr("Запрос на создание объекта не читается."));
+    QString dataset = ObjectStore::datasetForType(object.type);
+    ObjectInfo parent;
+    QString parentDataset;
+    if (object.parent != 0 && !m_state.store->read(object.parent, &parent, &parentDataset))
+        return Reply::fail(proto::StatusNotFound,
+                           tr("Родительского объекта %1 нет.").arg(object.parent));
+    if (dataset.isEmpty())
+        dataset = parentDataset;
+    if (dataset.isEmpty())
+        return Reply::fail(proto::StatusMalformed,
+                           tr("Неизвестный тип объекта «%1».").arg(object.type));
+
+    const Rights rights(*request.session);
+    const QString clientHash = takePassword(&object.parameters);
+    if (isUser(object.type)) {
+        Reply checked = checkUserChange(request, rights, ObjectInfo(), object.parameters,
+                                        !clientHash.isEmpty());
+        if (!checked.isOk())
+            return checked;
+    } else if (!rights.isPrivileged()) {
+        return onlyPrivileged(0);
+    }
+    for (const _INHERIT_DATA &link : qAsConst(links)) {
+        const TYPE_ID other = link.child == 0 ? link.parent : link.child;
+        if ((link.child == 0) == (link.parent == 0))
+            return Reply::fail(proto::StatusMalformed,
+                               tr("Связь нового объекта должна одним концом указывать на него."));
+        if (!m_state.store->exists(other))
+            return Reply::fail(proto::StatusNotFound, tr("Связанного объекта %1 нет.").arg(other));
+    }
+
+    object.uid = 0;
+    object.parents.clear();
+    object.children.clear();
+    const TYPE_ID uid = m_state.store->insert(dataset, object);
+    if (uid == 0)
+        return internalError();
+    QList<TYPE_ID> touched = {uid};
+    for (_INHERIT_DATA link : qAsConst(links)) {
+        touched.append(link.child == 0 ? link.parent : link.child);
+        (link.child == 0 ? link.child : link.parent) = uid;
+        if (!m_state.store->insertLink(link))
+            return internalError();
+    }
+    if (!clientHash.isEmpty()) {
+        const QString hash = PasswordHasher::hash(clientHash);
+        if (hash.isEmpty() || !m_state.store->setPasswordHash(uid, hash))
+            return internalError();
+    }
+    request.pushes.append(Pushes::changedObjects(*m_state.store, touched));
+    return Reply::changed(uid, QStringLiteral("added %1 to %2").arg(object.type, dataset),
+                          ZRDataStream::pack(qint32(uid)));
+}
+
+Reply ObjectOps::updateObject(Request &request)
+{
+    quint32 uid = 0, parent = 0;
+    QString type;
+    QHash<QString, QString> parameters;
+    if (!payload::read(request.command, uid, type, parent, parameters))
+        return Reply::fail(proto::StatusMalformed, tr("Запрос на изменение объекта не читается."));
+    ObjectInfo stored;
+    if (!m_state.store->read(uid, &stored))
+        return Reply::fail(proto::StatusNotFound,
+                           tr("Объекта %1 нет: возможно, его удалили.").arg(uid), uid);
+    if (stored.type != type)
+        return Reply::fail(proto::StatusConflict,
+                           tr("Объект %1 другого типа: «%2».").arg(uid).arg(stored.type), uid);
+    const QString clientHash = takePassword(&parameters);
+    QHash<QString, QString> changes;
+    for (auto it = parameters.cbegin(); it != parameters.cend(); ++it) {
+        if (stored.parameters.value(it.key()) != it.value())
+            changes.insert(it.key(), it.value());
+    }
+    const bool parentChange = parent != stored.parent;
+    if (parentChange && parent != 0 && !m_state.store->exists(parent))
+        return Reply::fail(proto::StatusNotFound, tr("Родительского объекта %1 нет.").arg(parent),
+                           uid);
+
+    const Rights rights(*request.session);
+    if (isUser(type)) {
+        QHash<QString, QString> checkedChanges = changes;
+        if (parentChange)
+            checkedChanges.insert(QStringLiteral("parent"), QString::number(parent));
+        Reply checked
+            = checkUserChange(request, rights, stored, checkedChanges, !clientHash.isEmpty());
+        if (!checked.isOk())
+            return checked;
+    } else if (!rights.isPrivileged()) {
+        return onlyPrivileged(uid);
+    }
+
+    if (!m_state.store->setParameters(uid, parameters)
+        || (parentChange && !m_state.store->setParent(uid, parent)))
+        return internalError();
+    if (!clientHash.isEmpty()) {
+        const QString hash = PasswordHasher::hash(clientHash);
+        if (hash.isEmpty() || !m_state.store->setPasswordHash(uid, hash))
+            return internalError();
+    }
+    request.pushes.append(Pushes::changedObjects(*m_state.store, {uid}));
+    QStringList keys = changes.keys();
+    if (!clientHash.isEmpty())
+        keys.append(QStringLiteral("password"));
+    keys.sort();
+    return Reply::changed(uid, QStringLiteral("changed: ") % keys.join(QLatin1Char(' ')));
+}
+
+Reply ObjectOps::removeObject(Request &request)
+{
+    quint32 uid = 0;
+    QString type;
+    if (!payload::read(request.command, uid, type))
+        return Reply::fail(proto::StatusMalformed, tr("Запрос на удаление объекта не читается."));
+    ObjectInfo stored;
+    QString dataset;
+    if (!m_state.store->read(uid, &stored, &dataset))
+        return Reply::fail(proto::StatusNotFound,
+                           tr("Объекта %1 нет: возможно, его уже удалили.").arg(uid), uid);
+    if (stored.type != type)
+        return Reply::fail(proto::StatusConflict,
+                           tr("Объект %1 другого типа: «%2».").arg(uid).arg(stored.type), uid);
+    const Rights rights(*request.session);
+    if (isUser(type)) {
+        const QString login = stored.parameters.value(QLatin1String(db::user::LOGIN));
+        if (uid == m_state.rootUid)
+            return Reply::fail(proto::StatusConflict, tr("Пользователя root удалить нельзя."), uid);
+        if (uid == request.session->uid)
+            return Reply::fail(proto::StatusForbidden,
+                               tr("Нельзя удалить собственную учётную запись."), uid);
+        if (!rights.has(role::USER_DELETE))
+            return Reply::fail(proto::StatusForbidden,
+                               tr("Недостаточно прав для удаления пользователей."), uid);
+        if (!rights.canManage(Pushes::roleTemplateOf(stored)))
+            return Reply::fail(proto::StatusForbidden,
+                               tr("Недостаточно прав для удаления пользователя «%1».").arg(login),
+                               uid);
+    } else if (!rights.isPrivileged()) {
+        return onlyPrivileged(uid);
+    }
+    QList<TYPE_ID> linked;
+    if (!m_state.store->remove(uid, &linked))
+        return internalError();
+    request.pushes.append(Pushes::removed(dataset, {uid}));
+    request.pushes.append(Pushes::changedObjects(*m_state.store, linked));
+    return Reply::changed(uid, QStringLiteral("removed %1").arg(type));
+}
+
+} // namespace zeral::server

@@ -1,0 +1,33 @@
+#include "reply.h"
+
+#include <host/core/zrdatastream.h>
+
+namespace zeral::server {
+
+Reply Reply::ok(QByteArray data)
+{
+    Reply reply;
+    reply.data = std::move(data);
+    return reply;
+}
+
+Reply Reply::changed(TYPE_ID object, QString detail, QByteArray data)
+{
+    Reply reply = ok(std::move(data));
+    reply.object = object;
+    reply.detail = std::move(detail);
+    reply.change = true;
+    return reply;
+}
+
+Reply Reply::fail(qint32 status, const QString &text, TYPE_ID object)
+{
+    Reply reply;
+    reply.status = status;
+    reply.data = ZRDataStream::pack(text);
+    reply.object = object;
+    reply.detail = text;
+    return reply;
+}
+
+} // namespace zeral::server

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <host/core/protocol.h>
+#include <shared/types.h>
+
+#include <QByteArray>
+#include <QString>
+
+namespace zeral::server {
+
+// The outcome of a handler: the answer's status and payload, and what the audit log keeps.
+struct Reply
+{
+    qint32 status = proto::StatusOk;
+    QByteArray data;
+    TYPE_ID object = 0;
+    QString detail;
+    bool change = false; // an applied change, logged in the audit log
+    int delayMs = 0;     // the answer is held back (slowed logins)
+
+    bool isOk() const { return status == proto::StatusOk; }
+    static Reply ok(QByteArray data = {});
+    static Reply changed(TYPE_ID object, QString detail, QByteArray data = {});
+    static Reply fail(qint32 status, const QString &text, TYPE_ID object = 0);
+};
+
+} // namespace zeral::server

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <host/core/command.h>
+#include <server/engine/ops/reply.h>
+
+#include <QList>
+
+#include <functional>
+
+namespace zeral::server {
+
+class ClientConnection;
+struct Session;
+
+// One request while it is handled: where it came from, whose it is, and what must happen
+// once its transaction has committed.
+struct Request
+{
+    const Command &command;
+    ClientConnection *connection;
+    Session *session; // null on a connection without a session
+
+    QList<Command> pushes;                    // to every session, before the answer
+    QList<std::function<void()>> afterCommit; // after the pushes, before the answer
+};
+
+} // namespace zeral::server

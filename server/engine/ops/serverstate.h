@@ -1,0 +1,33 @@
+#pragma once
+
+#include <server/engine/session/loginthrottle.h>
+#include <server/engine/session/sessionregistry.h>
+#include <server/engine/storage/database.h>
+#include <server/engine/storage/objectstore.h>
+
+#include <QDateTime>
+#include <QPointer>
+
+#include <functional>
+#include <memory>
+
+namespace zeral::server {
+
+class MailSender;
+class MailRenderer;
+
+// What the handlers of requests share: the database, the sessions, the clock and the mail.
+// It lives in the engine's thread and is touched from nowhere else.
+struct ServerState
+{
+    std::function<QDateTime()> clock;
+    Database database;
+    std::unique_ptr<ObjectStore> store;
+    SessionRegistry sessions;
+    std::unique_ptr<LoginThrottle> throttle;
+    std::unique_ptr<MailRenderer> mailRenderer;
+    QPointer<MailSender> mailSender; // null without a relay: mail stays in the outbox
+    TYPE_ID rootUid = 0;
+};
+
+} // namespace zeral::server

@@ -1,0 +1,150 @@
+#include "sessionops.h"
+
+#include <host/core/zrdatastream.h>
+#include <server/engine/net/clientconnection.h>
+#include <server/engine/ops/payload.h>
+#include <server/engine/ops/pushes.h>
+#include <server/engine/ops/serverstate.h>
+#include <server/engine/serverlogging.h>
+#include <server/engine/session/passwordhasher.h>
+
+#include <QCoreApplication>
+
+namespace zeral::server {
+
+namespace {
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("SessionOps", text);
+}
+} // namespace
+
+SessionOps::SessionOps(ServerState &state)
+    : m_state(state)
+{}
+
+Reply SessionOps::authenticate(const QString &login, const QString &clientHash, TYPE_ID *uid)
+{
+    LoginThrottle &throttle = *m_state.throttle;
+    if (const qint64 seconds = throttle.lockedFor(login); seconds > 0) {
+        return Reply::fail(proto::StatusLoginLocked,
+                           tr("Вход под именем «%1» временно закрыт после нескольких неудачных "
+                              "попыток. Повторите через %2 мин.")
+                               .arg(login)
+                               .arg((seconds + 59) / 60));
+    }
+    const QList<TYPE_ID> users = m_state.store->usersWithLogin(login, Qt::CaseSensitive);
+    const TYPE_ID found = users.value(0);
+    const QString stored = found ? m_state.store->passwordHash(found) : QString();
+    if (found && found == m_state.rootUid && stored.isEmpty()) {
+        return Reply::fail(proto::StatusLoginFailed,
+                           tr("Пароль пользователя root ещё не задан. Задайте его при первом "
+                              "запуске студии или командой zr-server --init-root-password."));
+    }
+    if (!found || !PasswordHasher::verify(stored, clientHash)) {
+        Reply reply = Reply::fail(proto::StatusLoginFailed,
+                                  tr("Неверное имя пользователя или пароль. Проверьте раскладку "
+                                     "клавиатуры и повторите."));
+        reply.delayMs = throttle.recordFailure(login);
+        return reply;
+    }
+    ObjectInfo user;
+    if (!m_state.store->read(found, &user))
+        return Reply::fail(proto::StatusInternal, tr("Сервер не смог прочитать учётную запись."));
+    if (Pushes::isBlocked(user)) {
+        return Reply::fail(
+            proto::StatusAccountBlocked,
+            tr("Учётная запись «%1» заблокирована. Обратитесь к администратору.").arg(login),
+            found);
+    }
+    throttle.recordSuccess(login);
+    *uid = found;
+    return Reply::ok();
+}
+
+Reply SessionOps::identity(const Session &session) const
+{
+    Reply reply = Reply::changed(session.uid, QStringLiteral("session started"));
+    reply.data = ZRDataStream::pack(session.id, quint32(session.uid), session.roleTemplate,
+                                    QList<QString>(session.roles));
+    return reply;
+}
+
+void SessionOps::attach(Session *session, ClientConnection *connection)
+{
+    // A connection carries one session: one it had before is left to be resumed elsewhere.
+    if (session->connection && session->connection != connection)
+        session->connection->setSessionId({});
+    session->connection = connection;
+    session->peerAddress = connection->peerAddress();
+    session->peerPort = connection->peerPort();
+    session->lastAction = m_state.clock();
+    connection->setSessionId(session->id);
+}
+
+Reply SessionOps::login(Request &request)
+{
+    QString login, clientHash, client;
+    if (!payload::read(request.command, login, clientHash, client))
+        return Reply::fail(proto::StatusMalformed, tr("Запрос входа не читается."));
+    TYPE_ID uid = 0;
+    Reply checked = authenticate(login, clientHash, &uid);
+    if (!checked.isOk())
+        return checked;
+    if (request.session)
+        m_state.sessions.end(request.session->id);
+
+    Session identity;
+    identity.uid = uid;
+    identity.login = login;
+    ObjectInfo user;
+    m_state.store->read(uid, &user);
+    identity.roleTemplate = Pushes::roleTemplateOf(user);
+    identity.roles = m_state.store->templateRoles(identity.roleTemplate);
+    identity.started = m_state.clock();
+    Session *session = m_state.sessions.create(identity);
+    attach(session, request.connection);
+    request.session = session;
+    qCInfo(lcServerSession) << "login" << login << "from" << request.connection->peer() << "client"
+                            << client;
+    return this->identity(*session);
+}
+
+Reply SessionOps::resume(Request &request)
+{
+    QByteArray id;
+    QString login, clientHash;
+    if (!payload::read(request.command, id, login, clientHash))
+        return Reply::fail(proto::StatusMalformed, tr("Запрос восстановления сессии не читается."));
+    Session *session = m_state.sessions.find(id);
+    if (!session || session->login != login) {
+        return Reply::fail(proto::StatusNotFound,
+                           tr("Сессия завершена. Войдите в систему заново."));
+    }
+    TYPE_ID uid = 0;
+    Reply checked = authenticate(login, clientHash, &uid);
+    if (!checked.isOk())
+        return checked;
+    if (uid != session->uid)
+        return Reply::fail(proto::StatusNotFound,
+                           tr("Сессия завершена. Войдите в систему заново."));
+    if (request.session && request.session != session)
+        m_state.sessions.end(request.session->id);
+    attach(session, request.connection);
+    request.session = session;
+    qCInfo(lcServerSession) << "session of" << login << "resumed from"
+                            << request.connection->peer();
+    return identity(*session);
+}
+
+Reply SessionOps::logout(Request &request)
+{
+    const TYPE_ID uid = request.session->uid;
+    qCInfo(lcServerSession) << "logout" << request.session->login;
+    m_state.sessions.end(request.session->id);
+    request.connection->setSessionId({});
+    request.session = nullptr;
+    return Reply::changed(uid, QStringLiteral("session ended"));
+}
+
+} // namespace zeral::server

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <server/engine/ops/request.h>
+
+namespace zeral::server {
+
+struct ServerState;
+
+// session.login, session.resume and session.logout.
+class SessionOps
+{
+public:
+    explicit SessionOps(ServerState &state);
+
+    Reply login(Request &request);
+    Reply resume(Request &request);
+    Reply logout(Request &request);
+
+private:
+    // Checks login and client hash; on success `uid` is the user's.
+    Reply authenticate(const QString &login, const QString &clientHash, TYPE_ID *uid);
+    Reply identity(const Session &session) const;
+    void attach(Session *session, ClientConnection *connection);
+
+    ServerState &m_state;
+};
+
+} // namespace zeral::server

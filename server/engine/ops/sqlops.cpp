@@ -1,0 +1,71 @@
+#include "sqlops.h"
+
+#include <host/core/dbquery.h>
+#include <host/core/dbresult.h>
+#include <host/core/zrdatastream.h>
+#include <server/engine/ops/payload.h>
+#include <server/engine/ops/serverstate.h>
+#include <server/engine/serverlogging.h>
+#include <server/engine/storage/sqlfunctions.h>
+
+#include <QCoreApplication>
+#include <QSqlError>
+#include <QSqlQuery>
+#include <QSqlRecord>
+
+namespace zeral::server {
+
+namespace {
+QString tr(const char *text)
+{
+    return QCoreApplication::translate("SqlOps", text);
+}
+} // namespace
+
+SqlOps::SqlOps(ServerState &state)
+    : m_state(state)
+{}
+
+Reply SqlOps::execSql(Request &request)
+{
+    DbQuery query;
+    if (!payload::read(request.command, query) || query.statements.isEmpty())
+        return Reply::fail(proto::StatusMalformed, tr("Запрос SQL не читается или пуст."));
+    const int limit = query.maxRows > 0 ? qMin(query.maxRows, MaxRows) : MaxRows;
+
+    DbResult result;
+    for (const QString &text : qAsConst(query.statements)) {
+        result = DbResult();
+        QSqlQuery sql(m_state.database.connection());
+        sql.setForwardOnly(true);
+        // The authorizer judges the statement while it is prepared, and only then.
+        ReadOnlyScope readOnly(m_state.database.handle());
+        const bool ran = sql.exec(text);
+        if (!ran && !readOnly.refused().isEmpty()) {
+            qCWarning(lcServer) << "refused client SQL touching" << readOnly.refused();
+            return Reply::fail(proto::StatusForbidden,
+                               tr("Запросы SQL с клиента могут только читать данные; отказано: "
+                                  "%1.")
+                                   .arg(readOnly.refused()));
+        }
+        if (!ran) {
+            return Reply::fail(proto::StatusMalformed,
+                               tr("Ошибка в запросе SQL: %1").arg(sql.lastError().text()));
+        }
+        const QSqlRecord record = sql.record();
+        result.columnCount = record.count();
+        for (int c = 0; c < record.count(); ++c)
+            result.columnNames.append(record.fieldName(c));
+        while (result.rowCount < limit && sql.next()) {
+            for (int c = 0; c < result.columnCount; ++c)
+                result.values.append(sql.value(c));
+            ++result.rowCount;
+        }
+        if (sql.lastError().isValid())
+            return Reply::fail(proto::StatusMalformed,
+                               tr("Ошибка в запросе SQL: %1").arg(sql.lastError().text()));
+    }
+    return Reply::ok(ZRDataStream::pack(result));
+}
+
+} // namespace zeral::server

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <server/engine/ops/request.h>
+
+namespace zeral::server {
+
+struct ServerState;
+
+// data.exec_sql: statements from a client, run read-only.
+class SqlOps
+{
+public:
+    static constexpr int MaxRows = 10000;
+
+    explicit SqlOps(ServerState &state);
+    Reply execSql(Request &request);
+
+private:
+    ServerState &m_state;
+};
+
+} // namespace zeral::server

@@ -1,0 +1,186 @@
+#include "serverengine.h"
+
+#include <server/engine/mail/mailrenderer.h>
+#include <server/engine/mail/mailsender.h>
+#include <server/engine/net/clientconnection.h>
+#include <server/engine/net/tlsserver.h>
+#include <server/engine/ops/dispatcher.h>
+#include <server/engine/ops/serverstate.h>
+#include <server/engine/serverlogging.h>
+#include <server/engine/session/passwordhasher.h>
+#include <server/engine/storage/seeder.h>
+
+#include <QFile>
+#include <QSslSocket>
+
+#include <sodium.h>
+
+namespace zeral::server {
+
+ServerEngine::ServerEngine(Options options, QObject *parent)
+    : QObject(parent)
+    , m_options(std::move(options))
+{
+    if (!m_options.clock)
+        m_options.clock = [] {
+            return QDateTime::currentDateTime();
+        };
+}
+
+ServerEngine::~ServerEngine()
+{
+    stop();
+}
+
+QString ServerEngine::openDatabase()
+{
+    if (m_state)
+        return {};
+    if (sodium_init() < 0)
+        return tr("Не удалось запустить библиотеку шифрования libsodium.");
+    auto state = std::make_unique<ServerState>();
+    state->clock = m_options.clock;
+    QString error = state->database.open(m_options.databasePath);
+    if (!error.isEmpty())
+        return error;
+    state->store = std::make_unique<ObjectStore>(state->database.connection());
+    Seeder seeder(state->database, *state->store);
+    error = seeder.seedBase();
+    if (error.isEmpty() && m_options.demo)
+        error = seeder.seedDemo(m_options.demoSize);
+    if (!error.isEmpty())
+        return tr("Не удалось заполнить базу данных %1: %2").arg(m_options.databasePath, error);
+    state->rootUid = state->store->setting(QLatin1String(Seeder::RootUidSetting)).toUInt();
+    state->throttle = std::make_unique<LoginThrottle>(m_options.clock, m_options.loginPolicy);
+    state->mailRenderer = std::make_unique<MailRenderer>(m_options.mailSender);
+    m_state = std::move(state);
+    return {};
+}
+
+QString ServerEngine::start()
+{
+    QString error = openDatabase();
+    if (!error.isEmpty())
+        return error;
+    if (m_server)
+        return {};
+    auto *server = new TlsServer(this);
+    if (!m_options.tlsCertificatePath.isEmpty() || !m_options.tlsKeyPath.isEmpty()) {
+        QFile certificateFile(m_options.tlsCertificatePath);
+        QFile keyFile(m_options.tlsKeyPath);
+        if (!QSslSocket::supportsSsl() || !certificateFile.open(QIODevice::ReadOnly)
+            || !keyFile.open(QIODevice::ReadOnly)) {
+            delete server;
+            return tr("Не удалось прочитать сертификат %1 или ключ %2 для TLS. Проверьте пути "
+                      "и права на файлы.")
+                .arg(m_options.tlsCertificatePath, m_options.tlsKeyPath);
+        }
+        const QSslCertificate certificate(&certificateFile, QSsl::Pem);
+        const QSslKey key(&keyFile, QSsl::Rsa, QSsl::Pem);
+        const QSslKey ecKey
+            = key.isNull()
+                  ? QSslKey(keyFile.seek(0) ? keyFile.readAll() : QByteArray(), QSsl::Ec, QSsl::Pem)
+                  : key;
+        if (certificate.isNull() || ecKey.isNull()) {
+            delete server;
+            return tr("Сертификат %1 или ключ %2 не читаются как PEM.")
+                .arg(m_options.tlsCertificatePath, m_options.tlsKeyPath);
+        }
+        server->setCredentials(certificate, ecKey);
+    }
+    if (!server->listen(m_options.address, m_options.port)) {
+        const QString reason = server->errorString();
+        delete server;
+        return tr("Не удалось открыть порт %1 на адресе %2: %3. Выберите другой порт или "
+                  "остановите программу, которая его занимает.")
+            .arg(m_options.port)
+            .arg(m_options.address.toString(), reason);
+    }
+    m_server = server;
+    m_dispatcher = new Dispatcher(*m_state, this);
+    connect(m_server, &QTcpServer::newConnection, this, &ServerEngine::onNewConnection);
+    if (!m_options.smtpUrl.isEmpty()) {
+        auto *sender = new MailSender(m_options.databasePath, m_options.smtpUrl, this);
+        sender->start();
+        m_state->mailSender = sender;
+    }
+    qCInfo(lcServer) << "listening on" << m_options.address.toString() << m_server->serverPort()
+                     << (m_server->encrypts() ? "with TLS" : "without TLS");
+    return {};
+}
+
+void ServerEngine::onNewConnection()
+{
+    while (m_server->hasPendingConnections()) {
+        auto *socket = qobject_cast<QSslSocket *>(m_server->nextPendingConnection());
+        if (!socket)
+            continue;
+        auto *connection = new ClientConnection(socket, this);
+        m_connections.append(connection);
+        qCDebug(lcServerNet) << "client connected:" << connection->peer();
+        connect(connection, &ClientConnection::commandReceived, m_dispatcher,
+                [this, connection](const Command &command) {
+                    m_dispatcher->dispatch(connection, command);
+                });
+        connect(connection, &ClientConnection::closed, this, [this, connection] {
+            m_connections.removeOne(connection);
+            // The session stays, without a connection, until it is resumed or ended.
+            connection->deleteLater();
+        });
+    }
+}
+
+void ServerEngine::stop()
+{
+    if (!m_state)
+        return;
+    if (m_server)
+        m_server->close();
+    for (ClientConnection *connection : qAsConst(m_connections)) {
+        disconnect(connection, nullptr, this, nullptr);
+        connection->close(QStringLiteral("server stopping"));
+        connection->deleteLater();
+    }
+    m_connections.clear();
+    if (m_state->mailSender)
+        m_state->mailSender->stop();
+    delete m_state->mailSender.data();
+    delete m_dispatcher;
+    m_dispatcher = nullptr;
+    delete m_server;
+    m_server = nullptr;
+    m_state.reset();
+    qCInfo(lcServer) << "stopped";
+    emit stopped();
+}
+
+bool ServerEngine::isListening() const
+{
+    return m_server && m_server->isListening();
+}
+
+quint16 ServerEngine::port() const
+{
+    return m_server ? m_server->serverPort() : 0;
+}
+
+bool ServerEngine::rootPasswordIsSet()
+{
+    return openDatabase().isEmpty() && !m_state->store->passwordHash(m_state->rootUid).isEmpty();
+}
+
+bool ServerEngine::setRootPassword(const QString &clientHash)
+{
+    if (clientHash.isEmpty() || !openDatabase().isEmpty())
+        return false;
+    const QString hash = PasswordHasher::hash(clientHash);
+    if (hash.isEmpty() || !m_state->database.begin())
+        return false;
+    if (!m_state->store->setPasswordHash(m_state->rootUid, hash)) {
+        m_state->database.rollback();
+        return false;
+    }
+    return m_state->database.commit();
+}
+
+} // namespace zeral::server

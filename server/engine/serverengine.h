@@ -1,0 +1,76 @@
+#pragma once
+
+#include <server/engine/session/loginthrottle.h>
+
+#include <QDateTime>
+#include <QHostAddress>
+#include <QObject>
+#include <QString>
+
+#include <functional>
+#include <memory>
+
+namespace zeral::server {
+
+struct ServerState;
+class ClientConnection;
+class Dispatcher;
+class TlsServer;
+
+// The central server: storage, sessions, rights, protocol and mail, without a command line.
+// zr-server runs one in its main thread; the studio runs one in a thread of its own (move
+// the engine to that thread and call start() there). All its work happens in the thread it
+// lives in.
+class ServerEngine : public QObject
+{
+    Q_OBJECT
+public:
+    struct Options
+    {
+        QString databasePath;
+        QHostAddress address = QHostAddress::LocalHost;
+        quint16 port = 0; // 0: any free port, see port()
+        bool demo = false;
+        int demoSize = 300; // employees of the demo organisation
+        QString tlsCertificatePath;
+        QString tlsKeyPath;
+        QString smtpUrl; // empty: mails are kept in the outbox
+        QString mailSender = QStringLiteral("zeral@localhost");
+        LoginThrottle::Policy loginPolicy;
+        std::function<QDateTime()> clock; // empty: the system clock
+    };
+
+    explicit ServerEngine(Options options, QObject *parent = nullptr);
+    ~ServerEngine() override;
+
+    // Opens, migrates and seeds the database without listening. Empty on success, else a
+    // sentence for the operator. start() calls it itself.
+    QString openDatabase();
+    // Opens the database and listens. Empty on success, else a sentence for the operator.
+    QString start();
+    // Closes every connection and the database; a request in flight has already finished,
+    // since requests run to their end in this thread.
+    void stop();
+    bool isListening() const;
+    quint16 port() const;
+
+    // The first start of the studio sets root's password; login as root waits for it.
+    bool rootPasswordIsSet();
+    bool setRootPassword(const QString &clientHash);
+
+    int connectionCount() const { return m_connections.size(); }
+
+signals:
+    void stopped();
+
+private:
+    void onNewConnection();
+
+    Options m_options;
+    std::unique_ptr<ServerState> m_state;
+    Dispatcher *m_dispatcher = nullptr;
+    TlsServer *m_server = nullptr;
+    QList<ClientConnection *> m_connections;
+};
+
+} // namespace zeral::server

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <shared/types.h>
+
+#include <QByteArray>
+#include <QDateTime>
+#include <QHostAddress>
+#include <QPointer>
+#include <QString>
+#include <QStringList>
+
+namespace zeral::server {
+
+class ClientConnection;
+
+// One logged-in operator. A session outlives a dropped connection so that the studio can
+// resume it; it ends by logout, by a disconnect from another operator, or with the server.
+struct Session
+{
+    QByteArray id;
+    TYPE_ID uid = 0;
+    QString login;
+    QString roleTemplate;
+    QStringList roles;
+    QHostAddress peerAddress;
+    quint16 peerPort = 0;
+    QDateTime started;
+    QDateTime lastAction;
+    QPointer<ClientConnection> connection; // null while the client is away
+
+    bool hasRole(const char *role) const { return roles.contains(QLatin1String(role)); }
+    QString ipPort() const;
+};
+
+} // namespace zeral::server

@@ -1,0 +1,68 @@
+#include "sessionregistry.h"
+
+#include <server/engine/net/clientconnection.h>
+
+#include <sodium.h>
+
+namespace zeral::server {
+
+QString Session::ipPort() const
+{
+    QHostAddress address = peerAddress;
+    // A v4 client of a dual-stack socket shows as it connected, not as ::ffff:a.b.c.d.
+    bool isV4 = false;
+    const quint32 v4 = address.toIPv4Address(&isV4);
+    if (isV4)
+        address = QHostAddress(v4);
+    return address.toString() % QLatin1Char(':') % QString::number(peerPort);
+}
+
+Session *SessionRegistry::create(const Session &identity)
+{
+    QByteArray raw(32, Qt::Uninitialized);
+    QByteArray id;
+    do {
+        randombytes_buf(raw.data(), size_t(raw.size()));
+        id = raw.toHex();
+    } while (m_sessions.contains(id) || m_ended.contains(id));
+    auto session = std::make_shared<Session>(identity);
+    session->id = id;
+    m_sessions.insert(id, session);
+    return session.get();
+}
+
+Session *SessionRegistry::find(const QByteArray &id)
+{
+    return m_sessions.value(id).get();
+}
+
+const Session *SessionRegistry::find(const QByteArray &id) const
+{
+    return m_sessions.value(id).get();
+}
+
+void SessionRegistry::end(const QByteArray &id)
+{
+    if (m_sessions.remove(id) > 0)
+        m_ended.insert(id);
+}
+
+QList<const Session *> SessionRegistry::attached() const
+{
+    QList<const Session *> result;
+    for (const auto &session : m_sessions) {
+        if (session->connection)
+            result.append(session.get());
+    }
+    return result;
+}
+
+QList<Session *> SessionRegistry::all()
+{
+    QList<Session *> result;
+    for (const auto &session : qAsConst(m_sessions))
+        result.append(session.get());
+    return result;
+}
+
+} // namespace zeral::server

@@ -1,0 +1,472 @@
+#include "objectstore.h"
+
+#include <server/engine/serverlogging.h>
+#include <shared/datasets.h>
+#include <shared/dbkeys.h>
+
+#include <QSqlError>
+#include <QSqlQuery>
+
+namespace zeral::server {
+
+namespace {
+
+QString stamp(const QDateTime &time)
+{
+    return time.isValid() ? time.toUTC().toString(Qt::ISODateWithMs) : QString();
+}
+
+QDateTime fromStamp(const QVariant &value)
+{
+    const QString text = value.toString();
+    return text.isEmpty() ? QDateTime() : QDateTime::fromString(text, Qt::ISODateWithMs);
+}
+
+} // namespace
+
+ObjectStore::ObjectStore(QSqlDatabase db)
+    : m_db(std::move(db))
+{}
+
+QString ObjectStore::datasetForType(const QString &type)
+{
+    static const QHash<QString, QString> datasets = {
+        {QLatin1String(db::system::USER), QLatin1String(USER_DATANAME)},
+        {QLatin1String(db::system::DATABASE), QLatin1String(DB_DATANAME)},
+        {QLatin1String(db::orgstructure::WORKER), QLatin1String(SUBJECT_DATANAME)},
+        {QLatin1String(db::orgstructure::DEPARTMENT), QLatin1String(ORGSTRUCTURE_DATANAME)},
+        {QLatin1String(db::orgstructure::FIRM), QLatin1String(ORGSTRUCTURE_DATANAME)},
+        {QLatin1String(db::orgstructure::SUBJECTROOT), QLatin1String(ORGSTRUCTURE_DATANAME)},
+        {QLatin1String(db::orgstructure::JOB), QLatin1String(JOB_DATANAME)},
+        {QLatin1String(db::placing::PLACING), QLatin1String(PLACING_DATANAME)},
+        {QLatin1String(db::report::REPORT), QLatin1String(REPORT_DATANAME)},
+        {QLatin1String(db::policy::ACCESS_POLICY), QLatin1String(POLICY_DATANAME)},
+        {QLatin1String(db::monitoring::SETTINGS), QLatin1String(MONITORING_DATANAME)},
+    };
+    const QString known = datasets.value(type);
+    if (!known.isEmpty())
+        return known;
+    // Devices are access objects, whatever their kind.
+    if (type.startsWith(QLatin1String("OT_TERM_")) || type.startsWith(QLatin1String("OT_VIDEO_")))
+        return QLatin1String(PLACING_DATANAME);
+    return {};
+}
+
+QSqlQuery &ObjectStore::statement(const char *sql)
+{
+    auto it = m_statements.find(sql);
+    if (it == m_statements.end()) {
+        QSqlQuery query(m_db);
+        query.setForwardOnly(true);
+        if (!query.prepare(QLatin1String(sql)))
+            qCWarning(lcServerDb) << "can't prepare" << sql << query.lastError().text();
+        it = m_statements.insert(sql, query);
+    }
+    return it.value();
+}
+
+bool ObjectStore::run(QSqlQuery &query, const QVariantList &binds)
+{
+    query.finish();
+    for (int i = 0; i < binds.size(); ++i) {
+        // A null QString would bind as NULL; every text column of ours means "" by it.
+        const QVariant &value = binds.at(i);
+        const bool nullText = value.userType() == QMetaType::QString && value.toString().isNull();
+        query.bindValue(i, nullText ? QVariant(QLatin1String("")) : value);
+    }
+    return query.exec() || fail(query);
+}
+
+bool ObjectStore::fail(const QSqlQuery &query)
+{
+    m_lastError = query.lastError().text();
+    qCWarning(lcServerDb) << "statement failed:" << query.lastQuery() << m_lastError;
+    return false;
+}
+
+bool ObjectStore::exists(TYPE_ID uid)
+{
+    QSqlQuery &query = statement("SELECT 1 FROM objects WHERE uid = ?");
+    const bool found = run(query, {uid}) && query.next();
+    query.finish();
+    return found;
+}
+
+bool ObjectStore::read(TYPE_ID uid, ObjectInfo *object, QString *dataset)
+{
+    QSqlQuery &query = statement(
+        "SELECT dataset, type, parent, reserved, changed_at FROM objects WHERE uid = ?");
+    if (!run(query, {uid}) || !query.next()) {
+        query.finish();
+        return false;
+    }
+    ObjectInfo result;
+    result.uid = uid;
+    result.type = query.value(1).toString();
+    result.parent = query.value(2).toUInt();
+    result.reserved = query.value(3).toUInt();
+    result.timestamp = fromStamp(query.value(4));
+    if (dataset)
+        *dataset = query.value(0).toString();
+    query.finish();
+    const QHash<TYPE_ID, ObjectInfo *> byUid = {{uid, &result}};
+    if (!readDetails("SELECT uid, key, value FROM object_params WHERE uid = ?",
+                     "SELECT child, parent, link_type, reserved, valid_from, valid_to"
+                     " FROM links WHERE child = ?",
+                     "SELECT child, parent, link_type, reserved, valid_from, valid_to"
+                     " FROM links WHERE parent = ?",
+                     {uid}, byUid))
+        return false;
+    *object = std::move(result);
+    return true;
+}
+
+bool ObjectStore::page(const QString &dataset, TYPE_ID afterUid, int limit,
+                       QList<ObjectInfo> *objects, bool *more)
+{
+    objects->clear();
+    *more = false;
+    QSqlQuery &query = statement("SELECT uid, type, parent, reserved, changed_at FROM objects"
+                                 " WHERE dataset = ? AND uid > ? ORDER BY uid LIMIT ?");
+    if (!run(query, {dataset, afterUid, limit + 1}))
+        return false;
+    while (query.next()) {
+        if (objects->size() == limit) {
+            *more = true;
+            break;
+        }
+        ObjectInfo object;
+        object.uid = query.value(0).toUInt();
+        object.type = query.value(1).toString();
+        object.parent = query.value(2).toUInt();
+        object.reserved = query.value(3).toUInt();
+        object.timestamp = fromStamp(query.value(4));
+        objects->append(object);
+    }
+    query.finish();
+    if (objects->isEmpty())
+        return true;
+    QHash<TYPE_ID, ObjectInfo *> byUid;
+    byUid.reserve(objects->size());
+    for (ObjectInfo &object : *objects)
+        byUid.insert(object.uid, &object);
+    const QVariantList binds = {dataset, afterUid, objects->constLast().uid};
+    return readDetails(
+        "SELECT p.uid, p.key, p.value FROM object_params p JOIN objects o ON o.uid = p.uid"
+        " WHERE o.dataset = ? AND o.uid > ? AND o.uid <= ?",
+        "SELECT l.child, l.parent, l.link_type, l.reserved, l.valid_from, l.valid_to"
+        " FROM links l JOIN objects o ON o.uid = l.child"
+        " WHERE o.dataset = ? AND o.uid > ? AND o.uid <= ?",
+        "SELECT l.child, l.parent, l.link_type, l.reserved, l.valid_from, l.valid_to"
+        " FROM links l JOIN objects o ON o.uid = l.parent"
+        " WHERE o.dataset = ? AND o.uid > ? AND o.uid <= ?",
+        binds, byUid);
+}
+
+bool ObjectStore::readDetails(const char *paramsSql, const char *childLinksSql,
+                              const char *parentLinksSql, const QVariantList &binds,
+                              const QHash<TYPE_ID, ObjectInfo *> &byUid)
+{
+    QSqlQuery &params = statement(paramsSql);
+    if (!run(params, binds))
+        return false;
+    while (params.next()) {
+        if (ObjectInfo *object = byUid.value(params.value(0).toUInt()))
+            object->parameters.insert(params.value(1).toString(), params.value(2).toString());
+    }
+    params.finish();
+    // On the links where the object is the child it finds its parents, and the other way.
+    for (const char *sql : {childLinksSql, parentLinksSql}) {
+        const bool asChild = sql == childLinksSql;
+        QSqlQuery &links = statement(sql);
+        if (!run(links, binds))
+            return false;
+        while (links.next()) {
+            _INHERIT_DATA link;
+            link.child = links.value(0).toUInt();
+            link.parent = links.value(1).toUInt();
+            link.linkType = links.value(2).toUInt();
+            link.reserved = links.value(3).toUInt();
+            link.validFrom = fromStamp(links.value(4));
+            link.validTo = fromStamp(links.value(5));
+            ObjectInfo *object = byUid.value(asChild ? link.child : link.parent);
+            if (!object)
+                continue;
+            (asChild ? object->parents : object->children).insert(link.linkType, link);
+        }
+        links.finish();
+    }
+    return true;
+}
+
+TYPE_ID ObjectStore::nextUid()
+{
+    QSqlQuery &query = statement("SELECT COALESCE(MAX(uid), 0) + 1 FROM objects");
+    if (!run(query, {}) || !query.next())
+        return 0;
+    const TYPE_ID uid = query.value(0).toUInt();
+    query.finish();
+    return uid;
+}
+
+TYPE_ID ObjectStore::insert(const QString &dataset, const ObjectInfo &object)
+{
+    const TYPE_ID uid = object.uid != 0 ? object.uid : nextUid();
+    if (uid == 0)
+        return 0;
+    QSqlQuery &query = statement("INSERT INTO objects (uid, dataset, type, parent, reserved,"
+                                 " changed_at) VALUES (?, ?, ?, ?, ?, ?)");
+    if (!run(query, {uid, dataset, object.type, object.parent, object.reserved,
+                     stamp(QDateTime::currentDateTimeUtc())}))
+        return 0;
+    return setParameters(uid, object.parameters) ? uid : 0;
+}
+
+bool ObjectStore::setParameters(TYPE_ID uid, const QHash<QString, QString> &parameters)
+{
+    QSqlQuery &query
+        = statement("INSERT OR REPLACE INTO object_params (uid, key, value) VALUES (?, ?, ?)");
+    for (auto it = parameters.cbegin(); it != parameters.cend(); ++it) {
+        if (!run(query, {uid, it.key(), it.value()}))
+            return false;
+    }
+    QSqlQuery &touch = statement("UPDATE objects SET changed_at = ? WHERE uid = ?");
+    return run(touch, {stamp(QDateTime::currentDateTimeUtc()), uid});
+}
+
+bool ObjectStore::setParent(TYPE_ID uid, TYPE_ID parent)
+{
+    return run(statement("UPDATE objects SET parent = ? WHERE uid = ?"), {parent, uid});
+}
+
+bool ObjectStore::insertLink(const _INHERIT_DATA &link)
+{
+    return run(statement("INSERT OR REPLACE INTO links (child, parent, link_type, reserved,"
+                         " valid_from, valid_to) VALUES (?, ?, ?, ?, ?, ?)"),
+               {link.child, link.parent, link.linkType, link.reserved, stamp(link.validFrom),
+                stamp(link.validTo)});
+}
+
+bool ObjectStore::remove(TYPE_ID uid, QList<TYPE_ID> *linked)
+{
+    linked->clear();
+    QSqlQuery &ends = statement("SELECT parent FROM links WHERE child = ?"
+                                " UNION SELECT child FROM links WHERE parent = ?");
+    if (!run(ends, {uid, uid}))
+        return false;
+    while (ends.next()) {
+        const TYPE_ID other = ends.value(0).toUInt();
+        if (other != uid)
+            linked->append(other);
+    }
+    ends.finish();
+    // Fingerprint templates go with their finger rows; the rest cascades from the object.
+    return run(statement("DELETE FROM templates WHERE uid IN"
+                         " (SELECT finger_id FROM fingers WHERE user_object_id = ?)"),
+               {uid})
+           && run(statement("UPDATE objects SET parent = 0 WHERE parent = ?"), {uid})
+           && run(statement("DELETE FROM objects WHERE uid = ?"), {uid});
+}
+
+QList<TYPE_ID> ObjectStore::usersWithLogin(const QString &login, Qt::CaseSensitivity cs,
+                                           TYPE_ID except)
+{
+    QList<TYPE_ID> result;
+    QSqlQuery &query
+        = statement("SELECT p.uid, p.value FROM object_params p JOIN objects o ON o.uid = p.uid"
+                    " WHERE o.type = 'OT_USER' AND p.key = 'PT_LOGIN'");
+    if (!run(query, {}))
+        return result;
+    while (query.next()) {
+        const TYPE_ID uid = query.value(0).toUInt();
+        if (uid != except && query.value(1).toString().compare(login, cs) == 0)
+            result.append(uid);
+    }
+    query.finish();
+    return result;
+}
+
+QString ObjectStore::passwordHash(TYPE_ID uid)
+{
+    QSqlQuery &query = statement("SELECT hash FROM passwords WHERE uid = ?");
+    if (!run(query, {uid}) || !query.next()) {
+        query.finish();
+        return {};
+    }
+    const QString hash = query.value(0).toString();
+    query.finish();
+    return hash;
+}
+
+bool ObjectStore::setPasswordHash(TYPE_ID uid, const QString &hash)
+{
+    return run(statement("INSERT OR REPLACE INTO passwords (uid, hash) VALUES (?, ?)"),
+               {uid, hash});
+}
+
+bool ObjectStore::permissions(const QList<TYPE_ID> &subjects, QList<OBJECT_PERMISSION> *result)
+{
+    result->clear();
+    QSqlQuery &query = statement(
+        "SELECT subject, object, permission FROM permissions WHERE subject = ? ORDER BY object");
+    for (TYPE_ID subject : subjects) {
+        if (!run(query, {subject}))
+            return false;
+        while (query.next())
+            result->append(
+                {query.value(0).toUInt(), query.value(1).toUInt(), query.value(2).toUInt()});
+        query.finish();
+    }
+    return true;
+}
+
+bool ObjectStore::addPermission(const OBJECT_PERMISSION &permission)
+{
+    return run(statement("INSERT OR REPLACE INTO permissions (subject, object, permission)"
+                         " VALUES (?, ?, ?)"),
+               {permission.subject, permission.object, permission.permission});
+}
+
+bool ObjectStore::clearPermissions(TYPE_ID subject)
+{
+    return run(statement("DELETE FROM permissions WHERE subject = ?"), {subject});
+}
+
+bool ObjectStore::fingerCounts(const QList<TYPE_ID> &users, QHash<quint32, quint32> *counts)
+{
+    counts->clear();
+    QSqlQuery &query = statement("SELECT COUNT(*) FROM fingers WHERE user_object_id = ?");
+    for (TYPE_ID user : users) {
+        if (!run(query, {user}) || !query.next())
+            return false;
+        counts->insert(user, query.value(0).toUInt());
+        query.finish();
+    }
+    return true;
+}
+
+bool ObjectStore::addFinger(TYPE_ID user, int finger, const TEMPLATE_DATA &data)
+{
+    QSqlQuery &insertTemplate
+        = statement("INSERT INTO templates (template_format, template) VALUES (?, ?)");
+    if (!run(insertTemplate, {data.format, data.data}))
+        return false;
+    const QVariant templateUid = insertTemplate.lastInsertId();
+    return run(statement("INSERT INTO fingers (finger_id, user_object_id, finger)"
+                         " VALUES (?, ?, ?)"),
+               {templateUid, user, finger});
+}
+
+ROLETEMPLATES_HASH ObjectStore::roleTemplates()
+{
+    ROLETEMPLATES_HASH result;
+    QSqlQuery &query
+        = statement("SELECT id_name, interface_name, text, custom, extra FROM role_template");
+    if (!run(query, {}))
+        return result;
+    while (query.next()) {
+        _ROLETEMPLATE_INFO info;
+        info.id = query.value(0).toString();
+        info.name = query.value(1).toString();
+        info.text = query.value(2).toString();
+        info.custom = query.value(3).toBool();
+        info.extra = query.value(4).toString();
+        result.insert(info.id, info);
+    }
+    query.finish();
+    QSqlQuery &roles
+        = statement("SELECT template_id, role FROM role_template_roles ORDER BY template_id, role");
+    if (!run(roles, {}))
+        return {};
+    while (roles.next()) {
+        auto it = result.find(roles.value(0).toString());
+        if (it != result.end())
+            it->roles.append(roles.value(1).toString());
+    }
+    roles.finish();
+    return result;
+}
+
+bool ObjectStore::roleTemplateExists(const QString &id)
+{
+    QSqlQuery &query = statement("SELECT 1 FROM role_template WHERE id_name = ?");
+    const bool found = run(query, {id}) && query.next();
+    query.finish();
+    return found;
+}
+
+QStringList ObjectStore::templateRoles(const QString &id)
+{
+    QStringList roles;
+    QSqlQuery &query
+        = statement("SELECT role FROM role_template_roles WHERE template_id = ? ORDER BY role");
+    if (!run(query, {id}))
+        return roles;
+    while (query.next())
+        roles.append(query.value(0).toString());
+    query.finish();
+    return roles;
+}
+
+bool ObjectStore::insertRoleTemplate(const _ROLETEMPLATE_INFO &info)
+{
+    if (!run(statement("INSERT INTO role_template (id_name, interface_name, text, custom,"
+                       " extra) VALUES (?, ?, ?, ?, ?)"),
+             {info.id, info.name, info.text, info.custom, info.extra}))
+        return false;
+    QSqlQuery &role
+        = statement("INSERT INTO role_template_roles (template_id, role) VALUES (?, ?)");
+    for (const QString &name : info.roles) {
+        if (!run(role, {info.id, name}))
+            return false;
+    }
+    return true;
+}
+
+QList<RoleEntry> ObjectStore::roleCatalogue()
+{
+    QList<RoleEntry> result;
+    QSqlQuery &query
+        = statement("SELECT key, title, '' AS parent, 1 AS grp, position, 0 AS sub FROM role_groups"
+                    " UNION ALL SELECT r.name, r.title, r.group_key, 0, g.position, r.position"
+                    " FROM roles r JOIN role_groups g ON g.key = r.group_key"
+                    " ORDER BY 5, 6");
+    if (!run(query, {}))
+        return result;
+    while (query.next()) {
+        result.append({query.value(0).toString(), query.value(1).toString(),
+                       query.value(2).toString(), query.value(3).toBool()});
+    }
+    query.finish();
+    return result;
+}
+
+bool ObjectStore::insertRoleEntry(const RoleEntry &entry, int position)
+{
+    if (entry.group)
+        return run(statement("INSERT INTO role_groups (key, title, position) VALUES (?, ?, ?)"),
+                   {entry.key, entry.title, position});
+    return run(statement("INSERT INTO roles (name, group_key, title, position)"
+                         " VALUES (?, ?, ?, ?)"),
+               {entry.key, entry.parentKey, entry.title, position});
+}
+
+QString ObjectStore::setting(const QString &key)
+{
+    QSqlQuery &query = statement("SELECT value FROM settings WHERE key = ?");
+    if (!run(query, {key}) || !query.next()) {
+        query.finish();
+        return {};
+    }
+    const QString value = query.value(0).toString();
+    query.finish();
+    return value;
+}
+
+bool ObjectStore::setSetting(const QString &key, const QString &value)
+{
+    return run(statement("INSERT OR REPLACE INTO settings (key, value) VALUES (?, ?)"),
+               {key, value});
+}
+
+} // namespace zeral::server

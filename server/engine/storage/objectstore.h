@@ -1,0 +1,82 @@
+#pragma once
+
+#include <shared/objectinfo.h>
+#include <shared/objectpermission.h>
+#include <shared/roleentry.h>
+#include <shared/roletemplateinfo.h>
+#include <shared/templatedata.h>
+
+#include <QHash>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+#include <QString>
+#include <QVariantList>
+
+namespace zeral::server {
+
+// Every statement on the objects, their parameters and links, passwords, permissions,
+// role templates and fingerprints. It runs inside the caller's transaction and knows
+// nothing of rights. A false or 0 result means SQLite failed; lastError() says how.
+class ObjectStore
+{
+public:
+    explicit ObjectStore(QSqlDatabase db);
+
+    QString lastError() const { return m_lastError; }
+
+    // The dataset an object of this type belongs to; empty for a type the server doesn't know.
+    static QString datasetForType(const QString &type);
+
+    bool exists(TYPE_ID uid);
+    // The object as clients see it, with its parameters and links; false if there is none.
+    bool read(TYPE_ID uid, ObjectInfo *object, QString *dataset = nullptr);
+    // Objects of a dataset with a uid above `afterUid`, in uid order, at most `limit`.
+    bool page(const QString &dataset, TYPE_ID afterUid, int limit, QList<ObjectInfo> *objects,
+              bool *more);
+
+    // Stores a new object; its uid is taken from `object` if not 0, else the next free one.
+    TYPE_ID insert(const QString &dataset, const ObjectInfo &object);
+    bool setParameters(TYPE_ID uid, const QHash<QString, QString> &parameters);
+    bool setParent(TYPE_ID uid, TYPE_ID parent);
+    bool insertLink(const _INHERIT_DATA &link);
+    // Removes the object with everything that hangs on it; `linked` gets the other ends of
+    // its links, whose link maps change with it.
+    bool remove(TYPE_ID uid, QList<TYPE_ID> *linked);
+    TYPE_ID nextUid();
+
+    // Users whose login equals `login` (case-sensitive or not), other than `except`.
+    QList<TYPE_ID> usersWithLogin(const QString &login, Qt::CaseSensitivity cs, TYPE_ID except = 0);
+    QString passwordHash(TYPE_ID uid);
+    bool setPasswordHash(TYPE_ID uid, const QString &hash);
+
+    bool permissions(const QList<TYPE_ID> &subjects, QList<OBJECT_PERMISSION> *result);
+    bool addPermission(const OBJECT_PERMISSION &permission);
+    bool clearPermissions(TYPE_ID subject);
+    bool fingerCounts(const QList<TYPE_ID> &users, QHash<quint32, quint32> *counts);
+    bool addFinger(TYPE_ID user, int finger, const TEMPLATE_DATA &data);
+
+    ROLETEMPLATES_HASH roleTemplates();
+    bool roleTemplateExists(const QString &id);
+    QStringList templateRoles(const QString &id);
+    bool insertRoleTemplate(const _ROLETEMPLATE_INFO &info);
+    QList<RoleEntry> roleCatalogue();
+    bool insertRoleEntry(const RoleEntry &entry, int position);
+
+    QString setting(const QString &key);
+    bool setSetting(const QString &key, const QString &value);
+
+private:
+    // A prepared statement, made once per text and reused: bulk inserts prepare nothing.
+    QSqlQuery &statement(const char *sql);
+    bool run(QSqlQuery &query, const QVariantList &binds);
+    bool fail(const QSqlQuery &query);
+    // Fills parameters and links of the objects in `byUid`, chosen by `scope` over "o".
+    bool readDetails(const char *paramsSql, const char *childLinksSql, const char *parentLinksSql,
+                     const QVariantList &binds, const QHash<TYPE_ID, ObjectInfo *> &byUid);
+
+    QSqlDatabase m_db;
+    QHash<const char *, QSqlQuery> m_statements;
+    QString m_lastError;
+};
+
+} // namespace zeral::server

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <QString>
+
+class QSqlDatabase;
+
+namespace zeral::server {
+
+// The tables of the server and their migrations, counted in PRAGMA user_version. Each step
+// runs in its own transaction, so a database is always at one version or the next.
+class Schema
+{
+public:
+    static constexpr int CurrentVersion = 1;
+
+    // Empty on success, else the failing step and SQLite's error.
+    static QString migrate(QSqlDatabase &db);
+    static int version(QSqlDatabase &db);
+
+    Schema() = delete;
+};
+
+} // namespace zeral::server

@@ -1,0 +1,32 @@
+#pragma once
+
+#include <QString>
+
+namespace zeral::server {
+
+class Database;
+class ObjectStore;
+
+// What a first start puts into an empty database, and the demo organisation on request.
+class Seeder
+{
+public:
+    Seeder(Database &database, ObjectStore &store);
+
+    // The role catalogue, the built-in templates, the database object and "root" without a
+    // password, once. Empty on success, else the error.
+    QString seedBase();
+    // The demo organisation with `employees` employees, once per database; root and the demo
+    // users get the demo password.
+    QString seedDemo(int employees);
+
+    static constexpr char RootUidSetting[] = "root_uid";
+
+private:
+    QString fail(const QString &what);
+
+    Database &m_database;
+    ObjectStore &m_store;
+};
+
+} // namespace zeral::server

@@ -1,0 +1,114 @@
+#include "sqlfunctions.h"
+
+#include <sqlite3.h>
+
+#include <cstring>
+
+namespace zeral::server {
+
+namespace {
+
+// Runs a one-row query on the connection of the function call, with the function's two
+// arguments bound as ?1 and ?2, and hands the first column of the row (if any) to `take`.
+template<class Take>
+void querySingle(sqlite3_context *context, const char *sql, sqlite3_value **argv, Take take)
+{
+    sqlite3 *db = sqlite3_context_db_handle(context);
+    sqlite3_stmt *statement = nullptr;
+    if (sqlite3_prepare_v2(db, sql, -1, &statement, nullptr) != SQLITE_OK) {
+        sqlite3_result_error(context, sqlite3_errmsg(db), -1);
+        return;
+    }
+    sqlite3_bind_value(statement, 1, argv[0]);
+    sqlite3_bind_value(statement, 2, argv[1]);
+    const int step = sqlite3_step(statement);
+    if (step == SQLITE_ROW)
+        take(statement);
+    else if (step != SQLITE_DONE)
+        sqlite3_result_error(context, sqlite3_errmsg(db), -1);
+    sqlite3_finalize(statement);
+}
+
+void roleIsAccessed(sqlite3_context *context, int, sqlite3_value **argv)
+{
+    sqlite3_result_int(context, 0);
+    querySingle(context,
+                "SELECT 1 FROM object_params t"
+                " JOIN role_template_roles r ON r.template_id = t.value"
+                " WHERE t.uid = ?1 AND t.key = 'PT_ROLETEMPLATE' AND r.role = ?2"
+                " AND NOT EXISTS (SELECT 1 FROM object_params s WHERE s.uid = ?1"
+                "  AND s.key = 'PT_OBJECTSTATE' AND lower(s.value) = 'b')",
+                argv, [context](sqlite3_stmt *) { sqlite3_result_int(context, 1); });
+}
+
+void getObjectParam(sqlite3_context *context, int, sqlite3_value **argv)
+{
+    sqlite3_result_null(context);
+    querySingle(context, "SELECT value FROM object_params WHERE uid = ?1 AND key = ?2", argv,
+                [context](sqlite3_stmt *statement) {
+                    sqlite3_result_value(context, sqlite3_column_value(statement, 0));
+                });
+}
+
+} // namespace
+
+bool SqlFunctions::install(sqlite3 *db)
+{
+    if (!db)
+        return false;
+    // Not deterministic: the answer follows the stored data.
+    const int flags = SQLITE_UTF8;
+    return sqlite3_create_function_v2(db, "role_is_accessed", 2, flags, nullptr, roleIsAccessed,
+                                      nullptr, nullptr, nullptr)
+               == SQLITE_OK
+           && sqlite3_create_function_v2(db, "get_object_param", 2, flags, nullptr, getObjectParam,
+                                         nullptr, nullptr, nullptr)
+                  == SQLITE_OK;
+}
+
+ReadOnlyScope::ReadOnlyScope(sqlite3 *db)
+    : m_db(db)
+{
+    sqlite3_set_authorizer(m_db, &ReadOnlyScope::authorize, this);
+}
+
+ReadOnlyScope::~ReadOnlyScope()
+{
+    sqlite3_set_authorizer(m_db, nullptr, nullptr);
+}
+
+int ReadOnlyScope::authorize(void *self, int action, const char *a, const char *, const char *,
+                             const char *)
+{
+    auto *scope = static_cast<ReadOnlyScope *>(self);
+    switch (action) {
+    case SQLITE_SELECT:
+    case SQLITE_FUNCTION:
+    case SQLITE_RECURSIVE:
+        return SQLITE_OK;
+    case SQLITE_READ:
+        // Password hashes and the texts of mails (which carry credentials) stay in the server.
+        if (a && (std::strcmp(a, "passwords") == 0 || std::strcmp(a, "mail_outbox") == 0)) {
+            scope->m_refused = QString::fromUtf8(a);
+            return SQLITE_DENY;
+        }
+        return SQLITE_OK;
+    case SQLITE_PRAGMA:
+        scope->m_refused = QStringLiteral("PRAGMA");
+        return SQLITE_DENY;
+    case SQLITE_ATTACH:
+    case SQLITE_DETACH:
+        scope->m_refused = QStringLiteral("ATTACH");
+        return SQLITE_DENY;
+    case SQLITE_INSERT:
+    case SQLITE_UPDATE:
+    case SQLITE_DELETE:
+        scope->m_refused = a ? QString::fromUtf8(a) : QStringLiteral("write");
+        return SQLITE_DENY;
+    default:
+        scope->m_refused = QStringLiteral("action %1").arg(action);
+        return SQLITE_DENY;
+    }
+}
+
+} // namespace zeral::server

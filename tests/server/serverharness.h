@@ -1,0 +1,173 @@
+#pragma once
+
+// Helpers of the server tests: a real engine on a temporary database, and a client that
+// speaks the wire protocol over loopback TCP.
+
+#include <host/core/framecodec.h>
+#include <host/core/passhash.h>
+#include <host/core/protocol.h>
+#include <host/core/zrdatastream.h>
+#include <server/engine/serverengine.h>
+#include <shared/dbkeys.h>
+#include <shared/objectinfo.h>
+#include <shared/wire.h>
+
+#include <QDeadlineTimer>
+#include <QHash>
+#include <QSignalSpy>
+#include <QTcpSocket>
+#include <QTemporaryDir>
+#include <QTest>
+
+#include <memory>
+
+namespace harness {
+
+namespace cmd = zeral::proto::command;
+
+inline QString clientHash(const QString &password)
+{
+    return PassHash::encrypt(password, QCryptographicHash::Md5);
+}
+
+class WireClient : public QObject
+{
+public:
+    QTcpSocket socket;
+    QList<Command> pushes;
+    QByteArray session;
+    zeral::TYPE_ID uid = 0;
+    QString roleTemplate;
+    QList<QString> roles;
+    QHash<quint64, Command> answers; // answers not yet taken by request()
+
+    bool connectTo(quint16 port)
+    {
+        QObject::connect(&socket, &QTcpSocket::readyRead, this, [this] { readAll(); });
+        socket.connectToHost(QHostAddress::LocalHost, port);
+        return socket.waitForConnected(5000);
+    }
+    bool isClosed() const { return socket.state() == QAbstractSocket::UnconnectedState; }
+
+    Command request(const QString &name, const QByteArray &data, const QByteArray &sessionId)
+    {
+        Command command = Command::named(name, sessionId);
+        command.type = zeral::proto::NamedCommand;
+        command.id = ++m_nextId;
+        command.data = data;
+        socket.write(FrameCodec::encode(command));
+        QDeadlineTimer deadline(10000);
+        while (!answers.contains(command.id) && !deadline.hasExpired() && !isClosed())
+            QTest::qWait(5);
+        return answers.take(command.id);
+    }
+    Command request(const char *name, const QByteArray &data = {})
+    {
+        return request(QLatin1String(name), data, session);
+    }
+
+    Command login(const QString &login, const QString &password)
+    {
+        Command answer
+            = request(QLatin1String(cmd::Login),
+                      ZRDataStream::pack(login, clientHash(password), QStringLiteral("test")), {});
+        if (answer.status == zeral::proto::StatusOk) {
+            ZRDataStream in(answer.data);
+            in >> session >> uid >> roleTemplate;
+            zeral::wire::readList(in, roles);
+        }
+        return answer;
+    }
+
+    QList<Command> pushesNamed(const char *name) const
+    {
+        QList<Command> result;
+        for (const Command &push : pushes) {
+            if (push.name == QLatin1String(name))
+                result.append(push);
+        }
+        return result;
+    }
+
+private:
+    void readAll()
+    {
+        for (;;) {
+            Command command;
+            QString error;
+            const auto result = FrameCodec::read(&socket, &command, &error);
+            if (result != FrameCodec::ReadResult::Frame)
+                return;
+            if (command.id == 0)
+                pushes.append(command);
+            else
+                answers.insert(command.id, command);
+        }
+    }
+    quint64 m_nextId = 0;
+};
+
+// A started engine on a fresh database, with root's password set.
+struct Server
+{
+    QTemporaryDir dir;
+    std::unique_ptr<zeral::server::ServerEngine> engine;
+    QDateTime now = QDateTime(QDate(2024, 3, 1), QTime(10, 0));
+
+    QString start(zeral::server::ServerEngine::Options options = {})
+    {
+        options.databasePath = dir.filePath(QStringLiteral("server.db"));
+        options.clock = [this] {
+            return now;
+        };
+        options.loginPolicy.delayStepMs = 0;
+        engine = std::make_unique<zeral::server::ServerEngine>(options);
+        const QString error = engine->start();
+        if (error.isEmpty())
+            engine->setRootPassword(clientHash(QStringLiteral("RootPass1")));
+        return error;
+    }
+    std::unique_ptr<WireClient> client()
+    {
+        auto client = std::make_unique<WireClient>();
+        client->connectTo(engine->port());
+        return client;
+    }
+    std::unique_ptr<WireClient> rootClient()
+    {
+        auto client = this->client();
+        client->login(QStringLiteral("root"), QStringLiteral("RootPass1"));
+        return client;
+    }
+};
+
+inline QString errorText(const Command &answer)
+{
+    return answer.errorText();
+}
+
+// Creates a user as `by` and returns the new uid (0 on failure).
+inline zeral::TYPE_ID addUser(WireClient &by, const QString &login, const QString &roleTemplate,
+                              const QString &password = QStringLiteral("Passw0rd"),
+                              qint32 *status = nullptr, Command *answerOut = nullptr)
+{
+    zeral::ObjectInfo user;
+    user.type = QLatin1String(db::system::USER);
+    user.parameters = {{QLatin1String(db::user::LOGIN), login},
+                       {QLatin1String(db::user::PASSHASH), clientHash(password)}};
+    if (!roleTemplate.isEmpty())
+        user.parameters.insert(QLatin1String(db::user::ROLE_TEMPLATE), roleTemplate);
+    const Command answer
+        = by.request(cmd::AddObject, ZRDataStream::pack(user, QList<zeral::_INHERIT_DATA>()));
+    if (status)
+        *status = answer.status;
+    if (answerOut)
+        *answerOut = answer;
+    if (answer.status != zeral::proto::StatusOk)
+        return 0;
+    qint32 uid = 0;
+    ZRDataStream(answer.data) >> uid;
+    return zeral::TYPE_ID(uid);
+}
+
+} // namespace harness

@@ -1,0 +1,452 @@
+// The server engine over real TCP on loopback with a temporary database: sessions, the data
+// operations and their refusals, pushes, sessions of others, mail and bad input.
+
+#include "serverharness.h"
+
+#include <host/core/dbquery.h>
+#include <host/core/dbresult.h>
+#include <shared/connecteduserinfo.h>
+#include <shared/emailmessage.h>
+#include <shared/objectpermission.h>
+#include <shared/rolenames.h>
+#include <shared/roletemplateinfo.h>
+
+#include <QFile>
+#include <QSqlDatabase>
+#include <QSqlQuery>
+
+using namespace harness;
+using zeral::ObjectInfo;
+using zeral::TYPE_ID;
+namespace proto = zeral::proto;
+
+class TestServerEngine : public QObject
+{
+    Q_OBJECT
+private slots:
+    void init()
+    {
+        m_server = std::make_unique<Server>();
+        QCOMPARE(m_server->start(), QString());
+    }
+    void cleanup() { m_server.reset(); }
+
+    void loginAnswersIdentity()
+    {
+        auto root = m_server->client();
+        QCOMPARE(root->login(QStringLiteral("root"), QStringLiteral("RootPass1")).status,
+                 qint32(proto::StatusOk));
+        QCOMPARE(root->session.size(), 64);
+        QVERIFY(root->uid != 0);
+        QCOMPARE(root->roleTemplate, QStringLiteral("RT_SUPERVISOR"));
+        QVERIFY(root->roles.contains(QStringLiteral("RL_USER_CREATE")));
+    }
+
+    void loginRefusals_data()
+    {
+        QTest::addColumn<QString>("login");
+        QTest::addColumn<QString>("password");
+        QTest::addColumn<int>("status");
+        QTest::addRow("wrong password") << "alice"
+                                        << "nope" << int(proto::StatusLoginFailed);
+        QTest::addRow("unknown login") << "nobody"
+                                       << "Passw0rd" << int(proto::StatusLoginFailed);
+        QTest::addRow("login is case-sensitive") << "ALICE"
+                                                 << "Passw0rd" << int(proto::StatusLoginFailed);
+        QTest::addRow("blocked, any case") << "bob"
+                                           << "Passw0rd" << int(proto::StatusAccountBlocked);
+    }
+    void loginRefusals()
+    {
+        QFETCH(QString, login);
+        QFETCH(QString, password);
+        QFETCH(int, status);
+        auto root = m_server->rootClient();
+        QVERIFY(addUser(*root, QStringLiteral("alice"), QStringLiteral("RT_OPERATOR")));
+        const TYPE_ID bob = addUser(*root, QStringLiteral("bob"), QStringLiteral("RT_OPERATOR"));
+        QCOMPARE(update(*root, bob, {{QStringLiteral("PT_OBJECTSTATE"), QStringLiteral("B")}}),
+                 qint32(proto::StatusOk));
+        auto client = m_server->client();
+        const Command answer = client->login(login, password);
+        QCOMPARE(answer.status, qint32(status));
+        QVERIFY(!errorText(answer).isEmpty());
+        QVERIFY(client->session.isEmpty());
+    }
+
+    void rootWithoutPasswordIsRefused()
+    {
+        Server fresh;
+        ServerEngineOptions options;
+        options.databasePath = fresh.dir.filePath(QStringLiteral("fresh.db"));
+        zeral::server::ServerEngine engine(options);
+        QCOMPARE(engine.start(), QString());
+        QVERIFY(!engine.rootPasswordIsSet());
+        WireClient client;
+        QVERIFY(client.connectTo(engine.port()));
+        const Command answer = client.login(QStringLiteral("root"), QString());
+        QCOMPARE(answer.status, qint32(proto::StatusLoginFailed));
+        QVERIFY(errorText(answer).contains(QStringLiteral("root")));
+        QVERIFY(engine.setRootPassword(clientHash(QStringLiteral("x"))));
+        QVERIFY(engine.rootPasswordIsSet());
+        QCOMPARE(client.login(QStringLiteral("root"), QStringLiteral("x")).status,
+                 qint32(proto::StatusOk));
+    }
+
+    void repeatedFailuresLockUntilTimePasses()
+    {
+        auto client = m_server->client();
+        for (int i = 0; i < 5; ++i)
+            QCOMPARE(client->login(QStringLiteral("root"), QStringLiteral("bad")).status,
+                     qint32(proto::StatusLoginFailed));
+        // Locked: even the right password is refused now.
+        QCOMPARE(client->login(QStringLiteral("root"), QStringLiteral("RootPass1")).status,
+                 qint32(proto::StatusLoginLocked));
+        m_server->now = m_server->now.addSecs(6 * 60);
+        QCOMPARE(client->login(QStringLiteral("root"), QStringLiteral("RootPass1")).status,
+                 qint32(proto::StatusOk));
+    }
+
+    void requestGuards_data()
+    {
+        QTest::addColumn<QString>("name");
+        QTest::addColumn<bool>("loggedIn");
+        QTest::addColumn<QByteArray>("sessionId");
+        QTest::addColumn<int>("status");
+        QTest::addRow("before login") << "data.snapshot" << false << QByteArray() << 3;
+        QTest::addRow("unknown command") << "data.format_disk" << true << QByteArray("own") << 5;
+        QTest::addRow("foreign session id")
+            << "data.role_catalogue" << true << QByteArray("0123abcd") << 4;
+    }
+    void requestGuards()
+    {
+        QFETCH(QString, name);
+        QFETCH(bool, loggedIn);
+        QFETCH(QByteArray, sessionId);
+        QFETCH(int, status);
+        auto client = loggedIn ? m_server->rootClient() : m_server->client();
+        const Command answer
+            = client->request(name, {}, sessionId == "own" ? client->session : sessionId);
+        QCOMPARE(answer.status, qint32(status));
+        QVERIFY(!errorText(answer).isEmpty());
+    }
+
+    void changesArePushedBeforeTheAnswer()
+    {
+        auto root = m_server->rootClient();
+        auto other = m_server->rootClient();
+        const TYPE_ID uid = addUser(*root, QStringLiteral("carol"), QStringLiteral("RT_HR"));
+        QVERIFY(uid != 0);
+        // The author has the push by the time the answer arrives.
+        const QList<Command> own = root->pushesNamed(cmd::DataChanged);
+        QCOMPARE(own.size(), 1);
+        QString dataset;
+        QList<ObjectInfo> objects;
+        ZRDataStream in(own.constFirst().data);
+        in >> dataset;
+        zeral::wire::readList(in, objects);
+        QCOMPARE(dataset, QStringLiteral("user"));
+        QCOMPARE(objects.size(), 1);
+        QCOMPARE(objects.constFirst().uid, uid);
+        QVERIFY(!objects.constFirst().parameters.contains(QStringLiteral("PT_PASSHASH")));
+        QTRY_COMPARE(other->pushesNamed(cmd::DataChanged).size(), 1);
+
+        const Command removed
+            = root->request(cmd::RemoveObject, ZRDataStream::pack(uid, QStringLiteral("OT_USER")));
+        QCOMPARE(removed.status, qint32(proto::StatusOk));
+        QTRY_COMPARE(other->pushesNamed(cmd::DataRemoved).size(), 1);
+        QList<quint32> uids;
+        ZRDataStream removedIn(other->pushesNamed(cmd::DataRemoved).constFirst().data);
+        removedIn >> dataset >> uids;
+        QCOMPARE(uids, QList<quint32>{uid});
+    }
+
+    void addObjectLinksTheEmployee()
+    {
+        auto root = m_server->rootClient();
+        ObjectInfo worker;
+        worker.type = QStringLiteral("OT_WORKER");
+        worker.parameters = {{QStringLiteral("PT_SURNAME"), QStringLiteral("Петров")}};
+        Command answer = root->request(cmd::AddObject,
+                                       ZRDataStream::pack(worker, QList<zeral::_INHERIT_DATA>()));
+        QCOMPARE(answer.status, qint32(proto::StatusOk));
+        qint32 workerUid = 0;
+        ZRDataStream(answer.data) >> workerUid;
+        ObjectInfo user;
+        user.type = QStringLiteral("OT_USER");
+        user.parameters = {{QStringLiteral("PT_LOGIN"), QStringLiteral("petrov")}};
+        zeral::_INHERIT_DATA link;
+        link.child = TYPE_ID(workerUid);
+        link.linkType = zeral::INHERIT_WORKER_USER;
+        answer = root->request(cmd::AddObject, ZRDataStream::pack(user, QList{link}));
+        QCOMPARE(answer.status, qint32(proto::StatusOk));
+        qint32 userUid = 0;
+        ZRDataStream(answer.data) >> userUid;
+        const ObjectInfo stored = snapshotObject(*root, QStringLiteral("user"), TYPE_ID(userUid));
+        QCOMPARE(stored.children.value(zeral::INHERIT_WORKER_USER).child, TYPE_ID(workerUid));
+        // A link to nothing is refused and creates nothing.
+        link.child = 999999;
+        user.parameters.insert(QStringLiteral("PT_LOGIN"), QStringLiteral("petrov2"));
+        answer = root->request(cmd::AddObject, ZRDataStream::pack(user, QList{link}));
+        QCOMPARE(answer.status, qint32(proto::StatusNotFound));
+    }
+
+    void updateChangesOnlyWhatItCarries()
+    {
+        auto root = m_server->rootClient();
+        const TYPE_ID uid = addUser(*root, QStringLiteral("dave"), QStringLiteral("RT_OPERATOR"));
+        QCOMPARE(update(*root, uid, {{QStringLiteral("PT_SURNAME"), QStringLiteral("Смирнов")}}),
+                 qint32(proto::StatusOk));
+        QCOMPARE(update(*root, uid,
+                        {{QStringLiteral("PT_NAME"), QString()},
+                         {QStringLiteral("PT_SET_PASSWORD"), QStringLiteral("1")}}),
+                 qint32(proto::StatusOk));
+        const ObjectInfo user = snapshotObject(*root, QStringLiteral("user"), uid);
+        QCOMPARE(user.parameters.value(QStringLiteral("PT_SURNAME")), QStringLiteral("Смирнов"));
+        QCOMPARE(user.parameters.value(QStringLiteral("PT_LOGIN")), QStringLiteral("dave"));
+        QVERIFY(user.parameters.contains(QStringLiteral("PT_NAME")));
+        QVERIFY(!user.parameters.contains(QStringLiteral("PT_SET_PASSWORD")));
+        QVERIFY(!user.parameters.contains(QStringLiteral("PT_PASSHASH")));
+        // A new password takes effect; the old one stops working.
+        QCOMPARE(update(*root, uid,
+                        {{QStringLiteral("PT_PASSHASH"), clientHash(QStringLiteral("N3wPass"))},
+                         {QStringLiteral("PT_SET_PASSWORD"), QStringLiteral("1")}}),
+                 qint32(proto::StatusOk));
+        QCOMPARE(
+            m_server->client()->login(QStringLiteral("dave"), QStringLiteral("Passw0rd")).status,
+            qint32(proto::StatusLoginFailed));
+        QCOMPARE(
+            m_server->client()->login(QStringLiteral("dave"), QStringLiteral("N3wPass")).status,
+            qint32(proto::StatusOk));
+    }
+
+    void storedDataConflicts_data()
+    {
+        QTest::addColumn<QString>("what");
+        QTest::addColumn<int>("status");
+        QTest::addRow("login in use, other case") << "duplicate" << int(proto::StatusConflict);
+        QTest::addRow("root renamed") << "rename root" << int(proto::StatusConflict);
+        QTest::addRow("root deleted") << "delete root" << int(proto::StatusConflict);
+        QTest::addRow("own account deleted") << "delete self" << int(proto::StatusForbidden);
+        QTest::addRow("missing object") << "update missing" << int(proto::StatusNotFound);
+        QTest::addRow("wrong type") << "wrong type" << int(proto::StatusConflict);
+        QTest::addRow("unknown type") << "unknown type" << int(proto::StatusMalformed);
+    }
+    void storedDataConflicts()
+    {
+        QFETCH(QString, what);
+        QFETCH(int, status);
+        auto root = m_server->rootClient();
+        const TYPE_ID erin = addUser(*root, QStringLiteral("erin"), QStringLiteral("RT_OPERATOR"));
+        root->pushes.clear();
+        qint32 got = 0;
+        if (what == QLatin1String("duplicate")) {
+            addUser(*root, QStringLiteral("ERIN"), QString(), QStringLiteral("x"), &got);
+        } else if (what == QLatin1String("rename root")) {
+            got = update(*root, root->uid, {{QStringLiteral("PT_LOGIN"), QStringLiteral("admin")}});
+        } else if (what == QLatin1String("delete self")) {
+            addUser(*root, QStringLiteral("adm"), QStringLiteral("RT_ADMINISTRATOR"));
+            auto admin = m_server->client();
+            admin->login(QStringLiteral("adm"), QStringLiteral("Passw0rd"));
+            root->pushes.clear();
+            got = admin
+                      ->request(cmd::RemoveObject,
+                                ZRDataStream::pack(admin->uid, QStringLiteral("OT_USER")))
+                      .status;
+        } else if (what == QLatin1String("delete root")) {
+            got = root->request(cmd::RemoveObject,
+                                ZRDataStream::pack(root->uid, QStringLiteral("OT_USER")))
+                      .status;
+        } else if (what == QLatin1String("update missing")) {
+            got = update(*root, 777777, {{QStringLiteral("PT_NAME"), QStringLiteral("x")}});
+        } else if (what == QLatin1String("wrong type")) {
+            got = root->request(cmd::RemoveObject,
+                                ZRDataStream::pack(erin, QStringLiteral("OT_WORKER")))
+                      .status;
+        } else {
+            ObjectInfo odd;
+            odd.type = QStringLiteral("OT_SPACESHIP");
+            got = root->request(cmd::AddObject,
+                                ZRDataStream::pack(odd, QList<zeral::_INHERIT_DATA>()))
+                      .status;
+        }
+        QCOMPARE(got, qint32(status));
+        QVERIFY(root->pushes.isEmpty()); // a refusal changes nothing
+        QCOMPARE(
+            m_server->client()->login(QStringLiteral("root"), QStringLiteral("RootPass1")).status,
+            qint32(proto::StatusOk));
+    }
+
+    void permissionsAreReplacedAsAWhole()
+    {
+        auto root = m_server->rootClient();
+        const TYPE_ID uid = addUser(*root, QStringLiteral("frank"), QStringLiteral("RT_OPERATOR"));
+        const TYPE_ID a = addUser(*root, QStringLiteral("objA"), QString());
+        const TYPE_ID b = addUser(*root, QStringLiteral("objB"), QString());
+        QCOMPARE(root->request(cmd::AddPermissions,
+                               ZRDataStream::pack(QList<zeral::OBJECT_PERMISSION>{{uid, a, 12}}))
+                     .status,
+                 qint32(proto::StatusOk));
+        QCOMPARE(
+            root->request(cmd::UpdatePermissions,
+                          ZRDataStream::pack(uid, QList<zeral::OBJECT_PERMISSION>{{uid, b, 12}}))
+                .status,
+            qint32(proto::StatusOk));
+        const Command answer
+            = root->request(cmd::GetPermissions, ZRDataStream::pack(QList<quint32>{uid}));
+        QCOMPARE(answer.status, qint32(proto::StatusOk));
+        QList<zeral::OBJECT_PERMISSION> permissions;
+        ZRDataStream in(answer.data);
+        zeral::wire::readList(in, permissions);
+        QCOMPARE(permissions, (QList<zeral::OBJECT_PERMISSION>{{uid, b, 12}}));
+        // A permission on an object that doesn't exist fails the whole set.
+        QCOMPARE(root->request(
+                         cmd::UpdatePermissions,
+                         ZRDataStream::pack(
+                             uid, QList<zeral::OBJECT_PERMISSION>{{uid, a, 12}, {uid, 888888, 12}}))
+                     .status,
+                 qint32(proto::StatusNotFound));
+        QCOMPARE(root->request(cmd::GetPermissions, ZRDataStream::pack(QList<quint32>{uid})).data,
+                 answer.data);
+    }
+
+    void sessionsAndDisconnect()
+    {
+        auto root = m_server->rootClient();
+        auto other = m_server->rootClient();
+        m_server->now = m_server->now.addSecs(30);
+        const Command info = root->request(cmd::GetSessionsInfo);
+        QCOMPARE(info.status, qint32(proto::StatusOk));
+        QHash<QByteArray, zeral::ConnectedUserInfo> sessions;
+        QDateTime serverTime;
+        ZRDataStream infoIn(info.data);
+        infoIn >> sessions >> serverTime;
+        QCOMPARE(serverTime, m_server->now);
+        QCOMPARE(sessions.size(), 2);
+        const zeral::ConnectedUserInfo mine = sessions.value(root->session);
+        QCOMPARE(mine.user, QStringLiteral("root"));
+        QCOMPARE(mine.ipPort, QStringLiteral("127.0.0.1:%1").arg(root->socket.localPort()));
+        QCOMPARE(mine.lastActionTime, m_server->now);
+
+        Command refused = root->request(
+            cmd::DisconnectUsers, ZRDataStream::pack(qint32(2), other->session, root->session));
+        QCOMPARE(refused.status, qint32(proto::StatusForbidden));
+        QVERIFY(!other->isClosed()); // all or nothing
+        const Command done
+            = root->request(cmd::DisconnectUsers, ZRDataStream::pack(qint32(1), other->session));
+        QCOMPARE(done.status, qint32(proto::StatusOk));
+        QTRY_VERIFY(other->isClosed());
+        QCOMPARE(other->pushesNamed(cmd::SessionClosed).size(), 1);
+        // The closed session can't be resumed.
+        auto again = m_server->client();
+        const Command resume
+            = again->request(QLatin1String(cmd::Resume),
+                             ZRDataStream::pack(other->session, QStringLiteral("root"),
+                                                clientHash(QStringLiteral("RootPass1"))),
+                             {});
+        QCOMPARE(resume.status, qint32(proto::StatusNotFound));
+    }
+
+    void resumeKeepsTheSession()
+    {
+        auto first = m_server->rootClient();
+        const QByteArray id = first->session;
+        first->socket.abort();
+        auto second = m_server->client();
+        const Command resume = second->request(
+            QLatin1String(cmd::Resume),
+            ZRDataStream::pack(id, QStringLiteral("root"), clientHash(QStringLiteral("RootPass1"))),
+            {});
+        QCOMPARE(resume.status, qint32(proto::StatusOk));
+        QByteArray resumed;
+        ZRDataStream resumeIn(resume.data);
+        resumeIn >> resumed;
+        QCOMPARE(resumed, id);
+        second->session = id;
+        QCOMPARE(second->request(cmd::RoleCatalogue).status, qint32(proto::StatusOk));
+    }
+
+    void mailIsHeldWithoutRelay()
+    {
+        auto root = m_server->rootClient();
+        zeral::_EMAIL_MESSAGE message;
+        message.to = QStringLiteral("ivanov@example.org");
+        message.subject = QStringLiteral("Zeral-Desk v6 Mobile");
+        message.parameters = {{QStringLiteral("LOCALE"), QStringLiteral("ru")},
+                              {QStringLiteral("IS_MOBILE_TOKEN"), true},
+                              {QStringLiteral("GREETINGS"), QStringLiteral("Здравствуйте")},
+                              {QStringLiteral("TOKEN"), QStringLiteral("dG9rZW4=")}};
+        QCOMPARE(root->request(cmd::SendEmail, ZRDataStream::pack(message, QStringLiteral("root")))
+                     .status,
+                 qint32(proto::StatusOk));
+        message.to.clear();
+        QCOMPARE(root->request(cmd::SendEmail, ZRDataStream::pack(message, QStringLiteral("root")))
+                     .status,
+                 qint32(proto::StatusMalformed));
+        QSqlDatabase db
+            = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("peek"));
+        db.setDatabaseName(m_server->dir.filePath(QStringLiteral("server.db")));
+        QVERIFY(db.open());
+        {
+            QSqlQuery query(QStringLiteral("SELECT COUNT(*) FROM mail_outbox"), db);
+            QVERIFY(query.next());
+            QCOMPARE(query.value(0).toInt(), 1);
+        }
+        db.close();
+        db = QSqlDatabase();
+        QSqlDatabase::removeDatabase(QStringLiteral("peek"));
+    }
+
+    void badBytesCloseOnlyThatConnection_data()
+    {
+        QTest::addColumn<QByteArray>("bytes");
+        QTest::addRow("random bytes")
+            << QByteArray::fromHex("00000010deadbeefdeadbeefdeadbeefdeadbeef");
+        QTest::addRow("oversized length") << QByteArray::fromHex("7fffffff00");
+        QTest::addRow("hostile list count")
+            << (ZRDataStream::pack(quint32(12))
+                + ZRDataStream::pack(quint64(1), qint32(8), quint32(0x7ffffff0)));
+    }
+    void badBytesCloseOnlyThatConnection()
+    {
+        QFETCH(QByteArray, bytes);
+        auto good = m_server->rootClient();
+        auto bad = m_server->client();
+        bad->socket.write(bytes);
+        QTRY_VERIFY(bad->isClosed());
+        QCOMPARE(good->request(cmd::RoleCatalogue).status, qint32(proto::StatusOk));
+    }
+
+    void wrongPayloadIsMalformed()
+    {
+        auto root = m_server->rootClient();
+        const Command answer
+            = root->request(cmd::UpdateObject, ZRDataStream::pack(QStringLiteral("x")));
+        QCOMPARE(answer.status, qint32(proto::StatusMalformed));
+        QVERIFY(!root->isClosed());
+    }
+
+private:
+    using ServerEngineOptions = zeral::server::ServerEngine::Options;
+
+    static qint32 update(WireClient &by, TYPE_ID uid, const QHash<QString, QString> &parameters)
+    {
+        return by
+            .request(cmd::UpdateObject,
+                     ZRDataStream::pack(uid, QStringLiteral("OT_USER"), quint32(0), parameters))
+            .status;
+    }
+    static ObjectInfo snapshotObject(WireClient &by, const QString &dataset, TYPE_ID uid)
+    {
+        const Command answer
+            = by.request(cmd::Snapshot, ZRDataStream::pack(dataset, quint32(uid - 1), qint32(1)));
+        QList<ObjectInfo> objects;
+        ZRDataStream in(answer.data);
+        zeral::wire::readList(in, objects);
+        return objects.value(0);
+    }
+
+    std::unique_ptr<Server> m_server;
+};
+
+QTEST_GUILESS_MAIN(TestServerEngine)
+#include "tst_serverengine.moc"
