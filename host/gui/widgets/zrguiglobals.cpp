@@ -3,6 +3,8 @@
 #include <QApplication>
 #include <QPalette>
 
+const QString ZRGuiGlobals::IconThemeName = QStringLiteral("zeral");
+
 QPointer<QWidget> ZRGuiGlobals::zrApp;
 
 QIcon ZRGuiGlobals::objectIcon(const QString &objectType)
@@ -27,3 +29,27 @@ QColor ZRGuiGlobals::grey()
 {
     return QApplication::palette().color(QPalette::Disabled, QPalette::Text);
 }
+
+void ZRGuiGlobals::installIconTheme()
+{
+    // Our theme lives in the resources; the icons it inherits (breeze) and the ones Qt and
+    // KDE widgets ask for by standard names come from the system's folders.
+    QStringList paths = QIcon::themeSearchPaths();
+    const QString resourcePath = QStringLiteral(":/icons");
+    const QString systemPath = QStringLiteral("/usr/share/icons");
+    if (!paths.contains(resourcePath))
+        paths.prepend(resourcePath);
+    if (!paths.contains(systemPath))
+        paths.append(systemPath);
+    QIcon::setThemeSearchPaths(paths);
+    QIcon::setThemeName(IconThemeName);
+}
+
+namespace {
+void installIconThemeAtStartup()
+{
+    ZRGuiGlobals::installIconTheme();
+}
+} // namespace
+
+Q_COREAPP_STARTUP_FUNCTION(installIconThemeAtStartup)

@@ -1,0 +1,145 @@
+#include "zrtableview.h"
+
+#include <QHeaderView>
+#include <QMenu>
+#include <QTimer>
+
+namespace {
+// Resizing by dragging sends many signals; one report follows when it has settled.
+constexpr int ReportDelay = 300;
+} // namespace
+
+ZRTableView::ZRTableView(QWidget *parent)
+    : QTableView(parent)
+{
+    m_reportTimer = new QTimer(this);
+    m_reportTimer->setSingleShot(true);
+    m_reportTimer->setInterval(ReportDelay);
+    connect(m_reportTimer, &QTimer::timeout, this, &ZRTableView::reportState);
+
+    QHeaderView *header = horizontalHeader();
+    header->setSectionsMovable(true);
+    header->setHighlightSections(false);
+    header->setStretchLastSection(true);
+    header->setDefaultAlignment(Qt::AlignLeft | Qt::AlignVCenter);
+    header->setContextMenuPolicy(Qt::CustomContextMenu);
+    connect(header, &QHeaderView::customContextMenuRequested, this, [this](const QPoint &pos) {
+        QMenu *menu = createHeaderMenu(this);
+        menu->setAttribute(Qt::WA_DeleteOnClose);
+        menu->popup(horizontalHeader()->viewport()->mapToGlobal(pos));
+    });
+    connect(header, &QHeaderView::sectionMoved, this, &ZRTableView::scheduleStateReport);
+    connect(header, &QHeaderView::sectionResized, this, [this](int logical) {
+        // The stretched last section follows the view's width, not the operator.
+        QHeaderView *header = horizontalHeader();
+        const bool stretched
+            = header->stretchLastSection() && header->visualIndex(logical) == lastVisibleSection();
+        if (!stretched)
+            scheduleStateReport();
+    });
+    connect(header, &QHeaderView::sortIndicatorChanged, this, &ZRTableView::scheduleStateReport);
+}
+
+bool ZRTableView::restoreHeaderState(const QByteArray &state)
+{
+    m_restoring = true;
+    const bool restored = !state.isEmpty() && horizontalHeader()->restoreState(state);
+    if (!restored)
+        applyDefaultColumns();
+    m_restoring = false;
+    m_reportTimer->stop();
+    m_lastReported = headerState();
+    return restored;
+}
+
+QByteArray ZRTableView::headerState() const
+{
+    return horizontalHeader()->saveState();
+}
+
+void ZRTableView::setHeaderHiddenByDefaultColumns(const QList<int> &columns)
+{
+    m_hiddenByDefault = columns;
+    m_restoring = true;
+    applyDefaultColumns();
+    m_restoring = false;
+    m_lastReported = headerState();
+}
+
+void ZRTableView::resetHeaderState()
+{
+    applyDefaultColumns();
+}
+
+void ZRTableView::setModel(QAbstractItemModel *model)
+{
+    m_restoring = true;
+    QTableView::setModel(model);
+    applyDefaultColumns();
+    m_restoring = false;
+    m_lastReported = headerState();
+}
+
+QMenu *ZRTableView::createHeaderMenu(QWidget *parent)
+{
+    auto *menu = new QMenu(parent);
+    QHeaderView *header = horizontalHeader();
+    QAbstractItemModel *source = model();
+    const int columns = source ? source->columnCount() : 0;
+    const int visible = columns - header->hiddenSectionCount();
+    for (int visual = 0; visual < columns; ++visual) {
+        const int column = header->logicalIndex(visual);
+        QString title = source->headerData(column, Qt::Horizontal).toString();
+        if (title.isEmpty())
+            title = tr("Столбец %1").arg(column + 1);
+        QAction *action = menu->addAction(title);
+        action->setCheckable(true);
+        action->setChecked(!header->isSectionHidden(column));
+        // The last shown column stays: a table without columns can't get its menu back.
+        action->setEnabled(header->isSectionHidden(column) || visible > 1);
+        connect(action, &QAction::toggled, this, [this, column](bool shown) {
+            horizontalHeader()->setSectionHidden(column, !shown);
+            scheduleStateReport();
+        });
+    }
+    menu->addSeparator();
+    connect(menu->addAction(tr("Столбцы по умолчанию")), &QAction::triggered, this,
+            &ZRTableView::resetHeaderState);
+    return menu;
+}
+
+void ZRTableView::scheduleStateReport()
+{
+    if (!m_restoring)
+        m_reportTimer->start();
+}
+
+void ZRTableView::reportState()
+{
+    const QByteArray state = headerState();
+    if (state == m_lastReported)
+        return;
+    m_lastReported = state;
+    emit headerStateChanged(state);
+}
+
+int ZRTableView::lastVisibleSection() const
+{
+    const QHeaderView *header = horizontalHeader();
+    for (int visual = header->count() - 1; visual >= 0; --visual) {
+        if (!header->isSectionHidden(header->logicalIndex(visual)))
+            return visual;
+    }
+    return -1;
+}
+
+void ZRTableView::applyDefaultColumns()
+{
+    QHeaderView *header = horizontalHeader();
+    const int columns = model() ? model()->columnCount() : 0;
+    for (int column = 0; column < columns; ++column) {
+        header->setSectionHidden(column, m_hiddenByDefault.contains(column));
+        header->moveSection(header->visualIndex(column), column);
+    }
+    scheduleStateReport();
+}

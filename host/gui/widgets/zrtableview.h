@@ -1,0 +1,47 @@
+#pragma once
+
+#include <QList>
+#include <QTableView>
+
+class QMenu;
+class QTimer;
+
+// A table whose header the operator arranges: columns moved, resized, sorted, shown and
+// hidden through the header's context menu. Every change of that layout is reported once,
+// a moment after it settles, with the header's state, which restoreHeaderState() takes
+// back. Columns hidden by default stay hidden until a restored state shows them.
+class ZRTableView : public QTableView
+{
+    Q_OBJECT
+public:
+    explicit ZRTableView(QWidget *parent = nullptr);
+
+    // Restores a state given by headerStateChanged; an empty or unreadable one gives the
+    // default layout. Returns whether the state was applied.
+    bool restoreHeaderState(const QByteArray &state);
+    QByteArray headerState() const;
+    void setHeaderHiddenByDefaultColumns(const QList<int> &columns);
+    QList<int> headerHiddenByDefaultColumns() const { return m_hiddenByDefault; }
+    // Shows every column but those hidden by default.
+    void resetHeaderState();
+
+    void setModel(QAbstractItemModel *model) override;
+
+    // The menu of the header: one checkable entry per column, and the default layout.
+    QMenu *createHeaderMenu(QWidget *parent);
+
+signals:
+    void headerStateChanged(QByteArray state);
+
+private:
+    void scheduleStateReport();
+    void reportState();
+    void applyDefaultColumns();
+    // The visual index of the last column shown; -1 if none is.
+    int lastVisibleSection() const;
+
+    QList<int> m_hiddenByDefault;
+    QTimer *m_reportTimer = nullptr;
+    QByteArray m_lastReported;
+    bool m_restoring = false;
+};
