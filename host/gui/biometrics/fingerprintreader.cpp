@@ -1,0 +1,5 @@
+#include "fingerprintreader.h"
+
+FingerprintReader::FingerprintReader(QObject *parent)
+    : QObject(parent)
+{}

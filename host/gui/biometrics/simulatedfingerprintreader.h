@@ -1,0 +1,40 @@
+#pragma once
+
+#include "fingerprintreader.h"
+
+#include <shared/templatedata.h>
+
+// The reader of a machine that has none. A person "touches" it by choosing one of the enrolled
+// fingers (SimulatedFingerprintPanel lists them): the sample is that template with a little
+// noise, as a second reading of a real finger never equals the first. A finger nobody has
+// enrolled gives random bytes, which is also what enrolment stores as a new template.
+class SimulatedFingerprintReader : public FingerprintReader
+{
+    Q_OBJECT
+public:
+    // Bytes of a simulated template.
+    static constexpr int TemplateSize = 256;
+
+    explicit SimulatedFingerprintReader(QObject *parent = nullptr);
+
+    bool start() override;
+    void stop() override;
+    bool isActive() const override { return m_active; }
+    bool isSimulated() const override { return true; }
+    QString name() const override;
+
+    // Bits of a touch that differ from the enrolled template, out of a thousand.
+    void setNoisePerMille(int perMille);
+
+    // Puts an enrolled finger on the reader; nothing happens while it is stopped.
+    void touch(const zeral::TEMPLATE_DATA &enrolled);
+    // Puts a finger on it that no template was made from.
+    void touchUnknownFinger();
+
+    // A new random template of the simulated format.
+    static QByteArray newTemplate();
+
+private:
+    bool m_active = false;
+    int m_noisePerMille = 30;
+};

@@ -1,0 +1,3 @@
+#include "wizardslogging.h"
+
+Q_LOGGING_CATEGORY(lcWizards, "zr.host.gui.wizards")
