@@ -1,0 +1,534 @@
+#include "objecttreemodel.h"
+
+#include "itemroles.h"
+
+#include <host/core/zrglobals.h>
+#include <host/gui/widgets/zrguiglobals.h>
+#include <shared/dbkeys.h>
+
+#include <QLoggingCategory>
+
+#include <algorithm>
+#include <functional>
+
+namespace {
+
+Q_LOGGING_CATEGORY(lcModels, "zr.host.gui.models")
+
+using zeral::ObjectInfo;
+using zeral::TYPE_ID;
+
+// Parameters that identify an object to a person searching for it.
+const char *const searchedKeys[] = {db::user::LOGIN,      db::user::SURNAME, db::user::NAME,
+                                    db::user::PATRONYMIC, db::worker::EMAIL, db::worker::WORKERNUM};
+
+quint64 valueKey(int column, int role)
+{
+    // Display and edit are one value, as in QStandardItemModel.
+    if (role == Qt::EditRole)
+        role = Qt::DisplayRole;
+    return (quint64(quint32(column)) << 32) | quint32(role);
+}
+
+} // namespace
+
+ObjectTreeModel::ObjectTreeModel(QObject *parent)
+    : QAbstractItemModel(parent)
+{}
+
+ObjectTreeModel::~ObjectTreeModel()
+{
+    for (Node *child : qAsConst(m_root.children))
+        deleteTree(child);
+}
+
+void ObjectTreeModel::deleteTree(Node *node)
+{
+    for (Node *child : qAsConst(node->children))
+        deleteTree(child);
+    delete node;
+}
+
+void ObjectTreeModel::setColumnCount(int columns)
+{
+    columns = std::max(columns, 2);
+    if (columns == m_columnCount)
+        return;
+    if (columns > m_columnCount) {
+        beginInsertColumns({}, m_columnCount, columns - 1);
+        m_columnCount = columns;
+        endInsertColumns();
+    } else {
+        beginRemoveColumns({}, columns, m_columnCount - 1);
+        m_columnCount = columns;
+        endRemoveColumns();
+    }
+}
+
+void ObjectTreeModel::setHorizontalHeaderLabels(const QStringList &labels)
+{
+    if (labels.size() > m_columnCount)
+        setColumnCount(labels.size());
+    for (int section = 0; section < labels.size(); ++section)
+        m_headers.insert(valueKey(section, Qt::DisplayRole), labels.at(section));
+    if (!labels.isEmpty())
+        emit headerDataChanged(Qt::Horizontal, 0, labels.size() - 1);
+}
+
+void ObjectTreeModel::prepareTexts(Node *node)
+{
+    if (!node->nameSet)
+        node->name = ZRGlobals::objectName(node->info);
+    node->sortKey = node->name.toCaseFolded();
+    QString text = node->name;
+    for (const char *key : searchedKeys) {
+        const QString value = node->info.parameters.value(QLatin1String(key));
+        if (!value.isEmpty())
+            text += QLatin1Char('\n') + value;
+    }
+    node->searchText = text.toCaseFolded();
+}
+
+ObjectTreeModel::Node *ObjectTreeModel::makeNode(const ObjectInfo &object)
+{
+    auto *node = new Node;
+    node->info = object;
+    prepareTexts(node);
+    m_nodes.insert(object.uid, node);
+    return node;
+}
+
+bool ObjectTreeModel::isInside(const Node *node, const Node *ancestor)
+{
+    for (const Node *it = node; it; it = it->parent) {
+        if (it == ancestor)
+            return true;
+    }
+    return false;
+}
+
+ObjectTreeModel::Node *ObjectTreeModel::placeFor(const ObjectInfo &object, const Node *self) const
+{
+    if (object.parent == 0 || object.parent == object.uid)
+        return const_cast<Node *>(&m_root);
+    Node *parent = m_nodes.value(object.parent);
+    if (!parent)
+        return const_cast<Node *>(&m_root);
+    if (self && isInside(parent, self)) {
+        qCWarning(lcModels) << "object would be its own ancestor, kept at the top level"
+                            << object.uid << object.parent;
+        return const_cast<Node *>(&m_root);
+    }
+    return parent;
+}
+
+void ObjectTreeModel::attach(Node *node, Node *parent)
+{
+    node->parent = parent;
+    node->row = parent->children.size();
+    parent->children.append(node);
+    if (parent == &m_root && node->info.parent != 0 && node->info.parent != node->info.uid)
+        m_waiting[node->info.parent].append(node);
+}
+
+void ObjectTreeModel::forgetWaiting(Node *node)
+{
+    const auto it = m_waiting.find(node->info.parent);
+    if (it == m_waiting.end())
+        return;
+    it->removeOne(node);
+    if (it->isEmpty())
+        m_waiting.erase(it);
+}
+
+void ObjectTreeModel::detach(Node *node)
+{
+    Node *parent = node->parent;
+    if (parent == &m_root)
+        forgetWaiting(node);
+    parent->children.remove(node->row);
+    for (int row = node->row; row < parent->children.size(); ++row)
+        parent->children[row]->row = row;
+    node->parent = nullptr;
+}
+
+void ObjectTreeModel::moveNode(Node *node, Node *newParent)
+{
+    const QModelIndex from = indexOf(node->parent);
+    const QModelIndex to = indexOf(newParent);
+    if (!beginMoveRows(from, node->row, node->row, to, newParent->children.size()))
+        return;
+    detach(node);
+    attach(node, newParent);
+    endMoveRows();
+}
+
+void ObjectTreeModel::adoptWaiting(Node *parent)
+{
+    const QVector<Node *> waiting = m_waiting.value(parent->info.uid);
+    for (Node *child : waiting) {
+        if (!isInside(parent, child))
+            moveNode(child, parent);
+    }
+}
+
+QModelIndex ObjectTreeModel::add(const ObjectInfo &object)
+{
+    if (Node *node = m_nodes.value(object.uid)) {
+        update(node, object);
+        return indexOf(node);
+    }
+    Node *parent = placeFor(object, nullptr);
+    const int row = parent->children.size();
+    beginInsertRows(indexOf(parent), row, row);
+    Node *node = makeNode(object);
+    attach(node, parent);
+    endInsertRows();
+    adoptWaiting(node);
+    return indexOf(node);
+}
+
+void ObjectTreeModel::update(Node *node, const ObjectInfo &object)
+{
+    const bool typeChanged = node->info.type != object.type;
+    const QString oldName = node->name;
+    const bool parentChanged = node->info.parent != object.parent;
+    if (parentChanged && node->parent == &m_root)
+        forgetWaiting(node);
+    node->info = object;
+    prepareTexts(node);
+    if (parentChanged) {
+        Node *place = placeFor(object, node);
+        if (place != node->parent)
+            moveNode(node, place);
+        else if (place == &m_root && object.parent != 0 && object.parent != object.uid)
+            m_waiting[object.parent].append(node);
+    }
+    // Only the roles that changed, so that a sorted proxy doesn't re-sort for nothing.
+    QVector<int> roles = {ItemRoles::Parameters};
+    if (node->name != oldName)
+        roles << ItemRoles::SortText;
+    if (typeChanged) {
+        m_icons.remove(object.type);
+        roles << Qt::DisplayRole << Qt::EditRole << Qt::DecorationRole;
+    }
+    emit dataChanged(indexOf(node, 0), indexOf(node, 1), roles);
+}
+
+void ObjectTreeModel::add(const QList<ObjectInfo> &objects)
+{
+    if (objects.isEmpty())
+        return;
+    // The objects that are new, by uid; the last of a uid given twice wins.
+    QHash<TYPE_ID, int> fresh;
+    for (int i = 0; i < objects.size(); ++i) {
+        if (m_nodes.contains(objects.at(i).uid))
+            update(m_nodes.value(objects.at(i).uid), objects.at(i));
+        else
+            fresh.insert(objects.at(i).uid, i);
+    }
+    if (fresh.isEmpty())
+        return;
+    // The new objects form a forest below existing nodes: children by parent uid.
+    QHash<TYPE_ID, QVector<int>> freshChildren;
+    for (auto it = fresh.cbegin(); it != fresh.cend(); ++it) {
+        const ObjectInfo &object = objects.at(it.value());
+        if (object.parent != 0 && object.parent != object.uid && fresh.contains(object.parent))
+            freshChildren[object.parent].append(it.value());
+    }
+    // Siblings keep the order in which they came.
+    for (auto it = freshChildren.begin(); it != freshChildren.end(); ++it)
+        std::sort(it->begin(), it->end());
+    // Builds the subtree of one new object below `parent`, without signals.
+    std::function<void(int, Node *)> build = [&](int at, Node *parent) {
+        const ObjectInfo &object = objects.at(at);
+        if (m_nodes.contains(object.uid))
+            return; // a cycle among the new objects: already placed
+        Node *node = makeNode(object);
+        attach(node, parent);
+        for (int child : freshChildren.value(object.uid))
+            build(child, node);
+    };
+    // The roots of that forest, grouped by the node they join.
+    QHash<Node *, QVector<int>> groups;
+    QVector<Node *> order;
+    for (auto it = fresh.cbegin(); it != fresh.cend(); ++it) {
+        const ObjectInfo &object = objects.at(it.value());
+        if (object.parent != 0 && object.parent != object.uid && fresh.contains(object.parent))
+            continue; // built with its parent
+        Node *place = placeFor(object, nullptr);
+        if (!groups.contains(place))
+            order << place;
+        groups[place].append(it.value());
+    }
+    const bool reset = m_nodes.isEmpty();
+    if (reset)
+        beginResetModel();
+    for (Node *place : qAsConst(order)) {
+        QVector<int> roots = groups.value(place);
+        // Keep the order in which the objects came.
+        std::sort(roots.begin(), roots.end());
+        const int first = place->children.size();
+        if (!reset)
+            beginInsertRows(indexOf(place), first, first + roots.size() - 1);
+        for (int at : qAsConst(roots))
+            build(at, place);
+        if (!reset)
+            endInsertRows();
+    }
+    // Objects caught in a parent cycle among themselves wait at the top level.
+    QVector<int> left;
+    for (auto it = fresh.cbegin(); it != fresh.cend(); ++it) {
+        if (!m_nodes.contains(it.key()))
+            left << it.value();
+    }
+    std::sort(left.begin(), left.end());
+    for (int at : qAsConst(left)) {
+        if (m_nodes.contains(objects.at(at).uid))
+            continue;
+        const int row = m_root.children.size();
+        if (!reset)
+            beginInsertRows({}, row, row);
+        build(at, &m_root);
+        if (!reset)
+            endInsertRows();
+    }
+    if (reset)
+        endResetModel();
+    for (auto it = fresh.cbegin(); it != fresh.cend(); ++it) {
+        if (m_waiting.contains(it.key()))
+            adoptWaiting(m_nodes.value(it.key()));
+    }
+}
+
+void ObjectTreeModel::remove(TYPE_ID uid)
+{
+    Node *node = m_nodes.value(uid);
+    if (!node)
+        return;
+    // The children wait at the top level for their parent to come back.
+    if (!node->children.isEmpty()) {
+        const int count = node->children.size();
+        const int first = m_root.children.size();
+        if (beginMoveRows(indexOf(node), 0, count - 1, {}, first)) {
+            const QVector<Node *> children = std::exchange(node->children, {});
+            for (Node *child : children)
+                attach(child, &m_root);
+            endMoveRows();
+        }
+    }
+    const QModelIndex parent = indexOf(node->parent);
+    beginRemoveRows(parent, node->row, node->row);
+    detach(node);
+    m_nodes.remove(uid);
+    delete node;
+    endRemoveRows();
+}
+
+void ObjectTreeModel::clear()
+{
+    beginResetModel();
+    for (Node *child : qAsConst(m_root.children))
+        deleteTree(child);
+    m_root.children.clear();
+    m_nodes.clear();
+    m_waiting.clear();
+    endResetModel();
+}
+
+QModelIndex ObjectTreeModel::indexForUid(TYPE_ID uid, int column) const
+{
+    const Node *node = m_nodes.value(uid);
+    return node ? indexOf(node, column) : QModelIndex();
+}
+
+TYPE_ID ObjectTreeModel::uidForIndex(const QModelIndex &index) const
+{
+    const Node *node = nodeOf(index);
+    return node ? node->info.uid : 0;
+}
+
+const ObjectInfo &ObjectTreeModel::constInfo(TYPE_ID uid) const
+{
+    static const ObjectInfo missing;
+    const Node *node = m_nodes.value(uid);
+    return node ? node->info : missing;
+}
+
+QList<TYPE_ID> ObjectTreeModel::childKeys(TYPE_ID uid) const
+{
+    QList<TYPE_ID> keys;
+    const Node *node = m_nodes.value(uid);
+    if (!node)
+        return keys;
+    QVector<const Node *> pending(node->children.cbegin(), node->children.cend());
+    while (!pending.isEmpty()) {
+        const Node *next = pending.takeLast();
+        keys.append(next->info.uid);
+        for (const Node *child : next->children)
+            pending.append(child);
+    }
+    return keys;
+}
+
+QList<TYPE_ID> ObjectTreeModel::parentKeys(TYPE_ID uid) const
+{
+    QList<TYPE_ID> keys;
+    const Node *node = m_nodes.value(uid);
+    for (const Node *it = node ? node->parent : nullptr; it && it != &m_root; it = it->parent)
+        keys.append(it->info.uid);
+    return keys;
+}
+
+ObjectTreeModel::Node *ObjectTreeModel::nodeOf(const QModelIndex &index) const
+{
+    if (!index.isValid() || index.model() != this)
+        return nullptr;
+    return static_cast<Node *>(index.internalPointer());
+}
+
+QModelIndex ObjectTreeModel::indexOf(const Node *node, int column) const
+{
+    if (!node || node == &m_root)
+        return {};
+    return createIndex(node->row, column, const_cast<Node *>(node));
+}
+
+const ObjectTreeModel::Node *ObjectTreeModel::nodeAt(int row, const QModelIndex &parent) const
+{
+    const Node *parentNode = parent.isValid() ? nodeOf(parent) : &m_root;
+    if (!parentNode || row < 0 || row >= parentNode->children.size())
+        return nullptr;
+    return parentNode->children.at(row);
+}
+
+QModelIndex ObjectTreeModel::index(int row, int column, const QModelIndex &parent) const
+{
+    if (column < 0 || column >= m_columnCount)
+        return {};
+    const Node *node = nodeAt(row, parent);
+    return node ? createIndex(row, column, const_cast<Node *>(node)) : QModelIndex();
+}
+
+QModelIndex ObjectTreeModel::parent(const QModelIndex &child) const
+{
+    const Node *node = nodeOf(child);
+    return node ? indexOf(node->parent) : QModelIndex();
+}
+
+int ObjectTreeModel::rowCount(const QModelIndex &parent) const
+{
+    if (!parent.isValid())
+        return m_root.children.size();
+    if (parent.column() != 0)
+        return 0;
+    const Node *node = nodeOf(parent);
+    return node ? node->children.size() : 0;
+}
+
+int ObjectTreeModel::columnCount(const QModelIndex &) const
+{
+    return m_columnCount;
+}
+
+bool ObjectTreeModel::hasChildren(const QModelIndex &parent) const
+{
+    return rowCount(parent) > 0;
+}
+
+QVariant ObjectTreeModel::data(const QModelIndex &index, int role) const
+{
+    const Node *node = nodeOf(index);
+    if (!node)
+        return {};
+    const int column = index.column();
+    if (column == 0) {
+        switch (role) {
+        case Qt::DisplayRole:
+        case Qt::EditRole:
+            return node->info.uid;
+        case ItemRoles::Parameters: {
+            QVariantHash parameters;
+            parameters.reserve(node->info.parameters.size());
+            for (auto it = node->info.parameters.cbegin(); it != node->info.parameters.cend(); ++it)
+                parameters.insert(it.key(), it.value());
+            return parameters;
+        }
+        case ItemRoles::SortText:
+            return node->name;
+        case Qt::DecorationRole: {
+            const auto stored = node->values.constFind(valueKey(0, role));
+            if (stored != node->values.cend())
+                return *stored;
+            auto icon = m_icons.find(node->info.type);
+            if (icon == m_icons.end())
+                icon = m_icons.insert(node->info.type, ZRGuiGlobals::objectIcon(node->info.type));
+            return *icon;
+        }
+        default:
+            break;
+        }
+    } else if (column == 1 && (role == Qt::DisplayRole || role == Qt::EditRole)) {
+        return node->info.type;
+    }
+    return node->values.value(valueKey(column, role));
+}
+
+bool ObjectTreeModel::setData(const QModelIndex &index, const QVariant &value, int role)
+{
+    Node *node = nodeOf(index);
+    if (!node)
+        return false;
+    const int column = index.column();
+    const bool display = role == Qt::DisplayRole || role == Qt::EditRole;
+    // The uid, the type and the parameters belong to the object, not to the screen.
+    if ((column == 0 && (display || role == ItemRoles::Parameters)) || (column == 1 && display))
+        return false;
+    if (column == 0 && role == ItemRoles::SortText) {
+        const QString name = value.toString();
+        node->nameSet = true;
+        if (name == node->name)
+            return true;
+        node->name = name;
+        prepareTexts(node);
+        emit dataChanged(index, index, {role});
+        return true;
+    }
+    QVariant &stored = node->values[valueKey(column, role)];
+    if (stored == value && stored.isValid())
+        return true;
+    stored = value;
+    emit dataChanged(index, index,
+                     display ? QVector<int>{Qt::DisplayRole, Qt::EditRole} : QVector<int>{role});
+    return true;
+}
+
+QVariant ObjectTreeModel::headerData(int section, Qt::Orientation orientation, int role) const
+{
+    if (orientation == Qt::Horizontal && section >= 0 && section < m_columnCount) {
+        const auto it = m_headers.constFind(valueKey(section, role));
+        if (it != m_headers.cend())
+            return *it;
+    }
+    return QAbstractItemModel::headerData(section, orientation, role);
+}
+
+bool ObjectTreeModel::setHeaderData(int section, Qt::Orientation orientation, const QVariant &value,
+                                    int role)
+{
+    if (orientation != Qt::Horizontal || section < 0 || section >= m_columnCount)
+        return false;
+    m_headers.insert(valueKey(section, role), value);
+    emit headerDataChanged(orientation, section, section);
+    return true;
+}
+
+Qt::ItemFlags ObjectTreeModel::flags(const QModelIndex &index) const
+{
+    if (!nodeOf(index))
+        return Qt::NoItemFlags;
+    Qt::ItemFlags result = Qt::ItemIsEnabled | Qt::ItemIsSelectable;
+    if (index.column() >= 2)
+        result |= Qt::ItemIsEditable;
+    return result;
+}

@@ -1,0 +1,7 @@
+#include "placingmodelproxy.h"
+
+PlacingModelProxy::PlacingModelProxy(QObject *parent)
+    : GrantedProxyModel(parent)
+{
+    setTypeFilterKeepsContainers(true);
+}

@@ -1,0 +1,45 @@
+#include "userproxymodel.h"
+
+#include <shared/dbkeys.h>
+
+UserProxyModel::UserProxyModel(QObject *parent)
+    : ObjectTreeProxy(parent)
+{}
+
+void UserProxyModel::setCurrentUserUid(zeral::TYPE_ID uid)
+{
+    if (uid == m_currentUserUid)
+        return;
+    m_currentUserUid = uid;
+    invalidateFilter();
+}
+
+void UserProxyModel::setRoletemplateFilterEnabled(bool enabled)
+{
+    if (enabled == m_templateFilterEnabled)
+        return;
+    m_templateFilterEnabled = enabled;
+    invalidateFilter();
+}
+
+void UserProxyModel::setRoletemplateFilter(const QStringList &ids)
+{
+    m_templates = QSet<QString>(ids.cbegin(), ids.cend());
+    m_templatesKnown = true;
+    invalidateFilter();
+}
+
+bool UserProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex &sourceParent) const
+{
+    if (!ObjectTreeProxy::filterAcceptsRow(sourceRow, sourceParent))
+        return false;
+    if (!m_templateFilterEnabled || !m_templatesKnown || !sourceModel())
+        return true;
+    const ObjectTreeModel::Node *node = sourceModel()->nodeAt(sourceRow, sourceParent);
+    if (!node)
+        return false;
+    if (m_currentUserUid != 0 && node->info.uid == m_currentUserUid)
+        return true;
+    return m_templates.contains(
+        node->info.parameters.value(QLatin1String(db::user::ROLE_TEMPLATE)));
+}

@@ -1,0 +1,222 @@
+#include <host/core/localstorage.h>
+#include <host/gui/models/fasttreemodel.h>
+#include <host/gui/models/itemroles.h>
+#include <host/gui/models/objecttreemodel.h>
+#include <tests/support/builders.h>
+
+#include <QAbstractItemModelTester>
+#include <QtTest>
+
+using zeral::ObjectInfo;
+using zeral::TYPE_ID;
+using Uids = QList<TYPE_ID>;
+using Batches = QList<QList<ObjectInfo>>;
+Q_DECLARE_METATYPE(Batches)
+
+namespace {
+
+ObjectInfo dept(TYPE_ID uid, TYPE_ID parent, const QString &name = {})
+{
+    return testing::makeObject(uid, QStringLiteral("OT_DEPARTMENT"),
+                               {{QStringLiteral("PT_NAME"), name}}, parent);
+}
+
+// The tree as "uid[children]" in model order.
+QString dump(const QAbstractItemModel &model, const QModelIndex &parent = {})
+{
+    QStringList rows;
+    for (int row = 0; row < model.rowCount(parent); ++row) {
+        const QModelIndex index = model.index(row, 0, parent);
+        QString text = index.data().toString();
+        if (model.rowCount(index) > 0)
+            text += QLatin1Char('[') + dump(model, index) + QLatin1Char(']');
+        rows << text;
+    }
+    return rows.join(QLatin1Char(','));
+}
+
+Uids sorted(Uids uids)
+{
+    std::sort(uids.begin(), uids.end());
+    return uids;
+}
+
+} // namespace
+
+class TestObjectTreeModel : public QObject
+{
+    Q_OBJECT
+private slots:
+    void arrivalOrder_data();
+    void arrivalOrder();
+    void removeAndReturn();
+    void updateMovesAndKeepsRow();
+    void cycleStaysAtTop();
+    void rolesAndColumns();
+    void storeModelFollowsStore();
+    void rolesModelFollowsCatalogue();
+};
+
+void TestObjectTreeModel::arrivalOrder_data()
+{
+    QTest::addColumn<Batches>("batches");
+    QTest::addColumn<QString>("expected");
+    const ObjectInfo root = dept(1, 0), child = dept(2, 1), grandchild = dept(3, 2),
+                     other = dept(4, 1), stray = dept(5, 99);
+
+    QTest::addRow("parents first, one by one")
+        << Batches{{root}, {child}, {grandchild}, {other}, {stray}} << "1[2[3],4],5";
+    QTest::addRow("children first, one by one")
+        << Batches{{grandchild}, {child}, {stray}, {other}, {root}} << "5,1[2[3],4]";
+    QTest::addRow("one batch, children first")
+        << Batches{{grandchild, stray, other, child, root}} << "5,1[4,2[3]]";
+    QTest::addRow("batch completes what waits")
+        << Batches{{grandchild}, {other, child}, {root, stray}} << "1[4,2[3]],5";
+    QTest::addRow("batch into a filled model")
+        << Batches{{root}, {grandchild, other, child}, {stray}} << "1[4,2[3]],5";
+}
+
+void TestObjectTreeModel::arrivalOrder()
+{
+    QFETCH(Batches, batches);
+    QFETCH(QString, expected);
+    ObjectTreeModel model;
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    for (const QList<ObjectInfo> &batch : batches) {
+        if (batch.size() == 1) {
+            const QModelIndex added = model.add(batch.first());
+            QCOMPARE(added, model.indexForUid(batch.first().uid));
+        } else {
+            model.add(batch);
+        }
+    }
+    QCOMPARE(dump(model), expected);
+    QCOMPARE(model.parentKeys(3), (Uids{2, 1}));
+    QCOMPARE(sorted(model.childKeys(1)), (Uids{2, 3, 4}));
+    QCOMPARE(model.childKeys(5), Uids{});
+}
+
+void TestObjectTreeModel::removeAndReturn()
+{
+    ObjectTreeModel model;
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    model.add(QList<ObjectInfo>{dept(1, 0), dept(2, 1), dept(3, 2), dept(4, 1)});
+    model.remove(2);
+    QCOMPARE(dump(model), QStringLiteral("1[4],3"));
+    QVERIFY(!model.indexForUid(2).isValid());
+    QCOMPARE(model.constInfo(2).uid, TYPE_ID(0));
+    model.add(dept(2, 1));
+    QCOMPARE(dump(model), QStringLiteral("1[4,2[3]]"));
+    model.remove(1);
+    model.remove(3);
+    model.remove(77);
+    QCOMPARE(dump(model), QStringLiteral("4,2"));
+    model.clear();
+    QCOMPARE(model.rowCount(), 0);
+    QVERIFY(model.uniqueKeys().isEmpty());
+}
+
+void TestObjectTreeModel::updateMovesAndKeepsRow()
+{
+    ObjectTreeModel model;
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    model.add(QList<ObjectInfo>{dept(1, 0, "A"), dept(2, 0, "B"), dept(3, 1, "C")});
+    const QPersistentModelIndex c = model.indexForUid(3);
+    QSignalSpy inserted(&model, &QAbstractItemModel::rowsInserted);
+    QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
+
+    QCOMPARE(model.add(dept(3, 1, "C2")), QModelIndex(c));
+    QCOMPARE(inserted.count(), 0);
+    QCOMPARE(changed.count(), 1);
+    QCOMPARE(c.data(ItemRoles::SortText).toString(), QStringLiteral("C2"));
+
+    model.add(dept(3, 2, "C2")); // to another parent
+    QCOMPARE(dump(model), QStringLiteral("1,2[3]"));
+    QCOMPARE(c.parent(), model.indexForUid(2));
+    model.add(dept(3, 50, "C2")); // to a parent not there yet
+    QCOMPARE(dump(model), QStringLiteral("1,2,3"));
+    model.add(dept(50, 0));
+    QCOMPARE(dump(model), QStringLiteral("1,2,50[3]"));
+}
+
+void TestObjectTreeModel::cycleStaysAtTop()
+{
+    ObjectTreeModel model;
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    model.add(dept(1, 2));
+    model.add(dept(2, 1));
+    QCOMPARE(dump(model), QStringLiteral("1[2]"));
+    model.add(QList<ObjectInfo>{dept(7, 8), dept(8, 7)});
+    QCOMPARE(model.uniqueKeys().size(), 4);
+    QCOMPARE(model.childKeys(1), Uids{2});
+    model.add(dept(1, 2)); // an update that would put 1 below its own child
+    QCOMPARE(model.parentKeys(1), Uids{});
+}
+
+void TestObjectTreeModel::rolesAndColumns()
+{
+    ObjectTreeModel model;
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    model.setColumnCount(4);
+    model.setHorizontalHeaderLabels({"Логин", "Тип объекта", "ФИО"});
+    const QModelIndex index = model.add(testing::makeWorker(10, "Иванов", "Пётр"));
+    QCOMPARE(model.headerData(2, Qt::Horizontal).toString(), QStringLiteral("ФИО"));
+    QCOMPARE(index.data().toUInt(), 10u);
+    QCOMPARE(index.siblingAtColumn(1).data().toString(), QStringLiteral("OT_WORKER"));
+    QCOMPARE(index.data(ItemRoles::Parameters).toHash().value("PT_SURNAME").toString(),
+             QStringLiteral("Иванов"));
+    QCOMPARE(index.data(ItemRoles::SortText).toString(), QStringLiteral("Иванов Пётр"));
+    // What belongs to the object can't be overwritten from outside.
+    QVERIFY(!model.setData(index, 11));
+    QVERIFY(!model.setData(index.siblingAtColumn(1), "OT_USER"));
+    QVERIFY(model.setData(index, "Пётр И.", ItemRoles::SortText));
+    QVERIFY(model.setData(index.siblingAtColumn(3), "x", Qt::EditRole));
+    QVERIFY(model.setData(index.siblingAtColumn(3), 7, ItemRoles::ObjectState));
+    // An update of the object keeps what the screen stored.
+    model.add(testing::makeWorker(10, "Иванов", "Павел"));
+    QCOMPARE(index.data(ItemRoles::SortText).toString(), QStringLiteral("Пётр И."));
+    QCOMPARE(index.siblingAtColumn(3).data().toString(), QStringLiteral("x"));
+    QCOMPARE(index.siblingAtColumn(3).data(ItemRoles::ObjectState).toInt(), 7);
+    QCOMPARE(model.constInfo(10).parameters.value("PT_NAME"), QStringLiteral("Павел"));
+}
+
+void TestObjectTreeModel::storeModelFollowsStore()
+{
+    zeral::LocalStorage *storage = zeral::LocalStorage::instance();
+    storage->applyChanged("orgstructure", {dept(1, 0), dept(3, 2)});
+    ObjectTreeModel *model = storage->model("orgstructure");
+    QVERIFY(model);
+    QCOMPARE(storage->model("orgstructure"), model);
+    QVERIFY(storage->model("report") != model);
+    QAbstractItemModelTester tester(model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    QCOMPARE(sorted(model->uniqueKeys()), (Uids{1, 3}));
+    QCOMPARE(model->rowCount(), 2);
+    storage->applyChanged("orgstructure", {dept(2, 1, "new")});
+    QCOMPARE(dump(*model), QStringLiteral("1[2[3]]"));
+    storage->applyChanged("report", {dept(9, 0)});
+    QVERIFY(!model->contains(9));
+    storage->applyRemoved("orgstructure", {3});
+    QCOMPARE(dump(*model), QStringLiteral("1[2]"));
+    storage->clear();
+    QCOMPARE(model->rowCount(), 0);
+}
+
+void TestObjectTreeModel::rolesModelFollowsCatalogue()
+{
+    zeral::LocalStorage *storage = zeral::LocalStorage::instance();
+    FastTreeModel *roles = storage->rolesModel();
+    QVERIFY(roles);
+    QAbstractItemModelTester tester(roles, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    storage->setRoleCatalogue({{"RL_USER_SHOW", "Просмотр", "G_USERS", false},
+                               {"G_USERS", "Пользователи", {}, true},
+                               {"RL_USER_EDIT", "Изменение", "G_USERS", false}});
+    QCOMPARE(dump(*roles), QStringLiteral("Пользователи[Просмотр,Изменение]"));
+    const QModelIndex edit = roles->indexForKey("RL_USER_EDIT");
+    QCOMPARE(edit.data(ItemRoles::SelectorData).toString(), QStringLiteral("RL_USER_EDIT"));
+    QCOMPARE(edit.data(ItemRoles::CatalogueOrder).toInt(), 2);
+    storage->setRoleCatalogue({});
+    QCOMPARE(roles->rowCount(), 0);
+}
+
+QTEST_MAIN(TestObjectTreeModel)
+#include "tst_objecttreemodel.moc"

@@ -1,0 +1,106 @@
+#include <host/gui/models/objecttreemodel.h>
+#include <host/gui/models/userproxymodel.h>
+#include <tests/support/builders.h>
+
+#include <QAbstractItemModelTester>
+#include <QtTest>
+
+using zeral::ObjectInfo;
+using zeral::TYPE_ID;
+
+namespace {
+
+ObjectInfo user(TYPE_ID uid, const QString &login, const QString &roleTemplate)
+{
+    ObjectInfo object = testing::makeUser(uid, login);
+    if (!roleTemplate.isEmpty())
+        object.parameters.insert(QStringLiteral("PT_ROLETEMPLATE"), roleTemplate);
+    return object;
+}
+
+QString logins(const QAbstractItemModel &model)
+{
+    QStringList texts;
+    for (int row = 0; row < model.rowCount(); ++row)
+        texts << model.index(row, 0).data(258).toString();
+    return texts.join(QLatin1Char(','));
+}
+
+} // namespace
+
+class TestUserProxies : public QObject
+{
+    Q_OBJECT
+private slots:
+    void templateFilter_data();
+    void templateFilter();
+    void followsTemplateChanges();
+};
+
+void TestUserProxies::templateFilter_data()
+{
+    QTest::addColumn<bool>("enabled");
+    QTest::addColumn<QStringList>("templates"); // "-" for no list given yet
+    QTest::addColumn<QString>("text");
+    QTest::addColumn<QString>("expected");
+    const QStringList none{"-"};
+    QTest::addRow("filter off") << false << QStringList{"RT_X"} << ""
+                                << "admin,anna,boris,nobody,root";
+    QTest::addRow("before the list arrives") << true << none << ""
+                                             << "admin,anna,boris,nobody,root";
+    QTest::addRow("listed templates and the operator") << true << QStringList{"RT_OPERATOR"} << ""
+                                                       << "admin,anna,boris";
+    QTest::addRow("empty list leaves the operator") << true << QStringList{} << ""
+                                                    << "admin";
+    QTest::addRow("text filter still applies to the operator")
+        << true << QStringList{"RT_OPERATOR"} << "bor"
+        << "boris";
+    QTest::addRow("users without a template are out")
+        << true << QStringList{"RT_OPERATOR", "RT_SUPERVISOR"} << ""
+        << "admin,anna,boris,root";
+}
+
+void TestUserProxies::templateFilter()
+{
+    QFETCH(bool, enabled);
+    QFETCH(QStringList, templates);
+    QFETCH(QString, text);
+    QFETCH(QString, expected);
+    ObjectTreeModel model;
+    model.add(QList<ObjectInfo>{user(1, "root", "RT_SUPERVISOR"), user(2, "admin", "RT_ADMIN"),
+                                user(3, "boris", "RT_OPERATOR"), user(4, "anna", "RT_OPERATOR"),
+                                user(5, "nobody", "")});
+    UserProxyModel proxy;
+    QAbstractItemModelTester tester(&proxy, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    proxy.setSourceModel(&model);
+    proxy.setSortRole(258);
+    proxy.sort(0);
+    proxy.setSearchEnabled(true);
+    proxy.setCurrentUserUid(2);
+    proxy.setRoletemplateFilterEnabled(enabled);
+    if (templates != QStringList{"-"})
+        proxy.setRoletemplateFilter(templates);
+    proxy.setFilter(text);
+    QCOMPARE(logins(proxy), expected);
+}
+
+void TestUserProxies::followsTemplateChanges()
+{
+    ObjectTreeModel model;
+    model.add(QList<ObjectInfo>{user(3, "boris", "RT_OPERATOR"), user(4, "anna", "RT_MOBILE")});
+    UserProxyModel proxy;
+    QAbstractItemModelTester tester(&proxy, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    proxy.setSourceModel(&model);
+    proxy.setRoletemplateFilterEnabled(true);
+    proxy.setRoletemplateFilter({"RT_OPERATOR"});
+    QCOMPARE(logins(proxy), QStringLiteral("boris"));
+    model.add(user(4, "anna", "RT_OPERATOR"));
+    QCOMPARE(proxy.rowCount(), 2);
+    model.add(user(3, "boris", "RT_MOBILE"));
+    QCOMPARE(logins(proxy), QStringLiteral("anna"));
+    model.remove(4);
+    QCOMPARE(proxy.rowCount(), 0);
+}
+
+QTEST_MAIN(TestUserProxies)
+#include "tst_userproxies.moc"
