@@ -87,6 +87,14 @@ void ObjectTreeModel::prepareTexts(Node *node)
             text += QLatin1Char('\n') + value;
     }
     node->searchText = text.toCaseFolded();
+    m_searchCorpus.set(node->info.uid, node->searchText);
+    m_sortKeyCorpus.set(node->info.uid, node->sortKey);
+}
+
+QVector<TYPE_ID> ObjectTreeModel::uidsContaining(const QString &foldedWord,
+                                                 SearchedText which) const
+{
+    return (which == SearchedText::SearchText ? m_searchCorpus : m_sortKeyCorpus).find(foldedWord);
 }
 
 ObjectTreeModel::Node *ObjectTreeModel::makeNode(const ObjectInfo &object)
@@ -204,15 +212,21 @@ void ObjectTreeModel::update(Node *node, const ObjectInfo &object)
         else if (place == &m_root && object.parent != 0 && object.parent != object.uid)
             m_waiting[object.parent].append(node);
     }
-    // Only the roles that changed, so that a sorted proxy doesn't re-sort for nothing.
+    // Only the cells and roles that changed: a sorted proxy then doesn't re-sort for nothing,
+    // and a view repaints one cell (a range of cells would repaint its whole viewport).
     QVector<int> roles = {ItemRoles::Parameters};
     if (node->name != oldName)
         roles << ItemRoles::SortText;
     if (typeChanged) {
         m_icons.remove(object.type);
-        roles << Qt::DisplayRole << Qt::EditRole << Qt::DecorationRole;
+        roles << Qt::DecorationRole;
     }
-    emit dataChanged(indexOf(node, 0), indexOf(node, 1), roles);
+    const QModelIndex first = indexOf(node, 0);
+    emit dataChanged(first, first, roles);
+    if (typeChanged) {
+        const QModelIndex typeCell = indexOf(node, 1);
+        emit dataChanged(typeCell, typeCell, {Qt::DisplayRole, Qt::EditRole});
+    }
 }
 
 void ObjectTreeModel::add(const QList<ObjectInfo> &objects)
@@ -321,6 +335,8 @@ void ObjectTreeModel::remove(TYPE_ID uid)
     beginRemoveRows(parent, node->row, node->row);
     detach(node);
     m_nodes.remove(uid);
+    m_searchCorpus.remove(uid);
+    m_sortKeyCorpus.remove(uid);
     delete node;
     endRemoveRows();
 }
@@ -333,6 +349,8 @@ void ObjectTreeModel::clear()
     m_root.children.clear();
     m_nodes.clear();
     m_waiting.clear();
+    m_searchCorpus.clear();
+    m_sortKeyCorpus.clear();
     endResetModel();
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <host/gui/models/searchcorpus.h>
 #include <shared/objectinfo.h>
 #include <shared/types.h>
 
@@ -66,6 +67,10 @@ public:
     const Node *nodeFor(const QModelIndex &index) const { return nodeOf(index); }
     const Node *rootNode() const { return &m_root; }
     const QHash<zeral::TYPE_ID, Node *> &nodes() const { return m_nodes; }
+    // The uids whose search text (or sort key) contains a case-folded word, in one pass over
+    // all the texts at once.
+    enum class SearchedText { SearchText, SortKey };
+    QVector<zeral::TYPE_ID> uidsContaining(const QString &foldedWord, SearchedText which) const;
 
     QModelIndex index(int row, int column, const QModelIndex &parent = {}) const override;
     QModelIndex parent(const QModelIndex &child) const override;
@@ -83,7 +88,7 @@ public:
 private:
     Node *nodeOf(const QModelIndex &index) const;
     QModelIndex indexOf(const Node *node, int column = 0) const;
-    static void prepareTexts(Node *node);
+    void prepareTexts(Node *node);
     Node *makeNode(const zeral::ObjectInfo &object);
     // The node the object belongs under: its parent, or the root while that is missing.
     Node *placeFor(const zeral::ObjectInfo &object, const Node *self) const;
@@ -103,4 +108,7 @@ private:
     int m_columnCount = 2;
     QHash<quint64, QVariant> m_headers;    // by section and role
     mutable QHash<QString, QIcon> m_icons; // by type: a theme lookup is slow
+    // Every node's search text and sort key, kept current with the nodes.
+    SearchCorpus m_searchCorpus;
+    SearchCorpus m_sortKeyCorpus;
 };

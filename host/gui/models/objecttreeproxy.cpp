@@ -396,12 +396,25 @@ void ObjectTreeProxy::ensureCounts() const
         return;
     m_matched.clear();
     m_matchesBelow.clear();
-    const auto &nodes = m_model->nodes();
-    for (auto it = nodes.cbegin(); it != nodes.cend(); ++it) {
-        if (matchesSelf(it.value())) {
-            m_matched.insert(it.key());
-            countMatch(it.key(), 1);
+    const auto count = [this](const Node *node) {
+        if (node && matchesSelf(node)) {
+            m_matched.insert(node->info.uid);
+            countMatch(node->info.uid, 1);
         }
+    };
+    // A text held ready by the model is searched once for its first word, in all objects at
+    // a time; only the objects found are then checked one by one.
+    const bool preparedText = m_searchIndex.isEmpty() ? m_searchRole == ItemRoles::SortText : true;
+    if (textActive() && preparedText) {
+        const auto which = m_searchIndex.isEmpty() ? ObjectTreeModel::SearchedText::SortKey
+                                                   : ObjectTreeModel::SearchedText::SearchText;
+        const QVector<TYPE_ID> candidates = m_model->uidsContaining(m_words.first(), which);
+        for (const TYPE_ID uid : candidates)
+            count(m_model->node(uid));
+    } else {
+        const auto &nodes = m_model->nodes();
+        for (auto it = nodes.cbegin(); it != nodes.cend(); ++it)
+            count(it.value());
     }
     m_countsDirty = false;
 }
