@@ -1,6 +1,8 @@
 #include <host/gui/models/fastproxymodel.h>
 #include <host/gui/models/fasttreemodel.h>
 
+#include <tests/support/modeldump.h>
+
 #include <QAbstractItemModelTester>
 #include <QtTest>
 
@@ -17,20 +19,9 @@ QVector<FastTreeModel::Item> catalogue()
             {"RL_LOGIN", "Вход", {}}};
 }
 
-QString dump(const QAbstractItemModel &model, const QModelIndex &parent = {})
+QString dump(const QAbstractItemModel &model)
 {
-    QStringList rows;
-    for (int row = 0; row < model.rowCount(parent); ++row) {
-        const QModelIndex index = model.index(row, 0, parent);
-        QString text = index.siblingAtColumn(1).data().toString();
-        const QVariant state = index.data(Qt::CheckStateRole);
-        if (state.isValid())
-            text += QLatin1Char(':') + QString::number(state.toInt());
-        if (model.rowCount(index) > 0)
-            text += QLatin1Char('[') + dump(model, index) + QLatin1Char(']');
-        rows << text;
-    }
-    return rows.join(QLatin1Char(','));
+    return testing::dumpTree(model, 1, true);
 }
 
 } // namespace

@@ -3,6 +3,7 @@
 #include <host/gui/models/itemroles.h>
 #include <host/gui/models/objecttreemodel.h>
 #include <tests/support/builders.h>
+#include <tests/support/modeldump.h>
 
 #include <QAbstractItemModelTester>
 #include <QtTest>
@@ -22,18 +23,6 @@ ObjectInfo dept(TYPE_ID uid, TYPE_ID parent, const QString &name = {})
 }
 
 // The tree as "uid[children]" in model order.
-QString dump(const QAbstractItemModel &model, const QModelIndex &parent = {})
-{
-    QStringList rows;
-    for (int row = 0; row < model.rowCount(parent); ++row) {
-        const QModelIndex index = model.index(row, 0, parent);
-        QString text = index.data().toString();
-        if (model.rowCount(index) > 0)
-            text += QLatin1Char('[') + dump(model, index) + QLatin1Char(']');
-        rows << text;
-    }
-    return rows.join(QLatin1Char(','));
-}
 
 Uids sorted(Uids uids)
 {
@@ -90,7 +79,7 @@ void TestObjectTreeModel::arrivalOrder()
             model.add(batch);
         }
     }
-    QCOMPARE(dump(model), expected);
+    QCOMPARE(testing::dumpTree(model), expected);
     QCOMPARE(model.parentKeys(3), (Uids{2, 1}));
     QCOMPARE(sorted(model.childKeys(1)), (Uids{2, 3, 4}));
     QCOMPARE(model.childKeys(5), Uids{});
@@ -102,15 +91,15 @@ void TestObjectTreeModel::removeAndReturn()
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
     model.add(QList<ObjectInfo>{dept(1, 0), dept(2, 1), dept(3, 2), dept(4, 1)});
     model.remove(2);
-    QCOMPARE(dump(model), QStringLiteral("1[4],3"));
+    QCOMPARE(testing::dumpTree(model), QStringLiteral("1[4],3"));
     QVERIFY(!model.indexForUid(2).isValid());
     QCOMPARE(model.constInfo(2).uid, TYPE_ID(0));
     model.add(dept(2, 1));
-    QCOMPARE(dump(model), QStringLiteral("1[4,2[3]]"));
+    QCOMPARE(testing::dumpTree(model), QStringLiteral("1[4,2[3]]"));
     model.remove(1);
     model.remove(3);
     model.remove(77);
-    QCOMPARE(dump(model), QStringLiteral("4,2"));
+    QCOMPARE(testing::dumpTree(model), QStringLiteral("4,2"));
     model.clear();
     QCOMPARE(model.rowCount(), 0);
     QVERIFY(model.uniqueKeys().isEmpty());
@@ -131,12 +120,12 @@ void TestObjectTreeModel::updateMovesAndKeepsRow()
     QCOMPARE(c.data(ItemRoles::SortText).toString(), QStringLiteral("C2"));
 
     model.add(dept(3, 2, "C2")); // to another parent
-    QCOMPARE(dump(model), QStringLiteral("1,2[3]"));
+    QCOMPARE(testing::dumpTree(model), QStringLiteral("1,2[3]"));
     QCOMPARE(c.parent(), model.indexForUid(2));
     model.add(dept(3, 50, "C2")); // to a parent not there yet
-    QCOMPARE(dump(model), QStringLiteral("1,2,3"));
+    QCOMPARE(testing::dumpTree(model), QStringLiteral("1,2,3"));
     model.add(dept(50, 0));
-    QCOMPARE(dump(model), QStringLiteral("1,2,50[3]"));
+    QCOMPARE(testing::dumpTree(model), QStringLiteral("1,2,50[3]"));
 }
 
 void TestObjectTreeModel::cycleStaysAtTop()
@@ -145,7 +134,7 @@ void TestObjectTreeModel::cycleStaysAtTop()
     QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
     model.add(dept(1, 2));
     model.add(dept(2, 1));
-    QCOMPARE(dump(model), QStringLiteral("1[2]"));
+    QCOMPARE(testing::dumpTree(model), QStringLiteral("1[2]"));
     model.add(QList<ObjectInfo>{dept(7, 8), dept(8, 7)});
     QCOMPARE(model.uniqueKeys().size(), 4);
     QCOMPARE(model.childKeys(1), Uids{2});
@@ -192,11 +181,11 @@ void TestObjectTreeModel::storeModelFollowsStore()
     QCOMPARE(sorted(model->uniqueKeys()), (Uids{1, 3}));
     QCOMPARE(model->rowCount(), 2);
     storage->applyChanged("orgstructure", {dept(2, 1, "new")});
-    QCOMPARE(dump(*model), QStringLiteral("1[2[3]]"));
+    QCOMPARE(testing::dumpTree(*model), QStringLiteral("1[2[3]]"));
     storage->applyChanged("report", {dept(9, 0)});
     QVERIFY(!model->contains(9));
     storage->applyRemoved("orgstructure", {3});
-    QCOMPARE(dump(*model), QStringLiteral("1[2]"));
+    QCOMPARE(testing::dumpTree(*model), QStringLiteral("1[2]"));
     storage->clear();
     QCOMPARE(model->rowCount(), 0);
 }
@@ -210,7 +199,7 @@ void TestObjectTreeModel::rolesModelFollowsCatalogue()
     storage->setRoleCatalogue({{"RL_USER_SHOW", "Просмотр", "G_USERS", false},
                                {"G_USERS", "Пользователи", {}, true},
                                {"RL_USER_EDIT", "Изменение", "G_USERS", false}});
-    QCOMPARE(dump(*roles), QStringLiteral("Пользователи[Просмотр,Изменение]"));
+    QCOMPARE(testing::dumpTree(*roles), QStringLiteral("Пользователи[Просмотр,Изменение]"));
     const QModelIndex edit = roles->indexForKey("RL_USER_EDIT");
     QCOMPARE(edit.data(ItemRoles::SelectorData).toString(), QStringLiteral("RL_USER_EDIT"));
     QCOMPARE(edit.data(ItemRoles::CatalogueOrder).toInt(), 2);

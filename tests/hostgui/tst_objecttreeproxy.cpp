@@ -3,6 +3,7 @@
 #include <host/gui/models/objecttreeproxy.h>
 #include <host/gui/models/placingmodelproxy.h>
 #include <tests/support/builders.h>
+#include <tests/support/modeldump.h>
 
 #include <QAbstractItemModelTester>
 #include <QtTest>
@@ -39,18 +40,6 @@ QList<ObjectInfo> organisation()
 }
 
 // The visible tree as "uid[children]", in the proxy's order.
-QString dump(const QAbstractItemModel &model, const QModelIndex &parent = {})
-{
-    QStringList rows;
-    for (int row = 0; row < model.rowCount(parent); ++row) {
-        const QModelIndex index = model.index(row, 0, parent);
-        QString text = index.data().toString();
-        if (model.rowCount(index) > 0)
-            text += QLatin1Char('[') + dump(model, index) + QLatin1Char(']');
-        rows << text;
-    }
-    return rows.join(QLatin1Char(','));
-}
 
 template<class Set>
 QString joined(const Set &uids)
@@ -212,7 +201,7 @@ void TestObjectTreeProxy::filters()
     QFETCH(QString, result);
     for (const QString &step : steps)
         apply(*m_proxy, step);
-    QCOMPARE(dump(*m_proxy), visible);
+    QCOMPARE(testing::dumpTree(*m_proxy), visible);
     QCOMPARE(joined(m_proxy->filterResult()), result);
 }
 
@@ -268,28 +257,28 @@ void TestObjectTreeProxy::followsTheModel()
     m_proxy->setCheckable(true);
     m_proxy->setPartiallyCheckEnabled(true);
     m_proxy->setFilter("иванов");
-    QCOMPARE(dump(*m_proxy), QStringLiteral("1[2[3[10]]]"));
+    QCOMPARE(testing::dumpTree(*m_proxy), QStringLiteral("1[2[3[10]]]"));
 
     m_model->add(worker(13, 4, "Иванова", "Ольга")); // a match under a hidden parent
-    QCOMPARE(dump(*m_proxy), QStringLiteral("1[2[4[13],3[10]]]"));
+    QCOMPARE(testing::dumpTree(*m_proxy), QStringLiteral("1[2[4[13],3[10]]]"));
     m_model->add(worker(13, 4, "Смирнова", "Ольга")); // no longer a match
-    QCOMPARE(dump(*m_proxy), QStringLiteral("1[2[3[10]]]"));
+    QCOMPARE(testing::dumpTree(*m_proxy), QStringLiteral("1[2[3[10]]]"));
     m_model->add(worker(20, 30, "Иванов", "Олег")); // before its department
-    QCOMPARE(dump(*m_proxy), QStringLiteral("20,1[2[3[10]]]"));
+    QCOMPARE(testing::dumpTree(*m_proxy), QStringLiteral("20,1[2[3[10]]]"));
     m_model->add(object(30, "OT_DEPARTMENT", 2, "Склад"));
-    QCOMPARE(dump(*m_proxy), QStringLiteral("1[2[3[10],30[20]]]"));
+    QCOMPARE(testing::dumpTree(*m_proxy), QStringLiteral("1[2[3[10],30[20]]]"));
     QCOMPARE(joined(m_proxy->filterResult()), QStringLiteral("10,20"));
 
     m_proxy->setChecked({10, 20});
     QCOMPARE(m_proxy->checkState(3), Qt::PartiallyChecked);
     m_model->remove(10);
-    QCOMPARE(dump(*m_proxy), QStringLiteral("1[2[30[20]]]"));
+    QCOMPARE(testing::dumpTree(*m_proxy), QStringLiteral("1[2[30[20]]]"));
     QCOMPARE(joined(m_proxy->checked()), QStringLiteral("20"));
     QCOMPARE(m_proxy->checkState(3), Qt::Unchecked);
     QCOMPARE(m_proxy->checkState(2), Qt::PartiallyChecked);
 
     m_proxy->clearFilter();
-    QCOMPARE(dump(*m_proxy), QStringLiteral("1[2[4[12,13],3[11],30[20]]]"));
+    QCOMPARE(testing::dumpTree(*m_proxy), QStringLiteral("1[2[4[12,13],3[11],30[20]]]"));
 }
 
 void TestObjectTreeProxy::placingKeepsContainers()
@@ -304,10 +293,10 @@ void TestObjectTreeProxy::placingKeepsContainers()
     proxy.setSourceModel(&model);
     proxy.setObjectTypeFilter({"OT_TERM_ZR_DESK", "OT_TERM_ZR_NOVA_E"});
     proxy.setCheckableObjectTypes({"OT_TERM_ZR_DESK"});
-    QCOMPARE(dump(proxy), QStringLiteral("1[2[3],5]"));
+    QCOMPARE(testing::dumpTree(proxy), QStringLiteral("1[2[3],5]"));
     proxy.setSearchEnabled(true);
     proxy.setFilter("турникет");
-    QCOMPARE(dump(proxy), QStringLiteral("1[5]"));
+    QCOMPARE(testing::dumpTree(proxy), QStringLiteral("1[5]"));
     proxy.clearFilter();
     // Only the listed types carry a check box, and only in column 0.
     const QModelIndex desk = proxy.indexForUid(3);

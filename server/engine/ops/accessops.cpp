@@ -15,20 +15,9 @@ namespace zeral::server {
 
 namespace {
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("AccessOps", text);
-}
-
 Reply forbidden(const QString &text, TYPE_ID uid = 0)
 {
     return Reply::fail(proto::StatusForbidden, text, uid);
-}
-
-Reply internalError()
-{
-    return Reply::fail(proto::StatusInternal,
-                       tr("Сервер не смог выполнить запрос; ничего не изменено. Повторите позже."));
 }
 
 } // namespace
@@ -63,7 +52,7 @@ Reply AccessOps::prescribe(Request &request)
     if (!rights.canManage(current) || !rights.canHandOut(templateId))
         return forbidden(tr("Вы не можете назначить шаблон ролей «%1».").arg(templateId), uid);
     if (!m_state.store->setParameters(uid, {{QLatin1String(db::user::ROLE_TEMPLATE), templateId}}))
-        return internalError();
+        return Reply::internalError();
     request.pushes.append(Pushes::changedObjects(*m_state.store, {uid}));
     return Reply::changed(uid, QStringLiteral("role template %1").arg(templateId));
 }
@@ -111,7 +100,7 @@ Reply AccessOps::storePermissions(const QList<OBJECT_PERMISSION> &permissions)
                                tr("Объекта %1 нет: права на него не даны.").arg(permission.object),
                                permission.subject);
         if (!m_state.store->addPermission(permission))
-            return internalError();
+            return Reply::internalError();
     }
     return Reply::ok();
 }
@@ -153,7 +142,7 @@ Reply AccessOps::updatePermissions(Request &request)
     if (!checked.isOk())
         return checked;
     if (!m_state.store->clearPermissions(uid))
-        return internalError();
+        return Reply::internalError();
     Reply stored = storePermissions(permissions);
     if (!stored.isOk())
         return stored;
@@ -170,7 +159,7 @@ Reply AccessOps::getPermissions(Request &request)
         return forbidden(tr("Недостаточно прав для просмотра пользователей."));
     QList<OBJECT_PERMISSION> permissions;
     if (!m_state.store->permissions(uids, &permissions))
-        return internalError();
+        return Reply::internalError();
     return Reply::ok(ZRDataStream::pack(permissions));
 }
 
@@ -184,7 +173,7 @@ Reply AccessOps::fingersExist(Request &request)
         return forbidden(tr("Недостаточно прав для просмотра пользователей."));
     QHash<quint32, quint32> counts;
     if (!m_state.store->fingerCounts(uids, &counts))
-        return internalError();
+        return Reply::internalError();
     return Reply::ok(ZRDataStream::pack(counts));
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <server/engine/ops/request.h>
 
 #include <shared/objectpermission.h>
@@ -12,6 +13,8 @@ class Rights;
 // Role templates of users, their permissions on objects, and their fingerprints.
 class AccessOps
 {
+    Q_DECLARE_TR_FUNCTIONS(AccessOps)
+
 public:
     explicit AccessOps(ServerState &state);
 

@@ -17,13 +17,6 @@
 
 namespace zeral::server {
 
-namespace {
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("AdminOps", text);
-}
-} // namespace
-
 AdminOps::AdminOps(ServerState &state, CloseSession closeSession)
     : m_state(state)
     , m_closeSession(std::move(closeSession))

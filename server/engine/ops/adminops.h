@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <server/engine/ops/request.h>
 
 #include <functional>
@@ -11,6 +12,8 @@ struct ServerState;
 // The sessions of others, and mail.
 class AdminOps
 {
+    Q_DECLARE_TR_FUNCTIONS(AdminOps)
+
 public:
     // `closeSession` tells a session's client why and ends the session.
     using CloseSession = std::function<void(const QByteArray &id, const QString &reason)>;

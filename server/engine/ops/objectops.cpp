@@ -17,11 +17,6 @@ namespace zeral::server {
 
 namespace {
 
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("ObjectOps", text);
-}
-
 bool isUser(const QString &type)
 {
     return type == QLatin1String(db::system::USER);
@@ -36,18 +31,11 @@ bool isKnownDataset(const QString &dataset)
     return false;
 }
 
-Reply internalError()
-{
-    return Reply::fail(proto::StatusInternal,
-                       tr("Сервер не смог выполнить изменение; ничего не изменено. Повторите "
-                          "позже или сообщите администратору."));
-}
-
 Reply onlyPrivileged(TYPE_ID uid)
 {
     return Reply::fail(proto::StatusForbidden,
-                       tr("Изменять объекты этого вида может только супервизор или "
-                          "администратор."),
+                       ObjectOps::tr("Изменять объекты этого вида может только супервизор или "
+                                     "администратор."),
                        uid);
 }
 
@@ -82,7 +70,7 @@ Reply ObjectOps::snapshot(Request &request)
     bool more = false;
     if (!m_state.store->page(dataset, afterUid, qBound(1, pageSize, proto::SnapshotPageSize),
                              &objects, &more))
-        return internalError();
+        return Reply::internalError();
     return Reply::ok(ZRDataStream::pack(objects, more));
 }
 
@@ -199,18 +187,18 @@ Reply ObjectOps::addObject(Request &request)
     object.children.clear();
     const TYPE_ID uid = m_state.store->insert(dataset, object);
     if (uid == 0)
-        return internalError();
+        return Reply::internalError();
     QList<TYPE_ID> touched = {uid};
     for (_INHERIT_DATA link : qAsConst(links)) {
         touched.append(link.child == 0 ? link.parent : link.child);
         (link.child == 0 ? link.child : link.parent) = uid;
         if (!m_state.store->insertLink(link))
-            return internalError();
+            return Reply::internalError();
     }
     if (!clientHash.isEmpty()) {
         const QString hash = PasswordHasher::hash(clientHash);
         if (hash.isEmpty() || !m_state.store->setPasswordHash(uid, hash))
-            return internalError();
+            return Reply::internalError();
     }
     request.pushes.append(Pushes::changedObjects(*m_state.store, touched));
     return Reply::changed(uid, QStringLiteral("added %1 to %2").arg(object.type, dataset),
@@ -257,11 +245,11 @@ Reply ObjectOps::updateObject(Request &request)
 
     if (!m_state.store->setParameters(uid, parameters)
         || (parentChange && !m_state.store->setParent(uid, parent)))
-        return internalError();
+        return Reply::internalError();
     if (!clientHash.isEmpty()) {
         const QString hash = PasswordHasher::hash(clientHash);
         if (hash.isEmpty() || !m_state.store->setPasswordHash(uid, hash))
-            return internalError();
+            return Reply::internalError();
     }
     request.pushes.append(Pushes::changedObjects(*m_state.store, {uid}));
     QStringList keys = changes.keys();
@@ -305,7 +293,7 @@ Reply ObjectOps::removeObject(Request &request)
     }
     QList<TYPE_ID> linked;
     if (!m_state.store->remove(uid, &linked))
-        return internalError();
+        return Reply::internalError();
     request.pushes.append(Pushes::removed(dataset, {uid}));
     request.pushes.append(Pushes::changedObjects(*m_state.store, linked));
     return Reply::changed(uid, QStringLiteral("removed %1").arg(type));

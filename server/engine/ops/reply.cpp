@@ -2,6 +2,8 @@
 
 #include <host/core/zrdatastream.h>
 
+#include <QCoreApplication>
+
 namespace zeral::server {
 
 Reply Reply::ok(QByteArray data)
@@ -28,6 +30,14 @@ Reply Reply::fail(qint32 status, const QString &text, TYPE_ID object)
     reply.object = object;
     reply.detail = text;
     return reply;
+}
+
+Reply Reply::internalError()
+{
+    return fail(proto::StatusInternal,
+                QCoreApplication::translate("Reply",
+                                            "Сервер не смог выполнить запрос; ничего не изменено. "
+                                            "Повторите позже или сообщите администратору."));
 }
 
 } // namespace zeral::server

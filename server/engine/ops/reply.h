@@ -22,6 +22,8 @@ struct Reply
     static Reply ok(QByteArray data = {});
     static Reply changed(TYPE_ID object, QString detail, QByteArray data = {});
     static Reply fail(qint32 status, const QString &text, TYPE_ID object = 0);
+    // The storage failed under a request; the transaction was rolled back.
+    static Reply internalError();
 };
 
 } // namespace zeral::server

@@ -12,13 +12,6 @@
 
 namespace zeral::server {
 
-namespace {
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("SessionOps", text);
-}
-} // namespace
-
 SessionOps::SessionOps(ServerState &state)
     : m_state(state)
 {}

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <server/engine/ops/request.h>
 
 namespace zeral::server {
@@ -9,6 +10,8 @@ struct ServerState;
 // session.login, session.resume and session.logout.
 class SessionOps
 {
+    Q_DECLARE_TR_FUNCTIONS(SessionOps)
+
 public:
     explicit SessionOps(ServerState &state);
 

@@ -15,13 +15,6 @@
 
 namespace zeral::server {
 
-namespace {
-QString tr(const char *text)
-{
-    return QCoreApplication::translate("SqlOps", text);
-}
-} // namespace
-
 SqlOps::SqlOps(ServerState &state)
     : m_state(state)
 {}

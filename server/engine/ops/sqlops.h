@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QCoreApplication>
 #include <server/engine/ops/request.h>
 
 namespace zeral::server {
@@ -9,6 +10,8 @@ struct ServerState;
 // data.exec_sql: statements from a client, run read-only.
 class SqlOps
 {
+    Q_DECLARE_TR_FUNCTIONS(SqlOps)
+
 public:
     static constexpr int MaxRows = 10000;
 
