@@ -6,6 +6,9 @@
 #include <shared/objectpermission.h>
 #include <shared/roletemplateinfo.h>
 
+#include <QSqlDatabase>
+#include <QSqlQuery>
+
 using namespace harness;
 using zeral::TYPE_ID;
 namespace proto = zeral::proto;
@@ -106,6 +109,29 @@ private slots:
         QCOMPARE(answer.status, qint32(status));
         if (status != proto::StatusOk)
             QVERIFY(!answer.errorText().isEmpty());
+
+        // The audit log holds the outcome, refused or not, with who asked.
+        QSqlQuery audit = query(QStringLiteral("SELECT operator, session, status, at FROM "
+                                               "audit_log ORDER BY id DESC LIMIT 1"));
+        QVERIFY(audit.next());
+        QCOMPARE(audit.value(0).toString(), operatorTemplate.toLower());
+        QVERIFY(!audit.value(1).toString().isEmpty());
+        QCOMPARE(audit.value(2).toInt(), status);
+        QVERIFY(!audit.value(3).toString().isEmpty());
+
+        // A refusal leaves the stored data as it was.
+        if (status == proto::StatusOk || operation == QLatin1String("create"))
+            return;
+        QCOMPARE(scalar(QStringLiteral("SELECT count(*) FROM objects WHERE uid = %1").arg(target)),
+                 QVariant(1));
+        QCOMPARE(
+            scalar(
+                QStringLiteral("SELECT count(*) FROM permissions WHERE subject = %1").arg(target)),
+            QVariant(0));
+        QCOMPARE(scalar(QStringLiteral("SELECT count(*) FROM object_params WHERE uid = %1 AND "
+                                       "value = 'b'")
+                            .arg(target)),
+                 QVariant(0));
     }
 
     void templatesOffered_data()
@@ -195,6 +221,27 @@ private slots:
     }
 
 private:
+    // Reads the engine's database through a connection of its own, as WAL allows.
+    QSqlQuery query(const QString &statement)
+    {
+        const QString name = QStringLiteral("audit-reader");
+        QSqlDatabase db = QSqlDatabase::contains(name)
+                              ? QSqlDatabase::database(name)
+                              : QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
+        db.setDatabaseName(m_server.dir.filePath(QStringLiteral("server.db")));
+        db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
+        if (!db.isOpen())
+            db.open();
+        QSqlQuery result(db);
+        result.exec(statement);
+        return result;
+    }
+    QVariant scalar(const QString &statement)
+    {
+        QSqlQuery result = query(statement);
+        return result.next() ? QVariant(result.value(0).toInt()) : QVariant();
+    }
+
     Server m_server;
     std::unique_ptr<WireClient> m_root;
     int m_counter = 0;
