@@ -33,6 +33,9 @@ ZRServerInterface::ZRServerInterface(QObject *parent)
     connect(m_socket, &QSslSocket::readyRead, this, &ZRServerInterface::onReadyRead);
     connect(m_socket, &QSslSocket::disconnected, this, &ZRServerInterface::onSocketDisconnected);
     connect(m_socket, &QAbstractSocket::errorOccurred, this, &ZRServerInterface::onSocketError);
+    // Not ignored: the handshake fails, and errorOccurred reports it with these reasons.
+    connect(m_socket, qOverload<const QList<QSslError> &>(&QSslSocket::sslErrors), this,
+            [this](const QList<QSslError> &errors) { m_sslErrors = errors; });
 }
 
 ZRServerInterface::~ZRServerInterface()
@@ -62,6 +65,11 @@ void ZRServerInterface::disconnectFromServer()
     setState(State::Disconnected);
     m_socket->abort();
     failRemoteRequests(QCoreApplication::translate("ZRServerInterface", "Соединение закрыто"));
+}
+
+void ZRServerInterface::setTlsConfiguration(const QSslConfiguration &configuration)
+{
+    m_tlsConfiguration = configuration;
 }
 
 void ZRServerInterface::setReconnectDelays(int firstMs, int maxMs)
@@ -232,10 +240,13 @@ void ZRServerInterface::setState(State state)
 void ZRServerInterface::openSocket()
 {
     qCDebug(lcHostNet) << "connecting to" << m_host << m_port << (m_encrypted ? "(TLS)" : "");
-    if (m_encrypted)
+    m_sslErrors.clear();
+    if (m_encrypted) {
+        m_socket->setSslConfiguration(m_tlsConfiguration);
         m_socket->connectToHostEncrypted(m_host, m_port);
-    else
+    } else {
         m_socket->connectToHost(m_host, m_port);
+    }
 }
 
 void ZRServerInterface::onSocketReady()
@@ -251,7 +262,9 @@ void ZRServerInterface::onSocketError()
 {
     if (m_state == State::Connected)
         return; // the disconnected signal follows and handles it
-    const QString reason = m_socket->errorString();
+    const QString reason = m_socket->error() == QAbstractSocket::SslHandshakeFailedError
+                               ? handshakeFailureText()
+                               : m_socket->errorString();
     m_socket->abort();
     if (m_state == State::Connecting) {
         qCWarning(lcHostNet) << "cannot connect to" << m_host << m_port << ":" << reason;
@@ -260,6 +273,22 @@ void ZRServerInterface::onSocketError()
     } else if (m_state == State::Reconnecting) {
         scheduleReconnect();
     }
+}
+
+QString ZRServerInterface::handshakeFailureText() const
+{
+    QStringList details;
+    for (const QSslError &error : m_sslErrors)
+        details.append(error.errorString());
+    if (details.isEmpty())
+        details.append(m_socket->errorString());
+    return QCoreApplication::translate("ZRServerInterface",
+                                       "Не удалось установить защищённое соединение с сервером "
+                                       "%1:%2 (%3). Проверьте, что сервер работает с TLS, и что "
+                                       "его сертификат указан как доверенный.")
+        .arg(m_host)
+        .arg(m_port)
+        .arg(details.join(QLatin1String("; ")));
 }
 
 void ZRServerInterface::onSocketDisconnected()

@@ -5,6 +5,8 @@
 
 #include <QHash>
 #include <QObject>
+#include <QSslConfiguration>
+#include <QSslError>
 #include <QString>
 
 #include <functional>
@@ -36,6 +38,11 @@ public:
     // connectionFailed; a connection that drops later is retried with growing pauses
     // until disconnectFromServer.
     void connectToServer(const QString &host, quint16 port, bool encrypted = false);
+    // What a TLS connection trusts and offers; by default the system's certificate
+    // authorities. A server with its own certificate is trusted by giving exactly that
+    // certificate (or its authority) as the CA certificates. Applies from the next connection.
+    void setTlsConfiguration(const QSslConfiguration &configuration);
+    QSslConfiguration tlsConfiguration() const { return m_tlsConfiguration; }
     void disconnectFromServer();
     State state() const { return m_state; }
     QString host() const { return m_host; }
@@ -87,6 +94,7 @@ private:
     void openSocket();
     void onSocketReady();
     void onSocketError();
+    QString handshakeFailureText() const;
     void onSocketDisconnected();
     void onReadyRead();
     void dropConnection(const QString &reason);
@@ -98,6 +106,8 @@ private:
     QString m_host;
     quint16 m_port = 0;
     bool m_encrypted = false;
+    QSslConfiguration m_tlsConfiguration = QSslConfiguration::defaultConfiguration();
+    QList<QSslError> m_sslErrors; // of the handshake in progress
     int m_reconnectAttempt = 0;
     int m_firstReconnectDelayMs = 500;
     int m_maxReconnectDelayMs = 15000;

@@ -15,7 +15,7 @@
 #include <QDeadlineTimer>
 #include <QHash>
 #include <QSignalSpy>
-#include <QTcpSocket>
+#include <QSslSocket>
 #include <QTemporaryDir>
 #include <QTest>
 
@@ -33,7 +33,7 @@ inline QString clientHash(const QString &password)
 class WireClient : public QObject
 {
 public:
-    QTcpSocket socket;
+    QSslSocket socket; // plain TCP unless connectEncrypted()
     QList<Command> pushes;
     QByteArray session;
     zeral::TYPE_ID uid = 0;
@@ -46,6 +46,18 @@ public:
         QObject::connect(&socket, &QTcpSocket::readyRead, this, [this] { readAll(); });
         socket.connectToHost(QHostAddress::LocalHost, port);
         return socket.waitForConnected(5000);
+    }
+    // TLS that trusts exactly `authority`.
+    bool connectEncrypted(quint16 port, const QSslCertificate &authority)
+    {
+        QObject::connect(&socket, &QTcpSocket::readyRead, this, [this] { readAll(); });
+        QSslConfiguration configuration = socket.sslConfiguration();
+        configuration.setCaCertificates({authority});
+        socket.setSslConfiguration(configuration);
+        // The engine runs in this thread: wait in the event loop, not in the socket.
+        QSignalSpy encrypted(&socket, &QSslSocket::encrypted);
+        socket.connectToHostEncrypted(QStringLiteral("127.0.0.1"), port);
+        return encrypted.wait(10000);
     }
     bool isClosed() const { return socket.state() == QAbstractSocket::UnconnectedState; }
 
@@ -113,6 +125,7 @@ struct Server
     QTemporaryDir dir;
     std::unique_ptr<zeral::server::ServerEngine> engine;
     QDateTime now = QDateTime(QDate(2024, 3, 1), QTime(10, 0));
+    int loginDelayStepMs = 0; // failed logins answered at once unless a test measures it
 
     QString start(zeral::server::ServerEngine::Options options = {})
     {
@@ -120,7 +133,7 @@ struct Server
         options.clock = [this] {
             return now;
         };
-        options.loginPolicy.delayStepMs = 0;
+        options.loginPolicy.delayStepMs = loginDelayStepMs;
         engine = std::make_unique<zeral::server::ServerEngine>(options);
         const QString error = engine->start();
         if (error.isEmpty())

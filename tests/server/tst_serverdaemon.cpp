@@ -38,22 +38,32 @@ private slots:
     {
         QTest::addColumn<QString>("db");
         QTest::addColumn<bool>("portTaken");
+        QTest::addColumn<QStringList>("extra");
         QTest::addColumn<QString>("message");
         QTest::addRow("database can't be opened")
-            << "/nonexistent/dir/x.db" << false << "Не удалось открыть базу данных";
-        QTest::addRow("port taken") << "taken.db" << true << "Не удалось открыть порт";
+            << "/nonexistent/dir/x.db" << false << QStringList()
+            << "Не удалось открыть базу данных";
+        QTest::addRow("port taken")
+            << "taken.db" << true << QStringList() << "Не удалось открыть порт";
+        QTest::addRow("TLS certificate missing")
+            << "tls.db" << false
+            << QStringList{"--tls-cert", "/nonexistent/cert.pem", "--tls-key",
+                           "/nonexistent/key.pem"}
+            << "Не удалось прочитать сертификат /nonexistent/cert.pem";
     }
     void failsClearly()
     {
         QFETCH(QString, db);
         QFETCH(bool, portTaken);
+        QFETCH(QStringList, extra);
         QFETCH(QString, message);
         QTcpServer holder;
         QVERIFY(holder.listen(QHostAddress::LocalHost, 0));
         const quint16 port = portTaken ? holder.serverPort() : freePort();
         QProcess server;
-        server.start(Program, {"--db", db.startsWith('/') ? db : m_dir.filePath(db), "--listen",
-                               QStringLiteral("127.0.0.1:%1").arg(port)});
+        server.start(Program, QStringList{"--db", db.startsWith('/') ? db : m_dir.filePath(db),
+                                          "--listen", QStringLiteral("127.0.0.1:%1").arg(port)}
+                                  + extra);
         QVERIFY(server.waitForFinished(20000));
         QVERIFY(server.exitCode() != 0);
         QVERIFY2(QString::fromUtf8(server.readAllStandardError()).contains(message),

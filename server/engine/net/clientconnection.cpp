@@ -25,6 +25,13 @@ ClientConnection::ClientConnection(QSslSocket *socket, QObject *parent)
             [this](const QList<QSslError> &errors) {
                 qCWarning(lcServerNet) << "TLS errors with" << peer() << errors;
             });
+    connect(m_socket, &QAbstractSocket::errorOccurred, this,
+            [this](QAbstractSocket::SocketError error) {
+                // A client that doesn't speak TLS to a TLS port ends here, unanswered.
+                if (error == QAbstractSocket::SslHandshakeFailedError)
+                    qCWarning(lcServerNet)
+                        << "TLS handshake with" << peer() << "failed:" << m_socket->errorString();
+            });
     // Bytes may have come with the connection, before anybody listened.
     QMetaObject::invokeMethod(this, &ClientConnection::readFrames, Qt::QueuedConnection);
 }
