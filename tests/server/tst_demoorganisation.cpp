@@ -2,6 +2,7 @@
 #include <server/engine/demo/demoorganisation.h>
 #include <shared/datasets.h>
 #include <shared/dbkeys.h>
+#include <shared/fingerprintformat.h>
 #include <shared/rolenames.h>
 
 #include <QElapsedTimer>
@@ -170,6 +171,9 @@ void TestDemoOrganisation::recordsAreConsistent()
         QVERIFY(finger.finger >= 0 && finger.finger <= 9);
         QVERIFY(insertNew(fingers, qMakePair(finger.userUid, finger.finger)));
         QVERIFY(!finger.data.data.isEmpty() && insertNew(templates, finger.data.data));
+        // The studio's simulated reader confirms only templates of its own format and size.
+        QCOMPARE(finger.data.format, SIMULATED_FINGERPRINT_FORMAT);
+        QCOMPARE(finger.data.data.size(), SIMULATED_FINGERPRINT_SIZE);
     }
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <shared/fingerprintformat.h>
+
 #include <QByteArray>
 #include <QObject>
 #include <QString>
@@ -12,7 +14,7 @@ class FingerprintReader : public QObject
     Q_OBJECT
 public:
     // The template format of samples that no real reader made (see SimulatedFingerprintReader).
-    static constexpr quint32 SimulatedFormat = 0x5A534D31;
+    static constexpr quint32 SimulatedFormat = zeral::SIMULATED_FINGERPRINT_FORMAT;
 
     explicit FingerprintReader(QObject *parent = nullptr);
 

@@ -13,7 +13,7 @@ class SimulatedFingerprintReader : public FingerprintReader
     Q_OBJECT
 public:
     // Bytes of a simulated template.
-    static constexpr int TemplateSize = 256;
+    static constexpr int TemplateSize = zeral::SIMULATED_FINGERPRINT_SIZE;
 
     explicit SimulatedFingerprintReader(QObject *parent = nullptr);
 

@@ -4,12 +4,13 @@
 #include <server/engine/demo/demoorganisation.h>
 #include <shared/datasets.h>
 #include <shared/dbkeys.h>
+#include <shared/fingerprintformat.h>
 #include <shared/inheritdata.h>
 #include <shared/rolenames.h>
 
 #include <QDateTime>
 #include <QHash>
-#include <QtEndian>
+#include <QRandomGenerator>
 
 #include <cmath>
 #include <iterator>
@@ -22,9 +23,6 @@ namespace {
 constexpr quint32 demoSeed = 20260415;
 // The rights one permission grants, the value the users screen writes.
 constexpr quint32 grantedRights = 12;
-// The template format the demo fingerprints claim; their bytes are made up, not scanned.
-constexpr quint32 demoTemplateFormat = 1;
-constexpr int demoTemplateSize = 384;
 
 const QString keyName = QString::fromLatin1(db::user::NAME);
 const QString keySurname = QString::fromLatin1(db::user::SURNAME);
@@ -524,15 +522,13 @@ void DemoBuilder::enrolFingers(TYPE_ID user, int count)
         DemoFinger finger;
         finger.userUid = user;
         finger.finger = fingers[i];
-        finger.data.format = demoTemplateFormat;
-        // A recognisable header with owner and finger, then bytes that differ per finger.
-        QByteArray bytes("ZRDEMO");
-        bytes.append(char(finger.finger));
-        const quint32 owner = qToLittleEndian(user);
-        bytes.append(reinterpret_cast<const char *>(&owner), sizeof owner);
+        // Made up, not scanned: in the simulated reader's format, so that the studio's
+        // simulated reader confirms them; the same bytes for the same user and finger.
+        finger.data.format = SIMULATED_FINGERPRINT_FORMAT;
+        QByteArray bytes(SIMULATED_FINGERPRINT_SIZE, Qt::Uninitialized);
         QRandomGenerator bytesRandom(user * 10u + quint32(finger.finger));
-        while (bytes.size() < demoTemplateSize)
-            bytes.append(char(bytesRandom.bounded(256)));
+        bytesRandom.fillRange(reinterpret_cast<quint32 *>(bytes.data()),
+                              SIMULATED_FINGERPRINT_SIZE / int(sizeof(quint32)));
         finger.data.data = bytes;
         m_data.fingers.append(finger);
     }
