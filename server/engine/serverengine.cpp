@@ -12,6 +12,7 @@
 
 #include <QFile>
 #include <QSslSocket>
+#include <QTimer>
 
 #include <sodium.h>
 
@@ -40,6 +41,7 @@ QString ServerEngine::openDatabase()
         return tr("Не удалось запустить библиотеку шифрования libsodium.");
     auto state = std::make_unique<ServerState>();
     state->clock = m_options.clock;
+    state->resumeWindowSeconds = m_options.resumeWindowSeconds;
     QString error = state->database.open(m_options.databasePath);
     if (!error.isEmpty())
         return error;
@@ -99,6 +101,9 @@ QString ServerEngine::start()
     m_server = server;
     m_dispatcher = new Dispatcher(*m_state, this);
     connect(m_server, &QTcpServer::newConnection, this, &ServerEngine::onNewConnection);
+    m_sessionSweep = new QTimer(this);
+    connect(m_sessionSweep, &QTimer::timeout, m_dispatcher, &Dispatcher::endAbandonedSessions);
+    m_sessionSweep->start(60 * 1000);
     if (!m_options.smtpUrl.isEmpty()) {
         auto *sender = new MailSender(m_options.databasePath, m_options.smtpUrl, this);
         sender->start();
@@ -124,7 +129,10 @@ void ServerEngine::onNewConnection()
                 });
         connect(connection, &ClientConnection::closed, this, [this, connection] {
             m_connections.removeOne(connection);
-            // The session stays, without a connection, until it is resumed or ended.
+            // The session stays, without a connection, until it is resumed or its resume
+            // window passes.
+            if (m_state)
+                m_state->sessions.detach(connection, m_state->clock());
             connection->deleteLater();
         });
     }
@@ -145,6 +153,8 @@ void ServerEngine::stop()
     if (m_state->mailSender)
         m_state->mailSender->stop();
     delete m_state->mailSender.data();
+    delete m_sessionSweep;
+    m_sessionSweep = nullptr;
     delete m_dispatcher;
     m_dispatcher = nullptr;
     delete m_server;

@@ -10,6 +10,8 @@
 #include <functional>
 #include <memory>
 
+class QTimer;
+
 namespace zeral::server {
 
 struct ServerState;
@@ -38,6 +40,8 @@ public:
         QString mailSender = QStringLiteral("zeral@localhost");
         LoginThrottle::Policy loginPolicy;
         std::function<QDateTime()> clock; // empty: the system clock
+        // A session whose connection dropped waits this long to be resumed, then ends.
+        int resumeWindowSeconds = 10 * 60;
     };
 
     explicit ServerEngine(Options options, QObject *parent = nullptr);
@@ -70,6 +74,7 @@ private:
     std::unique_ptr<ServerState> m_state;
     Dispatcher *m_dispatcher = nullptr;
     TlsServer *m_server = nullptr;
+    QTimer *m_sessionSweep = nullptr;
     QList<ClientConnection *> m_connections;
 };
 

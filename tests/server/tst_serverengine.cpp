@@ -11,7 +11,9 @@
 #include <shared/rolenames.h>
 #include <shared/roletemplateinfo.h>
 
+#include <QElapsedTimer>
 #include <QFile>
+#include <QRegularExpression>
 #include <QSqlDatabase>
 #include <QSqlQuery>
 
@@ -344,6 +346,78 @@ private slots:
                                                 clientHash(QStringLiteral("RootPass1"))),
                              {});
         QCOMPARE(resume.status, qint32(proto::StatusNotFound));
+    }
+
+    void failuresSlowTheAnswerDown_data()
+    {
+        QTest::addColumn<int>("failure");
+        QTest::addColumn<int>("minimumMs");
+        // Three are free, each further one waits one step more.
+        QTest::addRow("4th") << 4 << 200;
+        QTest::addRow("5th") << 5 << 400;
+    }
+    void failuresSlowTheAnswerDown()
+    {
+        QFETCH(int, failure);
+        QFETCH(int, minimumMs);
+        m_server = std::make_unique<Server>();
+        m_server->loginDelayStepMs = 200;
+        QCOMPARE(m_server->start(), QString());
+        auto client = m_server->client();
+        for (int i = 1; i < failure; ++i)
+            QCOMPARE(client->login(QStringLiteral("root"), QStringLiteral("bad")).status,
+                     qint32(proto::StatusLoginFailed));
+        QElapsedTimer timer;
+        timer.start();
+        QCOMPARE(client->login(QStringLiteral("Root"), QStringLiteral("bad")).status,
+                 qint32(proto::StatusLoginFailed));
+        QVERIFY2(timer.elapsed() >= minimumMs, qPrintable(QString::number(timer.elapsed())));
+        // Every refused attempt is in the audit log, though nobody was logged in.
+        int audited = -1;
+        {
+            QSqlDatabase db
+                = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("audit"));
+            db.setDatabaseName(m_server->dir.filePath(QStringLiteral("server.db")));
+            QSqlQuery query(db.open() ? db : QSqlDatabase());
+            if (query.exec(QStringLiteral("SELECT count(*) FROM audit_log"
+                                          " WHERE command = 'session.login' AND status = 9"))
+                && query.next())
+                audited = query.value(0).toInt();
+        }
+        QSqlDatabase::removeDatabase(QStringLiteral("audit"));
+        QCOMPARE(audited, failure);
+    }
+
+    void sessionWaitsForResumeWithinTheWindow_data()
+    {
+        QTest::addColumn<int>("idleMinutes"); // connected but silent before the drop
+        QTest::addColumn<int>("awayMinutes");
+        QTest::addColumn<qint32>("status");
+        QTest::addRow("back within the window") << 0 << 9 << qint32(proto::StatusOk);
+        QTest::addRow("back too late") << 0 << 11 << qint32(proto::StatusNotFound);
+        QTest::addRow("idle long, then back soon") << 20 << 5 << qint32(proto::StatusOk);
+    }
+    void sessionWaitsForResumeWithinTheWindow()
+    {
+        QFETCH(int, idleMinutes);
+        QFETCH(int, awayMinutes);
+        QFETCH(qint32, status);
+        auto first = m_server->rootClient();
+        const QByteArray id = first->session;
+        m_server->now = m_server->now.addSecs(idleMinutes * 60);
+        first->socket.abort();
+        QTRY_COMPARE(m_server->engine->connectionCount(), 0);
+        m_server->now = m_server->now.addSecs(awayMinutes * 60);
+        if (status != proto::StatusOk) {
+            QTest::ignoreMessage(QtInfoMsg,
+                                 QRegularExpression(QStringLiteral("session of .root. ended")));
+        }
+        auto second = m_server->client();
+        const Command resume = second->request(
+            QLatin1String(cmd::Resume),
+            ZRDataStream::pack(id, QStringLiteral("root"), clientHash(QStringLiteral("RootPass1"))),
+            {});
+        QCOMPARE(resume.status, status);
     }
 
     void resumeKeepsTheSession()

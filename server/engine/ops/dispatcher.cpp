@@ -67,8 +67,20 @@ bool Dispatcher::refresh(Session *session, Reply *refusal)
     return true;
 }
 
+void Dispatcher::endAbandonedSessions()
+{
+    const QDateTime now = m_state.clock();
+    const QList<Session> ended
+        = m_state.sessions.endDetachedBefore(now.addSecs(-m_state.resumeWindowSeconds), now);
+    for (const Session &session : ended) {
+        qCInfo(lcServerSession) << "session of" << session.login << "ended: not resumed within"
+                                << m_state.resumeWindowSeconds << "s of losing its connection";
+    }
+}
+
 void Dispatcher::dispatch(ClientConnection *connection, const Command &command)
 {
+    endAbandonedSessions();
     Session *session = m_state.sessions.find(connection->sessionId());
     if (!session && !connection->sessionId().isEmpty())
         connection->setSessionId({}); // ended elsewhere

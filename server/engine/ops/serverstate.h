@@ -5,6 +5,8 @@
 #include <server/engine/storage/database.h>
 #include <server/engine/storage/objectstore.h>
 
+#include <QList>
+
 #include <QDateTime>
 #include <QPointer>
 
@@ -28,6 +30,7 @@ struct ServerState
     std::unique_ptr<MailRenderer> mailRenderer;
     QPointer<MailSender> mailSender; // null without a relay: mail stays in the outbox
     TYPE_ID rootUid = 0;
+    int resumeWindowSeconds = 600; // how long a session waits for its client to come back
 };
 
 } // namespace zeral::server

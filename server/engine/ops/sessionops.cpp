@@ -69,6 +69,7 @@ void SessionOps::attach(Session *session, ClientConnection *connection)
     if (session->connection && session->connection != connection)
         session->connection->setSessionId({});
     session->connection = connection;
+    session->detachedSince = QDateTime();
     session->peerAddress = connection->peerAddress();
     session->peerPort = connection->peerPort();
     session->lastAction = m_state.clock();

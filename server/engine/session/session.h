@@ -13,8 +13,9 @@ namespace zeral::server {
 
 class ClientConnection;
 
-// One logged-in operator. A session outlives a dropped connection so that the studio can
-// resume it; it ends by logout, by a disconnect from another operator, or with the server.
+// One logged-in operator. A session outlives a dropped connection for the resume window, so
+// that the studio can resume it; it ends by logout, by a disconnect from another operator,
+// when that window passes without a resume, or with the server.
 struct Session
 {
     QByteArray id;
@@ -27,6 +28,7 @@ struct Session
     QDateTime started;
     QDateTime lastAction;
     QPointer<ClientConnection> connection; // null while the client is away
+    QDateTime detachedSince;               // when the connection went; invalid while attached
 
     bool hasRole(const char *role) const { return roles.contains(QLatin1String(role)); }
     QString ipPort() const;

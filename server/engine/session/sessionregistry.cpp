@@ -47,6 +47,34 @@ void SessionRegistry::end(const QByteArray &id)
         m_ended.insert(id);
 }
 
+void SessionRegistry::detach(ClientConnection *connection, const QDateTime &now)
+{
+    Session *session = find(connection->sessionId());
+    if (session && session->connection == connection) {
+        session->connection = nullptr;
+        session->detachedSince = now;
+    }
+}
+
+QList<Session> SessionRegistry::endDetachedBefore(const QDateTime &cutoff, const QDateTime &now)
+{
+    QList<Session> ended;
+    for (auto it = m_sessions.begin(); it != m_sessions.end();) {
+        Session &session = **it;
+        // A connection that went without telling (the server stopping it) counts from now.
+        if (!session.connection && !session.detachedSince.isValid())
+            session.detachedSince = now;
+        if (!session.connection && session.detachedSince < cutoff) {
+            ended.append(session);
+            m_ended.insert(it.key());
+            it = m_sessions.erase(it);
+        } else {
+            ++it;
+        }
+    }
+    return ended;
+}
+
 QList<const Session *> SessionRegistry::attached() const
 {
     QList<const Session *> result;

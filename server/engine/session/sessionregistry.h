@@ -20,6 +20,12 @@ public:
     void end(const QByteArray &id);
     bool wasEnded(const QByteArray &id) const { return m_ended.contains(id); }
 
+    // The session lost its connection at `now`; the resume window starts.
+    void detach(ClientConnection *connection, const QDateTime &now);
+    // Ends every session that has been without a connection since before `cutoff` and
+    // returns them, for the log.
+    QList<Session> endDetachedBefore(const QDateTime &cutoff, const QDateTime &now);
+
     QList<const Session *> attached() const;
     QList<Session *> all();
 

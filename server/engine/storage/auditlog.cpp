@@ -19,14 +19,18 @@ bool AuditLog::record(QSqlDatabase &db, const AuditEntry &entry)
     query.prepare(QStringLiteral(
         "INSERT INTO audit_log (at, operator, session, peer, command, object, status, detail)"
         " VALUES (?, ?, ?, ?, ?, ?, ?, ?)"));
+    // A null text would bind as NULL; a request before login has no operator and no session.
+    const auto text = [](const QString &value) {
+        return value.isNull() ? QStringLiteral("") : value;
+    };
     query.addBindValue(entry.at.toUTC().toString(Qt::ISODateWithMs));
-    query.addBindValue(entry.operatorLogin);
-    query.addBindValue(QString::fromLatin1(entry.sessionId.left(KeptSessionChars)));
-    query.addBindValue(entry.peer);
-    query.addBindValue(entry.command);
+    query.addBindValue(text(entry.operatorLogin));
+    query.addBindValue(text(QString::fromLatin1(entry.sessionId.left(KeptSessionChars))));
+    query.addBindValue(text(entry.peer));
+    query.addBindValue(text(entry.command));
     query.addBindValue(entry.object);
     query.addBindValue(entry.status);
-    query.addBindValue(entry.detail);
+    query.addBindValue(text(entry.detail));
     if (query.exec())
         return true;
     qCWarning(lcServerDb) << "audit log write failed:" << query.lastError().text();
