@@ -120,7 +120,7 @@ void ServerEngine::onNewConnection()
         auto *socket = qobject_cast<QSslSocket *>(m_server->nextPendingConnection());
         if (!socket)
             continue;
-        auto *connection = new ClientConnection(socket, this);
+        auto *connection = new ClientConnection(socket, m_options.handshakeTimeoutMs, this);
         m_connections.append(connection);
         qCDebug(lcServerNet) << "client connected:" << connection->peer();
         connect(connection, &ClientConnection::commandReceived, m_dispatcher,

@@ -42,6 +42,8 @@ public:
         std::function<QDateTime()> clock; // empty: the system clock
         // A session whose connection dropped waits this long to be resumed, then ends.
         int resumeWindowSeconds = 10 * 60;
+        // On a TLS port, how long a new client has to finish its handshake.
+        int handshakeTimeoutMs = 10000;
     };
 
     explicit ServerEngine(Options options, QObject *parent = nullptr);

@@ -39,6 +39,7 @@ private slots:
         zeral::server::ServerEngine::Options options;
         options.tlsCertificatePath = certificatePath();
         options.tlsKeyPath = keyPath();
+        options.handshakeTimeoutMs = 300;
         m_server = std::make_unique<Server>();
         QCOMPARE(m_server->start(options), QString());
     }
@@ -56,6 +57,9 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(plain->isClosed(), 10000);
         QVERIFY(plain->answers.isEmpty());
         QVERIFY(plain->pushes.isEmpty());
+        // One that says nothing at all is dropped once its time for a handshake is over.
+        auto silent = m_server->client();
+        QTRY_VERIFY_WITH_TIMEOUT(silent->isClosed(), 10000);
 
         const Command sessions = secure.request(cmd::GetSessionsInfo);
         QCOMPARE(sessions.status, zeral::proto::StatusOk);

@@ -4,10 +4,11 @@
 #include <server/engine/serverlogging.h>
 
 #include <QSslSocket>
+#include <QTimer>
 
 namespace zeral::server {
 
-ClientConnection::ClientConnection(QSslSocket *socket, QObject *parent)
+ClientConnection::ClientConnection(QSslSocket *socket, int handshakeTimeoutMs, QObject *parent)
     : QObject(parent)
     , m_socket(socket)
     , m_peerAddress(socket->peerAddress())
@@ -32,6 +33,14 @@ ClientConnection::ClientConnection(QSslSocket *socket, QObject *parent)
                     qCWarning(lcServerNet)
                         << "TLS handshake with" << peer() << "failed:" << m_socket->errorString();
             });
+    if (m_socket->mode() == QSslSocket::SslServerMode) {
+        QTimer::singleShot(handshakeTimeoutMs, this, [this] {
+            if (m_closing || m_socket->isEncrypted())
+                return;
+            qCWarning(lcServerNet) << "TLS handshake with" << peer() << "did not finish in time";
+            m_socket->abort();
+        });
+    }
     // Bytes may have come with the connection, before anybody listened.
     QMetaObject::invokeMethod(this, &ClientConnection::readFrames, Qt::QueuedConnection);
 }

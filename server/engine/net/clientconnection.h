@@ -17,7 +17,10 @@ class ClientConnection : public QObject
     Q_OBJECT
 public:
     // Takes the socket over.
-    explicit ClientConnection(QSslSocket *socket, QObject *parent = nullptr);
+    // On a TLS port, a client that hasn't finished the handshake within `handshakeTimeoutMs`
+    // is dropped, so that silent connections don't pile up.
+    explicit ClientConnection(QSslSocket *socket, int handshakeTimeoutMs = 10000,
+                              QObject *parent = nullptr);
     ~ClientConnection() override;
 
     void send(const Command &command);

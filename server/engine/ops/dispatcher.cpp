@@ -84,7 +84,7 @@ void Dispatcher::dispatch(ClientConnection *connection, const Command &command)
     Session *session = m_state.sessions.find(connection->sessionId());
     if (!session && !connection->sessionId().isEmpty())
         connection->setSessionId({}); // ended elsewhere
-    Request request{command, connection, session, {}, {}};
+    Request request{command, connection, session, {}, {}, {}};
     AuditEntry audit;
     audit.at = m_state.clock();
     audit.peer = connection->peer();
@@ -117,6 +117,8 @@ void Dispatcher::dispatch(ClientConnection *connection, const Command &command)
         if (request.session && audit.operatorLogin.isEmpty()) {
             audit.operatorLogin = request.session->login;
             audit.sessionId = request.session->id;
+        } else if (audit.operatorLogin.isEmpty()) {
+            audit.operatorLogin = request.claimedLogin;
         }
         audit.object = reply.object;
         audit.status = reply.status;

@@ -19,6 +19,9 @@ struct Request
     const Command &command;
     ClientConnection *connection;
     Session *session; // null on a connection without a session
+    // The login a request speaks for before it has a session (a login attempt), so that the
+    // audit log names whom a refused attempt tried.
+    QString claimedLogin;
 
     QList<Command> pushes;                    // to every session, before the answer
     QList<std::function<void()>> afterCommit; // after the pushes, before the answer

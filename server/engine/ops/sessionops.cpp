@@ -81,6 +81,7 @@ Reply SessionOps::login(Request &request)
     QString login, clientHash, client;
     if (!payload::read(request.command, login, clientHash, client))
         return Reply::fail(proto::StatusMalformed, tr("Запрос входа не читается."));
+    request.claimedLogin = login;
     TYPE_ID uid = 0;
     Reply checked = authenticate(login, clientHash, &uid);
     if (!checked.isOk())
