@@ -20,6 +20,11 @@ public:
     explicit PluginWidget(QWidget *parent = nullptr);
     ~PluginWidget() override;
 
+    // The popups shown now, oldest first.
+    QList<MessageWidget *> popups() const;
+
+public slots:
+    // What the studio calls on a screen; slots, so that it may also call them by name.
     // Whether the logged-in operator may see this screen at all.
     virtual bool canShow();
     // The help topic of the screen; none by default.
@@ -30,11 +35,6 @@ public:
     virtual void onTabActivated(int index);
     // The tabs the studio lists for this screen.
     virtual QList<PLUGIN_TAB> tabList();
-
-    // The popups shown now, oldest first.
-    QList<MessageWidget *> popups() const;
-
-public slots:
     // The studio has placed the widget; builds what needs the studio's services.
     virtual void insertedToInterface();
     // A passing message; `msecs` 0 takes DefaultPopupTimeout.
