@@ -76,6 +76,8 @@ private slots:
     void holdsTasksUntilShown();
     void dropBeforeShown();
     void dropWhileTaskIsOut();
+    void strayResultsAreIgnored_data();
+    void strayResultsAreIgnored();
     void passesResultToTheTasksReceiver();
 };
 
@@ -199,6 +201,36 @@ void TestBaseProgressWizardPage::dropWhileTaskIsOut()
     page.objectAdded(7); // the result of the task that was already out
     QCOMPARE(released.count(), 1);
     QCOMPARE(page.state(), BaseProgressWizardPage::State::Dropped);
+}
+
+void TestBaseProgressWizardPage::strayResultsAreIgnored_data()
+{
+    QTest::addColumn<QString>("stray"); // the method called while the create is out
+    QTest::addRow("an update answer while a create is out") << "objectUpdated";
+    QTest::addRow("a create answered twice") << "objectAdded";
+}
+
+void TestBaseProgressWizardPage::strayResultsAreIgnored()
+{
+    QFETCH(QString, stray);
+    BaseProgressWizardPage page;
+    QSignalSpy released(&page, &BaseProgressWizardPage::executeTask);
+    page.addTask(makeTask(QStringLiteral("create_object"), QStringLiteral("a")));
+    page.addTask(makeTask(QStringLiteral("save_object"), QStringLiteral("b")));
+    page.addTask(makeTask(QStringLiteral("prescribe"), QStringLiteral("c")));
+    page.initializePage();
+    if (stray == QLatin1String("objectUpdated")) {
+        page.objectUpdated(8);
+        QCOMPARE(released.count(), 1);
+        page.objectAdded(7);
+    } else {
+        page.objectAdded(7);
+        page.objectAdded(7);
+    }
+    // Only the save is out: the stray answer released nothing more.
+    QCOMPARE(released.count(), 2);
+    QCOMPARE(page.succeededCount(), 1);
+    QCOMPARE(released.last().first().value<TaskInfo>().uid, TYPE_ID(7));
 }
 
 void TestBaseProgressWizardPage::passesResultToTheTasksReceiver()

@@ -126,6 +126,8 @@ private slots:
     void checks_data();
     void checks();
     void followsTheModel();
+    void checksFollowTheModel_data();
+    void checksFollowTheModel();
     void placingKeepsContainers();
 
 private:
@@ -279,6 +281,53 @@ void TestObjectTreeProxy::followsTheModel()
 
     m_proxy->clearFilter();
     QCOMPARE(testing::dumpTree(*m_proxy), QStringLiteral("1[2[4[12,13],3[11],30[20]]]"));
+}
+
+void TestObjectTreeProxy::checksFollowTheModel_data()
+{
+    QTest::addColumn<QString>("step");
+    QTest::addColumn<QString>("checked");
+    QTest::addColumn<QString>("states"); // of 3, 4 and 10
+    QTest::addRow("moved to another parent") << "move:4"
+                                             << "10"
+                                             << "0 1 2";
+    QTest::addRow("moved to a parent not yet there") << "move:99"
+                                                     << "10"
+                                                     << "0 0 2";
+    QTest::addRow("parent removed") << "remove:3"
+                                    << "10"
+                                    << "- 0 2";
+    QTest::addRow("model cleared") << "clear"
+                                   << ""
+                                   << "- - -";
+    QTest::addRow("another model") << "other"
+                                   << ""
+                                   << "- - -";
+}
+
+// The tester attached in init() reads check states while a change is under way.
+void TestObjectTreeProxy::checksFollowTheModel()
+{
+    QFETCH(QString, step);
+    QFETCH(QString, checked);
+    QFETCH(QString, states);
+    m_proxy->setCheckable(true);
+    m_proxy->setPartiallyCheckEnabled(true);
+    m_proxy->setChecked({10});
+    QCOMPARE(::states(*m_proxy, {3, 4, 10}), QStringLiteral("1 0 2"));
+    QSignalSpy changed(m_proxy, &ObjectTreeProxy::checkedChanged);
+    ObjectTreeModel other;
+    if (step.startsWith("move:"))
+        m_model->add(worker(10, step.mid(5).toUInt(), "Иванов", "Пётр"));
+    else if (step == "remove:3")
+        m_model->remove(3);
+    else if (step == "clear")
+        m_model->clear();
+    else
+        m_proxy->setSourceModel(&other);
+    QCOMPARE(joined(m_proxy->checked()), checked);
+    QCOMPARE(changed.count(), checked.isEmpty() ? 1 : 0);
+    QCOMPARE(::states(*m_proxy, {3, 4, 10}), states);
 }
 
 void TestObjectTreeProxy::placingKeepsContainers()

@@ -35,8 +35,21 @@ void ObjectTreeProxy::setSourceModel(QAbstractItemModel *model)
                                  &ObjectTreeProxy::forgetCounts)
                       << connect(m_model, &QAbstractItemModel::layoutAboutToBeChanged, this,
                                  &ObjectTreeProxy::forgetCounts);
+        // A view may read check states between the two signals of a change and so count on
+        // the old tree: once the change is done the counts are stale again.
+        m_connections << connect(m_model, &QAbstractItemModel::rowsMoved, this,
+                                 &ObjectTreeProxy::forgetCounts)
+                      << connect(m_model, &QAbstractItemModel::rowsRemoved, this,
+                                 &ObjectTreeProxy::forgetCounts)
+                      << connect(m_model, &QAbstractItemModel::layoutChanged, this,
+                                 &ObjectTreeProxy::forgetCounts)
+                      << connect(m_model, &QAbstractItemModel::modelReset, this, [this] {
+                             forgetCounts();
+                             dropChecksOfMissing();
+                         });
     }
     QSortFilterProxyModel::setSourceModel(model);
+    dropChecksOfMissing();
     if (m_model) {
         // After the base class: a parent whose visibility a change turned is filtered anew.
         m_connections << connect(m_model, &QAbstractItemModel::rowsInserted, this,
@@ -554,6 +567,22 @@ void ObjectTreeProxy::beforeDataChanged(const QModelIndex &topLeft, const QModel
             m_matched.remove(node->info.uid);
         countMatch(node->info.uid, now ? 1 : -1);
     }
+}
+
+void ObjectTreeProxy::dropChecksOfMissing()
+{
+    // Checks name objects of the model: those it no longer holds, or a model no longer
+    // shown, would otherwise come back in checked() unseen.
+    QSet<TYPE_ID> gone;
+    for (TYPE_ID uid : qAsConst(m_checked)) {
+        if (!m_model || !m_model->contains(uid))
+            gone.insert(uid);
+    }
+    if (gone.isEmpty())
+        return;
+    m_checked.subtract(gone);
+    m_checkCountsDirty = true;
+    emit checkedChanged();
 }
 
 void ObjectTreeProxy::forgetCounts()

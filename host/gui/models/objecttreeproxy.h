@@ -128,6 +128,7 @@ private:
     void afterChange();
     void structureChanged();
     void forgetCounts();
+    void dropChecksOfMissing();
 
     QPointer<ObjectTreeModel> m_model;
     QVector<QMetaObject::Connection> m_connections;

@@ -149,6 +149,12 @@ void BaseProgressWizardPage::taskFinished(zeral::TYPE_ID uid, bool created)
         qCDebug(lcWizards) << "result without a task out, ignored" << uid;
         return;
     }
+    // The page named the method by the kind of the task it released: a result by the other
+    // method belongs to no task out now (a repeated or late answer) and must not move the chain.
+    if (created != (m_current.type == createObjectKind)) {
+        qCWarning(lcWizards) << "result by the wrong method, ignored" << uid << m_current.type;
+        return;
+    }
     m_waitingForResult = false;
     passResultOn(uid);
     if (m_state != State::Running)
