@@ -42,6 +42,7 @@ QString ServerEngine::openDatabase()
     auto state = std::make_unique<ServerState>();
     state->clock = m_options.clock;
     state->resumeWindowSeconds = m_options.resumeWindowSeconds;
+    state->clientSqlTimeLimitMs = m_options.clientSqlTimeLimitMs;
     QString error = state->database.open(m_options.databasePath);
     if (!error.isEmpty())
         return error;

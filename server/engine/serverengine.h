@@ -44,6 +44,9 @@ public:
         int resumeWindowSeconds = 10 * 60;
         // On a TLS port, how long a new client has to finish its handshake.
         int handshakeTimeoutMs = 10000;
+        // How long one statement of data.exec_sql may run before it is stopped: the server
+        // answers nobody else meanwhile.
+        int clientSqlTimeLimitMs = 10000;
     };
 
     explicit ServerEngine(Options options, QObject *parent = nullptr);

@@ -162,6 +162,57 @@ private slots:
         QCOMPARE(uids, QList<quint32>{uid});
     }
 
+    void removedUserSessionDoesNotBecomeTheNextUser()
+    {
+        auto root = m_server->rootClient();
+        const TYPE_ID gone = addUser(*root, QStringLiteral("gone"), QStringLiteral("RT_OPERATOR"));
+        auto stale = m_server->client();
+        QCOMPARE(stale->login(QStringLiteral("gone"), QStringLiteral("Passw0rd")).status,
+                 qint32(proto::StatusOk));
+        QCOMPARE(
+            root->request(cmd::RemoveObject, ZRDataStream::pack(gone, QStringLiteral("OT_USER")))
+                .status,
+            qint32(proto::StatusOk));
+        // A removed uid is never given out again, so the removed user's session ends instead
+        // of acting with the rights of whoever is created next.
+        QVERIFY(addUser(*root, QStringLiteral("next"), QStringLiteral("RT_ADMINISTRATOR")) > gone);
+        QCOMPARE(stale->request(cmd::GetSessionsInfo).status, qint32(proto::StatusNotLoggedIn));
+    }
+
+    void removalPushesTheChildrenItFrees()
+    {
+        auto root = m_server->rootClient();
+        auto other = m_server->rootClient();
+        ObjectInfo department;
+        department.type = QLatin1String(db::orgstructure::DEPARTMENT);
+        ObjectInfo worker;
+        worker.type = QLatin1String(db::orgstructure::WORKER);
+        worker.parent = add(*root, department);
+        const TYPE_ID workerUid = add(*root, worker);
+        QVERIFY(worker.parent && workerUid);
+        other->pushes.clear();
+        QCOMPARE(
+            root->request(cmd::RemoveObject, ZRDataStream::pack(worker.parent, department.type))
+                .status,
+            qint32(proto::StatusOk));
+        // The worker now hangs at the top, and every store learns it.
+        const auto workerPushed = [&] {
+            for (const Command &push : other->pushesNamed(cmd::DataChanged)) {
+                QString dataset;
+                QList<ObjectInfo> objects;
+                ZRDataStream in(push.data);
+                in >> dataset;
+                zeral::wire::readList(in, objects);
+                for (const ObjectInfo &object : qAsConst(objects)) {
+                    if (object.uid == workerUid && object.parent == 0)
+                        return true;
+                }
+            }
+            return false;
+        };
+        QTRY_VERIFY(workerPushed());
+    }
+
     void addObjectLinksTheEmployee()
     {
         auto root = m_server->rootClient();
@@ -232,6 +283,9 @@ private slots:
         QTest::addRow("missing object") << "update missing" << int(proto::StatusNotFound);
         QTest::addRow("wrong type") << "wrong type" << int(proto::StatusConflict);
         QTest::addRow("unknown type") << "unknown type" << int(proto::StatusMalformed);
+        QTest::addRow("root's template by update") << "demote root" << int(proto::StatusConflict);
+        QTest::addRow("parent is itself") << "own parent" << int(proto::StatusConflict);
+        QTest::addRow("parent below itself") << "parent cycle" << int(proto::StatusConflict);
     }
     void storedDataConflicts()
     {
@@ -258,6 +312,34 @@ private slots:
             got = root->request(cmd::RemoveObject,
                                 ZRDataStream::pack(root->uid, QStringLiteral("OT_USER")))
                       .status;
+        } else if (what == QLatin1String("demote root")) {
+            // Another supervisor (as the demo has one) manages his colleagues, but not root's
+            // template. Nobody may hand out the supervisor's template: it goes into the file.
+            const TYPE_ID sup = addUser(*root, QStringLiteral("sup"), QString());
+            {
+                QSqlDatabase db
+                    = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("side"));
+                db.setDatabaseName(m_server->dir.filePath(QStringLiteral("server.db")));
+                QVERIFY(db.open());
+                QVERIFY(
+                    QSqlQuery(db).exec(QStringLiteral("INSERT INTO object_params VALUES "
+                                                      "(%1, 'PT_ROLETEMPLATE', 'RT_SUPERVISOR')")
+                                           .arg(sup)));
+                db.close();
+            }
+            QSqlDatabase::removeDatabase(QStringLiteral("side"));
+            auto supervisor = m_server->client();
+            supervisor->login(QStringLiteral("sup"), QStringLiteral("Passw0rd"));
+            root->pushes.clear();
+            got = update(*supervisor, root->uid,
+                         {{QStringLiteral("PT_ROLETEMPLATE"), QStringLiteral("RT_ADMINISTRATOR")}});
+        } else if (what == QLatin1String("own parent")) {
+            got = move(*root, erin, erin);
+        } else if (what == QLatin1String("parent cycle")) {
+            const TYPE_ID fay = addUser(*root, QStringLiteral("fay"), QString());
+            QCOMPARE(move(*root, fay, erin), qint32(proto::StatusOk));
+            root->pushes.clear();
+            got = move(*root, erin, fay);
         } else if (what == QLatin1String("update missing")) {
             got = update(*root, 777777, {{QStringLiteral("PT_NAME"), QStringLiteral("x")}});
         } else if (what == QLatin1String("wrong type")) {
@@ -509,6 +591,21 @@ private:
         return by
             .request(cmd::UpdateObject,
                      ZRDataStream::pack(uid, QStringLiteral("OT_USER"), quint32(0), parameters))
+            .status;
+    }
+    static TYPE_ID add(WireClient &by, const ObjectInfo &object)
+    {
+        const Command answer
+            = by.request(cmd::AddObject, ZRDataStream::pack(object, QList<zeral::_INHERIT_DATA>()));
+        qint32 uid = 0;
+        ZRDataStream(answer.data) >> uid;
+        return answer.status == proto::StatusOk ? TYPE_ID(uid) : 0;
+    }
+    static qint32 move(WireClient &by, TYPE_ID uid, TYPE_ID parent)
+    {
+        return by
+            .request(cmd::UpdateObject, ZRDataStream::pack(uid, QStringLiteral("OT_USER"), parent,
+                                                           QHash<QString, QString>()))
             .status;
     }
     static ObjectInfo snapshotObject(WireClient &by, const QString &dataset, TYPE_ID uid)

@@ -64,6 +64,7 @@ private slots:
             {"RT_SECURITY", "permissions", "RT_OPERATOR", no},
             {"RT_OPERATOR", "block", "RT_HR", no},
             {"RT_OPERATOR", "update", "RT_HR", no},
+            {"RT_OPERATOR", "statedate", "RT_HR", no}, // the date of a block, without one
         };
         for (const Row &row : rows)
             QTest::addRow("%s %s %s", row.op, row.operation, row.target)
@@ -84,10 +85,12 @@ private slots:
         Command answer;
         if (operation == QLatin1String("create")) {
             addUser(*op, login, targetTemplate, QStringLiteral("Passw0rd"), nullptr, &answer);
-        } else if (operation == QLatin1String("update") || operation == QLatin1String("block")) {
-            const QString key = operation == QLatin1String("block")
-                                    ? QStringLiteral("PT_OBJECTSTATE")
-                                    : QStringLiteral("PT_SURNAME");
+        } else if (operation == QLatin1String("update") || operation == QLatin1String("block")
+                   || operation == QLatin1String("statedate")) {
+            const QString key
+                = operation == QLatin1String("block")       ? QStringLiteral("PT_OBJECTSTATE")
+                  : operation == QLatin1String("statedate") ? QStringLiteral("PT_OBJECTSTATEDATE")
+                                                            : QStringLiteral("PT_SURNAME");
             answer = op->request(
                 cmd::UpdateObject,
                 ZRDataStream::pack(target, QStringLiteral("OT_USER"), quint32(0),

@@ -38,7 +38,9 @@ class TestServerSql : public QObject
 private slots:
     void initTestCase()
     {
-        QCOMPARE(m_server.start(), QString());
+        zeral::server::ServerEngine::Options options;
+        options.clientSqlTimeLimitMs = 1000;
+        QCOMPARE(m_server.start(options), QString());
         m_root = m_server.rootClient();
         m_guard = addUser(*m_root, QStringLiteral("guard"), QStringLiteral("RT_SECURITY"));
         m_clerk = addUser(*m_root, QStringLiteral("clerk"), QStringLiteral("RT_HR"));
@@ -121,6 +123,16 @@ private slots:
         QTest::addRow("mail texts") << "SELECT * FROM mail_outbox" << 4;
         QTest::addRow("two statements in one") << "SELECT 1; DELETE FROM fingers" << 2;
         QTest::addRow("not SQL") << "SELEKT nothing" << 2;
+        // Statements that would hold the server or flood its memory are stopped.
+        QTest::addRow("endless recursion")
+            << "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c) "
+               "SELECT count(*) FROM c"
+            << 2;
+        QTest::addRow("huge value") << "SELECT randomblob(100000000)" << 2;
+        QTest::addRow("huge answer")
+            << "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c LIMIT 100) "
+               "SELECT randomblob(1000000) FROM c"
+            << 2;
     }
     void writesAreRefused()
     {

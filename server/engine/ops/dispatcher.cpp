@@ -131,6 +131,9 @@ void Dispatcher::dispatch(ClientConnection *connection, const Command &command)
                                    "Повторите позже."));
         } else if (!reply.isOk()) {
             m_state.database.rollback();
+        }
+        // Nothing of a request that didn't commit may reach anybody.
+        if (!reply.isOk()) {
             request.pushes.clear();
             request.afterCommit.clear();
         }

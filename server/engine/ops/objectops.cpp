@@ -113,6 +113,9 @@ Reply ObjectOps::checkUserChange(const Request &request, const Rights &rights,
     if (newTemplate != changes.cend() && !(isNew && newTemplate.value().isEmpty())) {
         if (self)
             return forbidden(tr("Нельзя изменить собственный шаблон ролей."));
+        if (root)
+            return Reply::fail(proto::StatusConflict,
+                               tr("Шаблон ролей пользователя root не меняется."), uid);
         if (!rights.has(role::ROLE_LINKUSER))
             return forbidden(tr("Недостаточно прав для назначения шаблонов ролей."));
     }
@@ -137,9 +140,13 @@ Reply ObjectOps::checkUserChange(const Request &request, const Rights &rights,
         return Reply::ok();
     if (!self && !rights.canManage(oldTemplate))
         return forbidden(tr("Недостаточно прав для изменения пользователя «%1».").arg(name));
-    const bool onlyState = std::all_of(changes.keyBegin(), changes.keyEnd(), [](const QString &k) {
-        return k == QLatin1String(u::OBJECTSTATE) || k == QLatin1String(u::OBJECTSTATEDATE);
-    });
+    // The date of a block goes with the block; on its own it is an ordinary change.
+    const bool onlyState
+        = changes.contains(QLatin1String(u::OBJECTSTATE))
+          && std::all_of(changes.keyBegin(), changes.keyEnd(), [](const QString &k) {
+                 return k == QLatin1String(u::OBJECTSTATE)
+                        || k == QLatin1String(u::OBJECTSTATEDATE);
+             });
     if (!self && (passwordChange || !onlyState) && !rights.has(role::USER_UPDATE))
         return forbidden(tr("Недостаточно прав для изменения пользователей."));
     return Reply::ok();
@@ -228,6 +235,12 @@ Reply ObjectOps::updateObject(Request &request)
     const bool parentChange = parent != stored.parent;
     if (parentChange && parent != 0 && !m_state.store->exists(parent))
         return Reply::fail(proto::StatusNotFound, tr("Родительского объекта %1 нет.").arg(parent),
+                           uid);
+    if (parentChange && m_state.store->isAncestorOrSelf(uid, parent))
+        return Reply::fail(proto::StatusConflict,
+                           tr("Объект %1 нельзя вложить в самого себя или в свой вложенный "
+                              "объект. Выберите другого родителя.")
+                               .arg(uid),
                            uid);
 
     const Rights rights(*request.session);

@@ -30,7 +30,8 @@ struct ServerState
     std::unique_ptr<MailRenderer> mailRenderer;
     QPointer<MailSender> mailSender; // null without a relay: mail stays in the outbox
     TYPE_ID rootUid = 0;
-    int resumeWindowSeconds = 600; // how long a session waits for its client to come back
+    int resumeWindowSeconds = 600;    // how long a session waits for its client to come back
+    int clientSqlTimeLimitMs = 10000; // how long one statement of data.exec_sql may run
 };
 
 } // namespace zeral::server

@@ -32,7 +32,7 @@ Reply SqlOps::execSql(Request &request)
         QSqlQuery sql(m_state.database.connection());
         sql.setForwardOnly(true);
         // The authorizer judges the statement while it is prepared, and only then.
-        ReadOnlyScope readOnly(m_state.database.handle());
+        ReadOnlyScope readOnly(m_state.database.handle(), m_state.clientSqlTimeLimitMs);
         const bool ran = sql.exec(text);
         if (!ran && !readOnly.refused().isEmpty()) {
             qCWarning(lcServer) << "refused client SQL touching" << readOnly.refused();
@@ -49,10 +49,28 @@ Reply SqlOps::execSql(Request &request)
         result.columnCount = record.count();
         for (int c = 0; c < record.count(); ++c)
             result.columnNames.append(record.fieldName(c));
-        while (result.rowCount < limit && sql.next()) {
-            for (int c = 0; c < result.columnCount; ++c)
-                result.values.append(sql.value(c));
+        qint64 bytes = 0;
+        while (result.rowCount < limit && bytes <= MaxAnswerBytes && sql.next()) {
+            for (int c = 0; c < result.columnCount; ++c) {
+                const QVariant value = sql.value(c);
+                bytes += 16
+                         + (value.userType() == QMetaType::QString ? 2 * value.toString().size()
+                                                                   : value.toByteArray().size());
+                result.values.append(value);
+            }
             ++result.rowCount;
+        }
+        if (readOnly.timedOut()) {
+            return Reply::fail(proto::StatusMalformed,
+                               tr("Запрос SQL выполнялся дольше %1 мс и был прерван. Сузьте "
+                                  "запрос.")
+                                   .arg(m_state.clientSqlTimeLimitMs));
+        }
+        if (bytes > MaxAnswerBytes) {
+            return Reply::fail(proto::StatusMalformed,
+                               tr("Ответ на запрос SQL больше %1 МиБ. Запросите меньше строк "
+                                  "или столбцов.")
+                                   .arg(MaxAnswerBytes / (1024 * 1024)));
         }
         if (sql.lastError().isValid())
             return Reply::fail(proto::StatusMalformed,

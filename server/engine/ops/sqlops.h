@@ -14,6 +14,8 @@ class SqlOps
 
 public:
     static constexpr int MaxRows = 10000;
+    // Well below a frame's limit, so that the answer always reaches the client.
+    static constexpr qint64 MaxAnswerBytes = 32 * 1024 * 1024;
 
     explicit SqlOps(ServerState &state);
     Reply execSql(Request &request);

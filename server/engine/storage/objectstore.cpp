@@ -201,7 +201,10 @@ bool ObjectStore::readDetails(const char *paramsSql, const char *childLinksSql,
 
 TYPE_ID ObjectStore::nextUid()
 {
-    QSqlQuery &query = statement("SELECT COALESCE(MAX(uid), 0) + 1 FROM objects");
+    QSqlQuery &query = statement(
+        "SELECT MAX(COALESCE((SELECT MAX(uid) FROM objects), 0),"
+        " COALESCE((SELECT CAST(value AS INTEGER) FROM settings WHERE key = 'removed_uid'), 0))"
+        " + 1");
     if (!run(query, {}) || !query.next())
         return 0;
     const TYPE_ID uid = query.value(0).toUInt();
@@ -260,12 +263,42 @@ bool ObjectStore::remove(TYPE_ID uid, QList<TYPE_ID> *linked)
             linked->append(other);
     }
     ends.finish();
+    QSqlQuery &children = statement("SELECT uid FROM objects WHERE parent = ? AND uid <> ?");
+    if (!run(children, {uid, uid}))
+        return false;
+    while (children.next()) {
+        const TYPE_ID child = children.value(0).toUInt();
+        if (!linked->contains(child))
+            linked->append(child);
+    }
+    children.finish();
     // Fingerprint templates go with their finger rows; the rest cascades from the object.
     return run(statement("DELETE FROM templates WHERE uid IN"
                          " (SELECT finger_id FROM fingers WHERE user_object_id = ?)"),
                {uid})
            && run(statement("UPDATE objects SET parent = 0 WHERE parent = ?"), {uid})
-           && run(statement("DELETE FROM objects WHERE uid = ?"), {uid});
+           && run(statement("DELETE FROM objects WHERE uid = ?"), {uid})
+           && run(statement("INSERT INTO settings (key, value) VALUES ('removed_uid', ?)"
+                            " ON CONFLICT(key) DO UPDATE SET value = excluded.value"
+                            " WHERE CAST(value AS INTEGER) < CAST(excluded.value AS INTEGER)"),
+                  {QString::number(uid)});
+}
+
+bool ObjectStore::isAncestorOrSelf(TYPE_ID ancestor, TYPE_ID node)
+{
+    QSqlQuery &query = statement("SELECT parent FROM objects WHERE uid = ?");
+    // Bounded, so that a chain that is already broken can't hold the server.
+    for (int depth = 0; node != 0 && depth < 100000; ++depth) {
+        if (node == ancestor)
+            return true;
+        if (!run(query, {node}) || !query.next()) {
+            query.finish();
+            return false;
+        }
+        node = query.value(0).toUInt();
+        query.finish();
+    }
+    return false;
 }
 
 QList<TYPE_ID> ObjectStore::usersWithLogin(const QString &login, Qt::CaseSensitivity cs,

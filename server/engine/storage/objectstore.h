@@ -40,8 +40,13 @@ public:
     bool setParent(TYPE_ID uid, TYPE_ID parent);
     bool insertLink(const _INHERIT_DATA &link);
     // Removes the object with everything that hangs on it; `linked` gets the other ends of
-    // its links, whose link maps change with it.
+    // its links, whose link maps change with it, and the children it had, which move to the
+    // top. Its uid is never given out again.
     bool remove(TYPE_ID uid, QList<TYPE_ID> *linked);
+    // Whether `node` is `ancestor` or lies below it on the chain of parents.
+    bool isAncestorOrSelf(TYPE_ID ancestor, TYPE_ID node);
+    // Above every uid stored or removed: a removed user's session must not come back as
+    // whoever got his number.
     TYPE_ID nextUid();
 
     // Users whose login equals `login` (case-sensitive or not), other than `except`.

@@ -66,15 +66,29 @@ bool SqlFunctions::install(sqlite3 *db)
                   == SQLITE_OK;
 }
 
-ReadOnlyScope::ReadOnlyScope(sqlite3 *db)
+ReadOnlyScope::ReadOnlyScope(sqlite3 *db, int timeLimitMs)
     : m_db(db)
+    , m_deadline(timeLimitMs)
+    , m_previousLengthLimit(sqlite3_limit(db, SQLITE_LIMIT_LENGTH, MaxValueBytes))
 {
     sqlite3_set_authorizer(m_db, &ReadOnlyScope::authorize, this);
+    // Every thousand steps of the virtual machine: cheap, and a few milliseconds apart.
+    sqlite3_progress_handler(m_db, 1000, &ReadOnlyScope::progress, this);
 }
 
 ReadOnlyScope::~ReadOnlyScope()
 {
+    sqlite3_progress_handler(m_db, 0, nullptr, nullptr);
     sqlite3_set_authorizer(m_db, nullptr, nullptr);
+    sqlite3_limit(m_db, SQLITE_LIMIT_LENGTH, m_previousLengthLimit);
+}
+
+int ReadOnlyScope::progress(void *self)
+{
+    auto *scope = static_cast<ReadOnlyScope *>(self);
+    if (scope->m_deadline.hasExpired())
+        scope->m_timedOut = true;
+    return scope->m_timedOut ? 1 : 0;
 }
 
 int ReadOnlyScope::authorize(void *self, int action, const char *a, const char *, const char *,

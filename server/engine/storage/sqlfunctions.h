@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QDeadlineTimer>
 #include <QString>
 
 struct sqlite3;
@@ -20,21 +21,31 @@ public:
 
 // While it lives, statements prepared on the connection may only read, and may not read the
 // password hashes nor the mail outbox. Everything else is refused by SQLite's authorizer.
+// A statement is also stopped when it runs longer than `timeLimitMs` (one client must not
+// hold the server), and no single value may grow beyond `MaxValueBytes`.
 class ReadOnlyScope
 {
 public:
-    explicit ReadOnlyScope(sqlite3 *db);
+    static constexpr int MaxValueBytes = 16 * 1024 * 1024;
+
+    ReadOnlyScope(sqlite3 *db, int timeLimitMs);
     ~ReadOnlyScope();
     ReadOnlyScope(const ReadOnlyScope &) = delete;
     ReadOnlyScope &operator=(const ReadOnlyScope &) = delete;
 
     // What the last refusal was about ("INSERT", "PRAGMA", "ATTACH", a table name, ...).
     QString refused() const { return m_refused; }
+    // Whether the time limit stopped a statement.
+    bool timedOut() const { return m_timedOut; }
 
 private:
     static int authorize(void *self, int action, const char *a, const char *b, const char *,
                          const char *);
+    static int progress(void *self);
     sqlite3 *m_db;
+    QDeadlineTimer m_deadline;
+    int m_previousLengthLimit;
+    bool m_timedOut = false;
     QString m_refused;
 };
 
