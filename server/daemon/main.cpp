@@ -16,9 +16,11 @@
 namespace {
 
 int signalPipe[2] = {-1, -1};
+volatile sig_atomic_t signalled = 0;
 
 void onSignal(int)
 {
+    signalled = 1;
     const char byte = 1;
     // Only async-signal-safe work here: the event loop reads the byte and stops the engine
     // after the request it is running, so a transaction is never cut short.
@@ -124,6 +126,16 @@ int main(int argc, char *argv[])
     options.smtpUrl = parser.value(smtp);
 
     zeral::server::ServerEngine engine(options);
+    // Watched before the database opens: a signal during a long first seed must not kill the
+    // process half-way; it is read once the seeding transaction has committed.
+    if (!watchSignals(&app, [&engine] {
+            qCInfo(lcServer) << "stopping on a signal";
+            engine.stop();
+            QCoreApplication::quit();
+        })) {
+        qCCritical(lcServer) << "cannot watch SIGINT and SIGTERM";
+        return 1;
+    }
     if (parser.isSet(initRoot)) {
         const QString password = QTextStream(stdin).readLine();
         if (password.isEmpty()) {
@@ -140,20 +152,19 @@ int main(int argc, char *argv[])
         qCInfo(lcServer) << "root's password is set";
         return 0;
     }
-    const QString error = engine.start();
+    QString error = engine.openDatabase();
+    if (error.isEmpty() && signalled) {
+        qCInfo(lcServer) << "stopping on a signal that came while the database was prepared";
+        engine.stop();
+        return 0;
+    }
+    if (error.isEmpty())
+        error = engine.start();
     if (!error.isEmpty()) {
         qCCritical(lcServer).noquote() << error;
         return 1;
     }
     if (!engine.rootPasswordIsSet())
         qCWarning(lcServer) << "root has no password yet: set it with --init-root-password";
-    if (!watchSignals(&app, [&engine] {
-            qCInfo(lcServer) << "stopping on a signal";
-            engine.stop();
-            QCoreApplication::quit();
-        })) {
-        qCCritical(lcServer) << "cannot watch SIGINT and SIGTERM";
-        return 1;
-    }
     return app.exec();
 }

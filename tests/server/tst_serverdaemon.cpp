@@ -151,6 +151,47 @@ private slots:
         }
     }
 
+    void signalDuringDemoSeedStopsCleanly()
+    {
+        const QString db = m_dir.filePath(QStringLiteral("seeding.db"));
+        QProcess server;
+        server.start(Program,
+                     {"--db", db, "--listen", QStringLiteral("127.0.0.1:%1").arg(freePort()),
+                      "--demo", "--demo-size", "100000"});
+        QByteArray log;
+        QDeadlineTimer deadline(20000);
+        while (!log.contains("database open") && !deadline.hasExpired()
+               && server.state() != QProcess::NotRunning) {
+            server.waitForReadyRead(100);
+            log += server.readAllStandardError();
+        }
+        QVERIFY2(log.contains("database open"), log.constData());
+        QVERIFY(!log.contains("demo organisation stored")); // the signal comes mid-seed
+        ::kill(pid_t(server.processId()), SIGTERM);
+        QVERIFY(server.waitForFinished(120000));
+        log += server.readAllStandardError();
+        QCOMPARE(server.exitStatus(), QProcess::NormalExit);
+        QCOMPARE(server.exitCode(), 0);
+        QVERIFY2(log.contains("stopping on a signal"), log.constData());
+
+        QSqlDatabase file
+            = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("seeded"));
+        file.setDatabaseName(db);
+        QVERIFY(file.open());
+        {
+            QSqlQuery query(file);
+            QVERIFY(query.exec(QStringLiteral("PRAGMA integrity_check")) && query.next());
+            QCOMPARE(query.value(0).toString(), QStringLiteral("ok"));
+            // The seed either committed whole or not at all.
+            QVERIFY(query.exec(QStringLiteral("SELECT COUNT(*) FROM objects")) && query.next());
+            const int objects = query.value(0).toInt();
+            QVERIFY2(objects > 100000 || objects < 100, qPrintable(QString::number(objects)));
+        }
+        file.close();
+        file = QSqlDatabase();
+        QSqlDatabase::removeDatabase(QStringLiteral("seeded"));
+    }
+
 private:
     bool initRoot(const QString &db)
     {
