@@ -121,7 +121,8 @@ void ServerEngine::onNewConnection()
         auto *socket = qobject_cast<QSslSocket *>(m_server->nextPendingConnection());
         if (!socket)
             continue;
-        auto *connection = new ClientConnection(socket, m_options.handshakeTimeoutMs, this);
+        auto *connection = new ClientConnection(
+            socket, {m_options.handshakeTimeoutMs, m_options.maxSendBufferBytes}, this);
         m_connections.append(connection);
         qCDebug(lcServerNet) << "client connected:" << connection->peer();
         connect(connection, &ClientConnection::commandReceived, m_dispatcher,

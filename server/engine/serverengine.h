@@ -44,6 +44,8 @@ public:
         int resumeWindowSeconds = 10 * 60;
         // On a TLS port, how long a new client has to finish its handshake.
         int handshakeTimeoutMs = 10000;
+        // Answers and pushes a client may leave unread before it is dropped.
+        qint64 maxSendBufferBytes = 64 * 1024 * 1024;
         // How long one statement of data.exec_sql may run before it is stopped: the server
         // answers nobody else meanwhile.
         int clientSqlTimeLimitMs = 10000;

@@ -173,10 +173,58 @@ private slots:
             root->request(cmd::RemoveObject, ZRDataStream::pack(gone, QStringLiteral("OT_USER")))
                 .status,
             qint32(proto::StatusOk));
-        // A removed uid is never given out again, so the removed user's session ends instead
-        // of acting with the rights of whoever is created next.
+        // A removed uid is never given out again, and the removed user's session has ended,
+        // so it can't act with the rights of whoever is created next.
         QVERIFY(addUser(*root, QStringLiteral("next"), QStringLiteral("RT_ADMINISTRATOR")) > gone);
-        QCOMPARE(stale->request(cmd::GetSessionsInfo).status, qint32(proto::StatusNotLoggedIn));
+        QTRY_VERIFY(stale->isClosed());
+    }
+
+    void blockedOrRemovedUserIsClosedAtOnce_data()
+    {
+        QTest::addColumn<QString>("state"); // empty: the user is removed
+        QTest::addColumn<QString>("reason");
+        QTest::addRow("blocked") << "b"
+                                 << "заблокирована";
+        QTest::addRow("blocked, capital") << "B"
+                                          << "заблокирована";
+        QTest::addRow("removed") << ""
+                                 << "удалена";
+    }
+    void blockedOrRemovedUserIsClosedAtOnce()
+    {
+        QFETCH(QString, state);
+        QFETCH(QString, reason);
+        auto root = m_server->rootClient();
+        const TYPE_ID uid
+            = addUser(*root, QStringLiteral("leaving"), QStringLiteral("RT_OPERATOR"));
+        auto first = m_server->client();
+        auto second = m_server->client();
+        for (WireClient *client : {first.get(), second.get()})
+            QCOMPARE(client->login(QStringLiteral("leaving"), QStringLiteral("Passw0rd")).status,
+                     qint32(proto::StatusOk));
+        const Command answer
+            = state.isEmpty()
+                  ? root->request(cmd::RemoveObject,
+                                  ZRDataStream::pack(uid, QStringLiteral("OT_USER")))
+                  : root->request(
+                      cmd::UpdateObject,
+                      ZRDataStream::pack(
+                          uid, QStringLiteral("OT_USER"), quint32(0),
+                          QHash<QString, QString>{{QLatin1String(db::user::OBJECTSTATE), state}}));
+        QCOMPARE(answer.status, qint32(proto::StatusOk));
+        // Both sessions were told and closed without asking anything more.
+        for (WireClient *client : {first.get(), second.get()}) {
+            QTRY_VERIFY(client->isClosed());
+            const QList<Command> closed = client->pushesNamed(cmd::SessionClosed);
+            QCOMPARE(closed.size(), 1);
+            QString text;
+            ZRDataStream in(closed.constFirst().data);
+            in >> text;
+            QVERIFY2(text.contains(reason) && text.contains(QLatin1String("root")),
+                     qPrintable(text));
+        }
+        QVERIFY(!root->isClosed());
+        QCOMPARE(root->request(cmd::GetSessionsInfo).status, qint32(proto::StatusOk));
     }
 
     void removalPushesTheChildrenItFrees()

@@ -8,11 +8,12 @@
 
 namespace zeral::server {
 
-ClientConnection::ClientConnection(QSslSocket *socket, int handshakeTimeoutMs, QObject *parent)
+ClientConnection::ClientConnection(QSslSocket *socket, Limits limits, QObject *parent)
     : QObject(parent)
     , m_socket(socket)
     , m_peerAddress(socket->peerAddress())
     , m_peerPort(socket->peerPort())
+    , m_maxSendBufferBytes(limits.maxSendBufferBytes)
 {
     m_socket->setParent(this);
     connect(m_socket, &QSslSocket::readyRead, this, &ClientConnection::readFrames);
@@ -20,7 +21,7 @@ ClientConnection::ClientConnection(QSslSocket *socket, int handshakeTimeoutMs, Q
         if (!m_closing)
             qCDebug(lcServerNet) << "client left:" << peer();
         m_closing = true;
-        emit closed();
+        finish();
     });
     connect(m_socket, qOverload<const QList<QSslError> &>(&QSslSocket::sslErrors), this,
             [this](const QList<QSslError> &errors) {
@@ -34,7 +35,7 @@ ClientConnection::ClientConnection(QSslSocket *socket, int handshakeTimeoutMs, Q
                         << "TLS handshake with" << peer() << "failed:" << m_socket->errorString();
             });
     if (m_socket->mode() == QSslSocket::SslServerMode) {
-        QTimer::singleShot(handshakeTimeoutMs, this, [this] {
+        QTimer::singleShot(limits.handshakeTimeoutMs, this, [this] {
             if (m_closing || m_socket->isEncrypted())
                 return;
             qCWarning(lcServerNet) << "TLS handshake with" << peer() << "did not finish in time";
@@ -58,6 +59,14 @@ void ClientConnection::send(const Command &command)
         return;
     m_socket->write(FrameCodec::encode(command));
     m_socket->flush();
+    if (m_socket->bytesToWrite() > m_maxSendBufferBytes) {
+        qCWarning(lcServerNet) << "dropping" << peer() << "- it left" << m_socket->bytesToWrite()
+                               << "bytes of answers unread";
+        m_closing = true;
+        m_socket->abort(); // what is queued would never be read
+        if (m_socket->state() == QAbstractSocket::UnconnectedState)
+            finish();
+    }
 }
 
 void ClientConnection::close(const QString &reason)
@@ -68,7 +77,15 @@ void ClientConnection::close(const QString &reason)
     m_closing = true;
     m_socket->disconnectFromHost(); // writes what is queued first
     if (m_socket->state() == QAbstractSocket::UnconnectedState)
-        emit closed();
+        finish();
+}
+
+void ClientConnection::finish()
+{
+    if (m_finished)
+        return;
+    m_finished = true;
+    emit closed();
 }
 
 void ClientConnection::readFrames()

@@ -19,8 +19,14 @@ public:
     // Takes the socket over.
     // On a TLS port, a client that hasn't finished the handshake within `handshakeTimeoutMs`
     // is dropped, so that silent connections don't pile up.
-    explicit ClientConnection(QSslSocket *socket, int handshakeTimeoutMs = 10000,
-                              QObject *parent = nullptr);
+    // A client whose unsent answers pass `maxSendBufferBytes` doesn't read them and is
+    // dropped, so that it can't make the server's memory grow.
+    struct Limits
+    {
+        int handshakeTimeoutMs = 10000;
+        qint64 maxSendBufferBytes = 64 * 1024 * 1024;
+    };
+    explicit ClientConnection(QSslSocket *socket, Limits limits, QObject *parent = nullptr);
     ~ClientConnection() override;
 
     void send(const Command &command);
@@ -41,12 +47,15 @@ signals:
 
 private:
     void readFrames();
+    void finish(); // emits closed() once
 
     QSslSocket *m_socket;
     QHostAddress m_peerAddress;
     quint16 m_peerPort = 0;
     QByteArray m_sessionId;
+    qint64 m_maxSendBufferBytes;
     bool m_closing = false;
+    bool m_finished = false;
 };
 
 } // namespace zeral::server

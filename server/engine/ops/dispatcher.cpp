@@ -55,7 +55,7 @@ bool Dispatcher::refresh(Session *session, Reply *refusal)
         *refusal = Reply::fail(proto::StatusNotLoggedIn,
                                tr("Учётная запись удалена или заблокирована; сессия завершена."),
                                session->uid);
-        m_state.sessions.end(session->id);
+        m_state.sessions.end(session->id, m_state.clock());
         return false;
     }
     const QString roleTemplate = Pushes::roleTemplateOf(user);
@@ -76,6 +76,33 @@ void Dispatcher::endAbandonedSessions()
         qCInfo(lcServerSession) << "session of" << session.login << "ended: not resumed within"
                                 << m_state.resumeWindowSeconds << "s of losing its connection";
     }
+    m_state.throttle->forgetStale();
+}
+
+void Dispatcher::endRevokedSessions(const QString &byOperator)
+{
+    // Each user is read once however many sessions he has; empty: the account still holds.
+    QHash<TYPE_ID, QString> reasons;
+    QList<QPair<QByteArray, QString>> toClose;
+    for (const Session *session : m_state.sessions.all()) {
+        auto reason = reasons.find(session->uid);
+        if (reason == reasons.end()) {
+            ObjectInfo user;
+            QString text;
+            if (!m_state.store->read(session->uid, &user))
+                text = tr("Ваша учётная запись удалена оператором %1. Сессия завершена.")
+                           .arg(byOperator);
+            else if (Pushes::isBlocked(user))
+                text = tr("Ваша учётная запись заблокирована оператором %1. Сессия завершена; "
+                          "обратитесь к администратору.")
+                           .arg(byOperator);
+            reason = reasons.insert(session->uid, text);
+        }
+        if (!reason->isEmpty())
+            toClose.append({session->id, *reason});
+    }
+    for (const auto &[id, reason] : qAsConst(toClose))
+        closeSession(id, reason);
 }
 
 void Dispatcher::dispatch(ClientConnection *connection, const Command &command)
@@ -150,6 +177,8 @@ void Dispatcher::dispatch(ClientConnection *connection, const Command &command)
         broadcast(push);
     for (const auto &action : qAsConst(request.afterCommit))
         action();
+    if (reply.isOk() && reply.change)
+        endRevokedSessions(audit.operatorLogin);
     answer(connection, command, reply);
 }
 
@@ -177,7 +206,7 @@ void Dispatcher::closeSession(const QByteArray &id, const QString &reason)
         return;
     QPointer<ClientConnection> connection = session->connection;
     qCInfo(lcServerSession) << "closing the session of" << session->login << "-" << reason;
-    m_state.sessions.end(id);
+    m_state.sessions.end(id, m_state.clock());
     if (connection) {
         connection->send(Pushes::sessionClosed(reason));
         connection->setSessionId({});

@@ -30,6 +30,9 @@ public:
     // Ends the sessions whose client stayed away longer than the resume window. Runs before
     // every request and on a timer, so an idle server lets them go too.
     void endAbandonedSessions();
+    // Ends the sessions of users who are now blocked or removed, so that they get no more
+    // pushes and can't act until they log in again (which is then refused).
+    void endRevokedSessions(const QString &byOperator);
 
 private:
     struct Route

@@ -34,7 +34,12 @@ Reply SessionOps::authenticate(const QString &login, const QString &clientHash, 
                            tr("Пароль пользователя root ещё не задан. Задайте его при первом "
                               "запуске студии или командой zr-server --init-root-password."));
     }
-    if (!found || !PasswordHasher::verify(stored, clientHash)) {
+    // An unknown login or one without a password runs the same Argon2 check as a wrong
+    // password and gets the same text. Nothing tests the timing itself: on a shared machine
+    // such a test would fail at random.
+    const bool passwordMatches = stored.isEmpty() ? PasswordHasher::verifyWithoutAccount(clientHash)
+                                                  : PasswordHasher::verify(stored, clientHash);
+    if (!found || !passwordMatches) {
         Reply reply = Reply::fail(proto::StatusLoginFailed,
                                   tr("Неверное имя пользователя или пароль. Проверьте раскладку "
                                      "клавиатуры и повторите."));
@@ -87,7 +92,7 @@ Reply SessionOps::login(Request &request)
     if (!checked.isOk())
         return checked;
     if (request.session)
-        m_state.sessions.end(request.session->id);
+        m_state.sessions.end(request.session->id, m_state.clock());
 
     Session identity;
     identity.uid = uid;
@@ -124,7 +129,7 @@ Reply SessionOps::resume(Request &request)
         return Reply::fail(proto::StatusNotFound,
                            tr("Сессия завершена. Войдите в систему заново."));
     if (request.session && request.session != session)
-        m_state.sessions.end(request.session->id);
+        m_state.sessions.end(request.session->id, m_state.clock());
     attach(session, request.connection);
     request.session = session;
     qCInfo(lcServerSession) << "session of" << login << "resumed from"
@@ -136,7 +141,7 @@ Reply SessionOps::logout(Request &request)
 {
     const TYPE_ID uid = request.session->uid;
     qCInfo(lcServerSession) << "logout" << request.session->login;
-    m_state.sessions.end(request.session->id);
+    m_state.sessions.end(request.session->id, m_state.clock());
     request.connection->setSessionId({});
     request.session = nullptr;
     return Reply::changed(uid, QStringLiteral("session ended"));

@@ -16,6 +16,8 @@ struct LoginThrottlePolicy
     int maxDelayMs = 3000;
     int lockAfter = 5;        // consecutive failures that lock the login
     int lockSeconds = 5 * 60; // how long the lock holds
+    // Failures older than this, with no lock holding, are forgotten: the count starts again.
+    int failureWindowSeconds = 15 * 60;
 };
 
 // Failed logins per login name. After a few failures the answers come slower, and after a few
@@ -35,18 +37,26 @@ public:
     // Records a failure and returns how long its answer should be held back, in ms.
     int recordFailure(const QString &login);
     void recordSuccess(const QString &login);
+    // Drops the logins whose lock and failure window are over, so that a guesser trying
+    // many names doesn't make the table grow for ever. Cheap to call often: it looks at the
+    // table at most once a minute.
+    void forgetStale();
+    int size() const { return m_states.size(); }
 
 private:
     struct State
     {
         int failures = 0;
         QDateTime lockedUntil;
+        QDateTime lastFailure;
     };
     static QString key(const QString &login);
+    bool isStale(const State &state, const QDateTime &now) const;
 
     Clock m_clock;
     Policy m_policy;
     QHash<QString, State> m_states;
+    QDateTime m_nextSweep;
 };
 
 } // namespace zeral::server

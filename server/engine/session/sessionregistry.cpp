@@ -41,10 +41,10 @@ const Session *SessionRegistry::find(const QByteArray &id) const
     return m_sessions.value(id).get();
 }
 
-void SessionRegistry::end(const QByteArray &id)
+void SessionRegistry::end(const QByteArray &id, const QDateTime &now)
 {
     if (m_sessions.remove(id) > 0)
-        m_ended.insert(id);
+        m_ended.insert(id, now);
 }
 
 void SessionRegistry::detach(ClientConnection *connection, const QDateTime &now)
@@ -66,12 +66,14 @@ QList<Session> SessionRegistry::endDetachedBefore(const QDateTime &cutoff, const
             session.detachedSince = now;
         if (!session.connection && session.detachedSince < cutoff) {
             ended.append(session);
-            m_ended.insert(it.key());
+            m_ended.insert(it.key(), now);
             it = m_sessions.erase(it);
         } else {
             ++it;
         }
     }
+    for (auto it = m_ended.begin(); it != m_ended.end();)
+        it = it.value() < cutoff ? m_ended.erase(it) : std::next(it);
     return ended;
 }
 

@@ -3,7 +3,6 @@
 #include <server/engine/session/session.h>
 
 #include <QHash>
-#include <QSet>
 
 #include <memory>
 
@@ -16,15 +15,20 @@ public:
     Session *create(const Session &identity);
     Session *find(const QByteArray &id);
     const Session *find(const QByteArray &id) const;
-    // Forgets the session and remembers that it was ended, so it can't be resumed.
-    void end(const QByteArray &id);
+    // Forgets the session and remembers for a while that it was ended at `now`, so that its
+    // id is never given out again while a client may still try to resume it.
+    void end(const QByteArray &id, const QDateTime &now);
     bool wasEnded(const QByteArray &id) const { return m_ended.contains(id); }
 
     // The session lost its connection at `now`; the resume window starts.
     void detach(ClientConnection *connection, const QDateTime &now);
     // Ends every session that has been without a connection since before `cutoff` and
-    // returns them, for the log.
+    // returns them, for the log. Ended sessions older than `cutoff` are forgotten: past the
+    // resume window nobody can still be resuming them.
     QList<Session> endDetachedBefore(const QDateTime &cutoff, const QDateTime &now);
+
+    int size() const { return m_sessions.size(); }
+    int endedRemembered() const { return m_ended.size(); }
 
     QList<const Session *> attached() const;
     QList<Session *> all();
@@ -32,7 +36,7 @@ public:
 private:
     // Held by pointer: a session stays where it is while others come and go.
     QHash<QByteArray, std::shared_ptr<Session>> m_sessions;
-    QSet<QByteArray> m_ended;
+    QHash<QByteArray, QDateTime> m_ended; // id, when it ended
 };
 
 } // namespace zeral::server
