@@ -11,6 +11,7 @@ inline constexpr char USER_DELETE[] = "RL_USER_DELETE";
 inline constexpr char USER_BLOCK[] = "RL_USER_BLOCK";
 inline constexpr char USER_MOBILE_SHOW[] = "RL_USER_MOBILE_SHOW";
 inline constexpr char USER_ONLINE_SHOW[] = "RL_USER_ONLINE_SHOW";
+inline constexpr char USER_BIOMETRICS_EDIT[] = "RL_USER_BIOMETRICS_EDIT";
 inline constexpr char USER_CREATE_REQUIRES_CONFIRM[] = "RL_USER_CREATE_REQUIRES_CONFIRM";
 inline constexpr char USER_UPDATE_REQUIRES_CONFIRM[] = "RL_USER_UPDATE_REQUIRES_CONFIRM";
 inline constexpr char USER_DELETE_REQUIRES_CONFIRM[] = "RL_USER_DELETE_REQUIRES_CONFIRM";

@@ -57,9 +57,22 @@ inline constexpr char RoleTemplateInherit[] = "data.role_template_inherit";
 inline constexpr char GetUserFingersExists[] = "data.get_user_fingers_exists";
 inline constexpr char ExecSql[] = "data.exec_sql";
 inline constexpr char GetSessionsInfo[] = "data.get_sessions_info";
+// Fingerprint enrolment, by the studio's enrolment screen.
+inline constexpr char GetUserFingers[] = "data.get_user_fingers";
+inline constexpr char EnrolFinger[] = "data.enrol_finger";
+inline constexpr char RemoveFinger[] = "data.remove_finger";
 // Names kept as the clients know them.
 inline constexpr char SendEmail[] = "send_email";
 inline constexpr char DisconnectUsers[] = "datamanager.disconnect_users";
 } // namespace command
+
+// Commands between the studio and its screens; they never reach the server.
+namespace studio {
+inline constexpr char ShowFingerprintWidget[] = "show:fingerprintwidget";
+// Followed by the client identity of the screen that opened the enrolment.
+inline constexpr char FingerprintFinishedPrefix[] = "fingerprint.finished:";
+inline constexpr char ShowMobileUserWizards[] = "show:userctl:mobileuserwizards";
+inline constexpr char ShowMobileUserProperties[] = "show:userctl:mobileuserproperties";
+} // namespace studio
 
 } // namespace zeral::proto

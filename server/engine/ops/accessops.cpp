@@ -163,18 +163,4 @@ Reply AccessOps::getPermissions(Request &request)
     return Reply::ok(ZRDataStream::pack(permissions));
 }
 
-Reply AccessOps::fingersExist(Request &request)
-{
-    QList<quint32> uids;
-    if (!payload::read(request.command, uids))
-        return Reply::fail(proto::StatusMalformed, tr("Запрос отпечатков не читается."));
-    const bool ownOnly = uids.size() == 1 && uids.constFirst() == request.session->uid;
-    if (!ownOnly && !Rights(*request.session).has(role::USER_SHOW))
-        return forbidden(tr("Недостаточно прав для просмотра пользователей."));
-    QHash<quint32, quint32> counts;
-    if (!m_state.store->fingerCounts(uids, &counts))
-        return Reply::internalError();
-    return Reply::ok(ZRDataStream::pack(counts));
-}
-
 } // namespace zeral::server

@@ -10,7 +10,7 @@ namespace zeral::server {
 struct ServerState;
 class Rights;
 
-// Role templates of users, their permissions on objects, and their fingerprints.
+// Role templates of users and their permissions on objects.
 class AccessOps
 {
     Q_DECLARE_TR_FUNCTIONS(AccessOps)
@@ -23,7 +23,6 @@ public:
     Reply addPermissions(Request &request);
     Reply updatePermissions(Request &request);
     Reply getPermissions(Request &request);
-    Reply fingersExist(Request &request);
 
 private:
     // May the operator change the permissions of `subject`?

@@ -18,6 +18,7 @@ Dispatcher::Dispatcher(ServerState &state, QObject *parent)
     , m_sessionOps(state)
     , m_objectOps(state)
     , m_accessOps(state)
+    , m_biometricOps(state)
     , m_sqlOps(state)
     , m_adminOps(state,
                  [this](const QByteArray &id, const QString &reason) { closeSession(id, reason); })
@@ -41,7 +42,11 @@ Dispatcher::Dispatcher(ServerState &state, QObject *parent)
     route(c::AddPermissions, true, std::bind(&AccessOps::addPermissions, &m_accessOps, _1));
     route(c::UpdatePermissions, true, std::bind(&AccessOps::updatePermissions, &m_accessOps, _1));
     route(c::GetPermissions, true, std::bind(&AccessOps::getPermissions, &m_accessOps, _1));
-    route(c::GetUserFingersExists, true, std::bind(&AccessOps::fingersExist, &m_accessOps, _1));
+    route(c::GetUserFingersExists, true,
+          std::bind(&BiometricOps::fingersExist, &m_biometricOps, _1));
+    route(c::GetUserFingers, true, std::bind(&BiometricOps::userFingers, &m_biometricOps, _1));
+    route(c::EnrolFinger, true, std::bind(&BiometricOps::enrolFinger, &m_biometricOps, _1));
+    route(c::RemoveFinger, true, std::bind(&BiometricOps::removeFinger, &m_biometricOps, _1));
     route(c::ExecSql, true, std::bind(&SqlOps::execSql, &m_sqlOps, _1));
     route(c::GetSessionsInfo, true, std::bind(&AdminOps::sessionsInfo, &m_adminOps, _1));
     route(c::DisconnectUsers, true, std::bind(&AdminOps::disconnectUsers, &m_adminOps, _1));

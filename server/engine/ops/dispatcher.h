@@ -2,6 +2,7 @@
 
 #include <server/engine/ops/accessops.h>
 #include <server/engine/ops/adminops.h>
+#include <server/engine/ops/biometricops.h>
 #include <server/engine/ops/objectops.h>
 #include <server/engine/ops/sessionops.h>
 #include <server/engine/ops/sqlops.h>
@@ -49,6 +50,7 @@ private:
     SessionOps m_sessionOps;
     ObjectOps m_objectOps;
     AccessOps m_accessOps;
+    BiometricOps m_biometricOps;
     SqlOps m_sqlOps;
     AdminOps m_adminOps;
     QHash<QString, Route> m_routes;

@@ -390,6 +390,37 @@ bool ObjectStore::addFinger(TYPE_ID user, int finger, const TEMPLATE_DATA &data)
                {templateUid, user, finger});
 }
 
+bool ObjectStore::fingersOf(TYPE_ID user, QList<qint32> *fingers)
+{
+    fingers->clear();
+    QSqlQuery &query
+        = statement("SELECT DISTINCT finger FROM fingers WHERE user_object_id = ? ORDER BY finger");
+    if (!run(query, {user}))
+        return false;
+    while (query.next())
+        fingers->append(query.value(0).toInt());
+    query.finish();
+    return true;
+}
+
+bool ObjectStore::replaceFinger(TYPE_ID user, int finger, const TEMPLATE_DATA &data)
+{
+    bool removed = false;
+    return removeFinger(user, finger, &removed) && addFinger(user, finger, data);
+}
+
+bool ObjectStore::removeFinger(TYPE_ID user, int finger, bool *removed)
+{
+    // The finger rows go with their templates (ON DELETE CASCADE).
+    QSqlQuery &query = statement("DELETE FROM templates WHERE uid IN (SELECT finger_id FROM fingers"
+                                 " WHERE user_object_id = ? AND finger = ?)");
+    if (!run(query, {user, finger}))
+        return false;
+    *removed = query.numRowsAffected() > 0;
+    query.finish();
+    return true;
+}
+
 ROLETEMPLATES_HASH ObjectStore::roleTemplates()
 {
     ROLETEMPLATES_HASH result;
@@ -474,14 +505,25 @@ QList<RoleEntry> ObjectStore::roleCatalogue()
     return result;
 }
 
-bool ObjectStore::insertRoleEntry(const RoleEntry &entry, int position)
+bool ObjectStore::putRoleEntry(const RoleEntry &entry, int position)
 {
     if (entry.group)
-        return run(statement("INSERT INTO role_groups (key, title, position) VALUES (?, ?, ?)"),
+        return run(statement("INSERT INTO role_groups (key, title, position) VALUES (?, ?, ?)"
+                             " ON CONFLICT(key) DO UPDATE SET title = excluded.title,"
+                             " position = excluded.position"),
                    {entry.key, entry.title, position});
     return run(statement("INSERT INTO roles (name, group_key, title, position)"
-                         " VALUES (?, ?, ?, ?)"),
+                         " VALUES (?, ?, ?, ?) ON CONFLICT(name) DO UPDATE SET"
+                         " group_key = excluded.group_key, title = excluded.title,"
+                         " position = excluded.position"),
                {entry.key, entry.parentKey, entry.title, position});
+}
+
+bool ObjectStore::grantRole(const QString &templateId, const QString &role)
+{
+    return run(statement("INSERT OR IGNORE INTO role_template_roles (template_id, role)"
+                         " VALUES (?, ?)"),
+               {templateId, role});
 }
 
 QString ObjectStore::setting(const QString &key)

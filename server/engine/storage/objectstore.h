@@ -58,14 +58,23 @@ public:
     bool addPermission(const OBJECT_PERMISSION &permission);
     bool clearPermissions(TYPE_ID subject);
     bool fingerCounts(const QList<TYPE_ID> &users, QHash<quint32, quint32> *counts);
+    // The fingers of `user` that have a template, ascending.
+    bool fingersOf(TYPE_ID user, QList<qint32> *fingers);
+    // Stores a template beside any the finger has; for a first fill, where there are none.
     bool addFinger(TYPE_ID user, int finger, const TEMPLATE_DATA &data);
+    // Stores the finger's one template, dropping whatever it had before.
+    bool replaceFinger(TYPE_ID user, int finger, const TEMPLATE_DATA &data);
+    // Drops the finger's template; `removed` says whether it had one.
+    bool removeFinger(TYPE_ID user, int finger, bool *removed);
 
     ROLETEMPLATES_HASH roleTemplates();
     bool roleTemplateExists(const QString &id);
     QStringList templateRoles(const QString &id);
     bool insertRoleTemplate(const _ROLETEMPLATE_INFO &info);
     QList<RoleEntry> roleCatalogue();
-    bool insertRoleEntry(const RoleEntry &entry, int position);
+    // Stores a group or role of the catalogue, or brings a stored one to this title and place.
+    bool putRoleEntry(const RoleEntry &entry, int position);
+    bool grantRole(const QString &templateId, const QString &role);
 
     QString setting(const QString &key);
     bool setSetting(const QString &key, const QString &value);

@@ -35,6 +35,8 @@ const QList<Group> &groups()
           {r::USER_MOBILE_SHOW,
            QT_TRANSLATE_NOOP("RoleCatalogue", "Просмотр мобильных пользователей")},
           {r::USER_ONLINE_SHOW, QT_TRANSLATE_NOOP("RoleCatalogue", "Просмотр активных сессий")},
+          {r::USER_BIOMETRICS_EDIT,
+           QT_TRANSLATE_NOOP("RoleCatalogue", "Редактирование биометрических данных")},
           {r::MOBILE_LOGIN, QT_TRANSLATE_NOOP("RoleCatalogue", "Вход в мобильное приложение")}}},
         {"confirm",
          QT_TRANSLATE_NOOP("RoleCatalogue", "Подтверждение изменений"),

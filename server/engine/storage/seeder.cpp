@@ -15,6 +15,7 @@
 
 #include <QHostInfo>
 #include <QRandomGenerator>
+#include <QSet>
 #include <algorithm>
 
 namespace zeral::server {
@@ -59,13 +60,13 @@ QString Seeder::fail(const QString &what)
 QString Seeder::seedBase()
 {
     if (!m_store.setting(QLatin1String(BaseSeededSetting)).isEmpty())
-        return {};
+        return addNewRoles();
     if (!m_database.begin())
         return QStringLiteral("can't begin the first start");
 
     int position = 0;
     for (const RoleEntry &entry : RoleCatalogue::entries()) {
-        if (!m_store.insertRoleEntry(entry, ++position))
+        if (!m_store.putRoleEntry(entry, ++position))
             return fail(QStringLiteral("role catalogue"));
     }
     for (const _ROLETEMPLATE_INFO &info : RoleCatalogue::builtInTemplates()) {
@@ -109,6 +110,43 @@ QString Seeder::seedBase()
     if (!m_database.commit())
         return QStringLiteral("can't commit the first start");
     qCInfo(lcServerDb) << "first start: roles, templates, database object and root created";
+    return {};
+}
+
+QString Seeder::addNewRoles()
+{
+    QSet<QString> stored;
+    for (const RoleEntry &entry : m_store.roleCatalogue())
+        stored.insert(entry.key);
+    // A seeded database always has a catalogue: none means it couldn't be read, and every
+    // role would look new.
+    if (stored.isEmpty())
+        return QStringLiteral("role catalogue: ") % m_store.lastError();
+    const QList<RoleEntry> entries = RoleCatalogue::entries();
+    QStringList added;
+    for (const RoleEntry &entry : entries) {
+        if (!stored.contains(entry.key))
+            added.append(entry.key);
+    }
+    if (added.isEmpty())
+        return {};
+    if (!m_database.begin())
+        return QStringLiteral("can't begin adding new roles");
+    // Every entry is put again, so that the old ones make room for the new in the order.
+    int position = 0;
+    for (const RoleEntry &entry : entries) {
+        if (!m_store.putRoleEntry(entry, ++position))
+            return fail(QStringLiteral("role catalogue"));
+    }
+    for (const _ROLETEMPLATE_INFO &info : RoleCatalogue::builtInTemplates()) {
+        for (const QString &role : info.roles) {
+            if (added.contains(role) && !m_store.grantRole(info.id, role))
+                return fail(QStringLiteral("role template ") % info.id);
+        }
+    }
+    if (!m_database.commit())
+        return QStringLiteral("can't commit the new roles");
+    qCInfo(lcServerDb) << "roles added to the catalogue:" << added;
     return {};
 }
 
