@@ -76,6 +76,11 @@ PasswordChangeWidget::~PasswordChangeWidget()
     delete m_criteria;
 }
 
+PasswordCriteriaPanel *PasswordChangeWidget::criteriaWidget() const
+{
+    return m_criteria;
+}
+
 QString PasswordChangeWidget::password() const
 {
     return m_passwordEdit->password();

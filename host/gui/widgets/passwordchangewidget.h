@@ -31,7 +31,7 @@ public:
     QMap<QString, QVariant> passwordOptions() const { return m_options; }
     // The keys of the rules not met now, including PasswordCriteriaPanel::Match.
     QStringList unmetCriteria() const;
-    PasswordCriteriaPanel *criteriaWidget() const { return m_criteria; }
+    PasswordCriteriaPanel *criteriaWidget() const;
 
 public slots:
     void setElementsEnabled(bool enabled);

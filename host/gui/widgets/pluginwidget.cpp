@@ -26,7 +26,10 @@ QString PluginWidget::defaultHelpContext() const
 
 void PluginWidget::activated() {}
 
-void PluginWidget::onTabActivated(int) {}
+void PluginWidget::onTabActivated(int)
+{
+    activated();
+}
 
 QList<PLUGIN_TAB> PluginWidget::tabList()
 {

@@ -31,7 +31,8 @@ public slots:
     virtual QString defaultHelpContext() const;
     // The studio has shown the screen or one of its tabs.
     virtual void activated();
-    // The studio switches to the tab of that index (of tabList()).
+    // The studio switches to the tab of that index (of tabList()). A screen of one tab can
+    // leave it: by default it calls activated().
     virtual void onTabActivated(int index);
     // The tabs the studio lists for this screen.
     virtual QList<PLUGIN_TAB> tabList();
