@@ -1,0 +1,3 @@
+#include "screenslogging.h"
+
+Q_LOGGING_CATEGORY(lcStudioScreens, "zr.studio.screens")

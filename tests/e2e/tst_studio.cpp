@@ -1,0 +1,379 @@
+// The studio from the login dialog to the screens, against a real server on a temporary
+// database over loopback TCP, with a test screen loaded from a plugin folder.
+#include <app/startup/embeddedserver.h>
+#include <app/startup/logindialog.h>
+#include <app/startup/rootpassworddialog.h>
+#include <app/startup/studiocontroller.h>
+#include <app/window/mainwindow.h>
+
+#include <host/core/authdata.h>
+#include <host/core/localstorage.h>
+#include <host/core/settings.h>
+#include <host/gui/widgets/passwordchangewidget.h>
+#include <host/gui/widgets/pluginwidget.h>
+#include <shared/datasets.h>
+#include <shared/dbkeys.h>
+#include <shared/rolenames.h>
+#include <tests/server/serverharness.h>
+#include <tests/support/modalanswerer.h>
+
+#include <KPasswordLineEdit>
+
+#include <QComboBox>
+#include <QDialogButtonBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QTcpServer>
+#include <QTcpSocket>
+#include <QTreeWidget>
+#include <QtTest>
+
+using namespace harness;
+using Phase = StudioController::Phase;
+
+namespace {
+
+const QString RootPassword = QStringLiteral("RootPass1");
+
+void submitLogin(LoginDialog *dialog, const QString &login, const QString &password,
+                 const QString &server = QString())
+{
+    dialog->findChild<QLineEdit *>(QStringLiteral("loginEdit"))->setText(login);
+    dialog->findChild<KPasswordLineEdit *>(QStringLiteral("passwordEdit"))->setPassword(password);
+    if (!server.isEmpty())
+        dialog->findChild<QComboBox *>(QStringLiteral("serverCombo"))->setEditText(server);
+    dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click();
+}
+
+QStringList callsOf(PluginWidget *screen)
+{
+    return screen ? screen->property("calls").toStringList() : QStringList{QStringLiteral("none")};
+}
+
+// Passes bytes between the studio and the server, and can cut every connection at once, as a
+// broken network would, while the server itself and its sessions go on.
+class CuttableProxy : public QObject
+{
+public:
+    explicit CuttableProxy(quint16 serverPort)
+        : m_serverPort(serverPort)
+    {
+        connect(&m_listener, &QTcpServer::newConnection, this, [this] {
+            while (QTcpSocket *client = m_listener.nextPendingConnection()) {
+                auto *upstream = new QTcpSocket(client);
+                upstream->connectToHost(QHostAddress::LocalHost, m_serverPort);
+                connect(client, &QTcpSocket::readyRead, upstream,
+                        [client, upstream] { upstream->write(client->readAll()); });
+                connect(upstream, &QTcpSocket::readyRead, client,
+                        [client, upstream] { client->write(upstream->readAll()); });
+                connect(upstream, &QTcpSocket::disconnected, client, &QTcpSocket::disconnectFromHost);
+                connect(client, &QTcpSocket::disconnected, client, &QObject::deleteLater);
+                m_clients.append(client);
+            }
+        });
+        m_listener.listen(QHostAddress::LocalHost);
+    }
+    quint16 port() const { return m_listener.serverPort(); }
+    void cut()
+    {
+        for (const QPointer<QTcpSocket> &client : qAsConst(m_clients)) {
+            if (client)
+                client->abort();
+        }
+        m_clients.clear();
+    }
+
+private:
+    QTcpServer m_listener;
+    quint16 m_serverPort;
+    QList<QPointer<QTcpSocket>> m_clients;
+};
+
+} // namespace
+
+class StudioTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void init()
+    {
+        m_settings = std::make_unique<QTemporaryDir>();
+        Settings::useFile(m_settings->filePath(QStringLiteral("studio.ini")));
+        m_server = std::make_unique<Server>();
+        QCOMPARE(m_server->start(), QString());
+    }
+
+    void cleanup()
+    {
+        m_studio.reset();
+        m_server.reset();
+        AuthData::clear();
+        zeral::LocalStorage::instance()->clear();
+    }
+
+    void loginLoadsTheStoreBeforeAnyScreen()
+    {
+        auto root = m_server->rootClient();
+        for (int i = 0; i < 5; ++i)
+            QVERIFY(addUser(*root, QStringLiteral("user%1").arg(i), QLatin1String(zeral::roletemplate::OPERATOR)));
+        QVERIFY(logIn(QStringLiteral("root"), RootPassword));
+
+        QCOMPARE(AuthData::user(), QStringLiteral("root"));
+        QVERIFY(!AuthData::sessionId().isEmpty());
+        QCOMPARE(AuthData::roletemplateId(), QLatin1String(zeral::roletemplate::SUPERVISOR));
+        const int users
+            = zeral::LocalStorage::instance()->constObjects(QLatin1String(zeral::USER_DATANAME)).size();
+        QCOMPARE(users, 6);
+        MainWindow *window = m_studio->mainWindow();
+        QVERIFY(window->isVisible());
+        QVERIFY(!m_studio->loginDialog()->isVisible());
+        PluginWidget *screen = window->screenByName(QStringLiteral("testscreen"));
+        QVERIFY(screen);
+        QCOMPARE(callsOf(screen).mid(0, 3),
+                 QStringList({QStringLiteral("init:testscreen"), QStringLiteral("canShow"),
+                              QStringLiteral("insertedToInterface users:6")}));
+        QVERIFY(window->screenByName(QStringLiteral("employees")));
+        // The foreign plugin in the folder is named to the operator and left alone.
+        QVERIFY(m_studio->pluginProblems().join(QLatin1Char(' ')).contains(QLatin1String("foreignplugin")));
+        QVERIFY(window->findChild<QLabel *>(QStringLiteral("operatorLabel"))->text().contains(QLatin1String("root")));
+    }
+
+    void tabSwitchesCallTheScreen()
+    {
+        QVERIFY(logIn(QStringLiteral("root"), RootPassword));
+        MainWindow *window = m_studio->mainWindow();
+        PluginWidget *screen = window->screenByName(QStringLiteral("testscreen"));
+        PluginWidget *employees = window->screenByName(QStringLiteral("employees"));
+        QVERIFY(screen && employees);
+        QCOMPARE(window->currentScreen(), screen); // the first, on a fresh settings file
+        QVERIFY(!window->showTab(screen, 1));      // hidden: not in the list
+        QVERIFY(window->showTab(screen, 2));
+        QVERIFY(window->showTab(employees, 0));
+        // Back to the screen: the row of the screen stands for the tab it calls current.
+        auto *navigation = window->findChild<QTreeWidget *>(QStringLiteral("screenNavigation"));
+        navigation->setCurrentItem(navigation->topLevelItem(0));
+        QCOMPARE(window->currentTab(), 2);
+        QCOMPARE(callsOf(screen).mid(3),
+                 QStringList({QStringLiteral("onTabActivated:0"), QStringLiteral("onTabActivated:2"),
+                              QStringLiteral("deactivate"), QStringLiteral("onTabActivated:2")}));
+        // The hidden tab has no row.
+        QTreeWidgetItem *top = navigation->topLevelItem(0);
+        QCOMPARE(top->childCount(), 2);
+        QCOMPARE(top->child(1)->text(0), QStringLiteral("Третья"));
+    }
+
+    void lastScreenAndTabAreKept()
+    {
+        QVERIFY(logIn(QStringLiteral("root"), RootPassword));
+        MainWindow *window = m_studio->mainWindow();
+        QVERIFY(window->showTab(window->screenByName(QStringLiteral("testscreen")), 2));
+        window->resize(900, 650);
+        window->close();
+        QTRY_COMPARE(m_studio->phase(), Phase::Finished);
+        m_studio.reset();
+
+        QVERIFY(logIn(QStringLiteral("root"), RootPassword));
+        window = m_studio->mainWindow();
+        QCOMPARE(window->currentScreen(), window->screenByName(QStringLiteral("testscreen")));
+        QCOMPARE(window->currentTab(), 2);
+        QCOMPARE(window->size(), QSize(900, 650));
+        QCOMPARE(m_studio->loginDialog()->login(), QStringLiteral("root")); // remembered
+    }
+
+    void changeOfAnotherSessionArrives()
+    {
+        auto root = m_server->rootClient();
+        const zeral::TYPE_ID uid
+            = addUser(*root, QStringLiteral("ivanov"), QLatin1String(zeral::roletemplate::OPERATOR));
+        QVERIFY(uid);
+        QVERIFY(logIn(QStringLiteral("root"), RootPassword));
+        QSignalSpy changed(zeral::LocalStorage::instance(), &zeral::LocalStorage::dataChanged);
+        const QHash<QString, QString> parameters
+            = {{QLatin1String(db::user::OBJECTSTATE), QStringLiteral("b")}};
+        QCOMPARE(root->request(cmd::UpdateObject,
+                               ZRDataStream::pack(quint32(uid), QString(QLatin1String(db::system::USER)),
+                                                  quint32(0), parameters))
+                     .status,
+                 qint32(zeral::proto::StatusOk));
+        QTRY_VERIFY(!changed.isEmpty());
+        QCOMPARE(zeral::LocalStorage::instance()
+                     ->constObject(uid, QLatin1String(zeral::USER_DATANAME))
+                     .parameters.value(QLatin1String(db::user::OBJECTSTATE)),
+                 QStringLiteral("b"));
+    }
+
+    void disconnectedByAnotherOperator()
+    {
+        QVERIFY(logIn(QStringLiteral("root"), RootPassword));
+        auto other = m_server->rootClient();
+        const Command done = other->request(cmd::DisconnectUsers,
+                                            ZRDataStream::pack(qint32(1), AuthData::sessionId()));
+        QCOMPARE(done.status, qint32(zeral::proto::StatusOk));
+        QTRY_COMPARE(m_studio->phase(), Phase::Login);
+        QVERIFY(!m_studio->mainWindow());
+        QVERIFY(m_studio->loginDialog()->isVisible());
+        // The reason the server gave, with who did it.
+        QVERIFY2(m_studio->loginDialog()->messageText().contains(QStringLiteral("оператором root")),
+                 qPrintable(m_studio->loginDialog()->messageText()));
+        QVERIFY(!AuthData::isLoggedIn());
+        // And the operator can log in again.
+        submitLogin(m_studio->loginDialog(), QStringLiteral("root"), RootPassword);
+        QTRY_COMPARE(m_studio->phase(), Phase::Running);
+    }
+
+    void droppedConnectionIsResumedAndTheStoreReloaded()
+    {
+        CuttableProxy proxy(m_server->engine->port());
+        startStudio(proxy.port());
+        submitLogin(m_studio->loginDialog(), QStringLiteral("root"), RootPassword);
+        QTRY_COMPARE(m_studio->phase(), Phase::Running);
+        const QByteArray session = AuthData::sessionId();
+        m_studio->router()->setReconnectDelays(50, 200);
+
+        proxy.cut();
+        MessageWidget *notice = m_studio->mainWindow()->notice();
+        QTRY_VERIFY2(notice->text().contains(QStringLiteral("Связь с сервером потеряна")),
+                     qPrintable(notice->text()));
+        QVERIFY(notice->isVisible());
+        // What another operator does meanwhile shows once the store is read again.
+        auto root = m_server->rootClient();
+        const zeral::TYPE_ID uid
+            = addUser(*root, QStringLiteral("sidorov"), QLatin1String(zeral::roletemplate::OPERATOR));
+        QVERIFY(uid);
+        QTRY_VERIFY2(notice->text().contains(QStringLiteral("данные обновлены")),
+                     qPrintable(notice->text()));
+        QCOMPARE(m_studio->phase(), Phase::Running);
+        QCOMPARE(AuthData::sessionId(), session); // the same session, resumed
+        QVERIFY(zeral::LocalStorage::instance()
+                    ->constObjects(QLatin1String(zeral::USER_DATANAME))
+                    .contains(uid));
+    }
+
+    void loginFailureIsExplained_data()
+    {
+        QTest::addColumn<QString>("situation");
+        QTest::addColumn<QString>("expected");
+        QTest::addRow("wrong password") << "wrong" << "Неверное имя пользователя или пароль";
+        QTest::addRow("blocked account") << "blocked" << "заблокирована";
+        QTest::addRow("locked after failures") << "locked" << "временно закрыт";
+        QTest::addRow("unreachable server") << "unreachable" << "недоступен";
+        QTest::addRow("malformed address") << "address" << "не подходит";
+    }
+
+    void loginFailureIsExplained()
+    {
+        QFETCH(QString, situation);
+        QFETCH(QString, expected);
+        auto root = m_server->rootClient();
+        const QString login = QStringLiteral("petrov");
+        const zeral::TYPE_ID uid = addUser(*root, login, QLatin1String(zeral::roletemplate::OPERATOR));
+        QVERIFY(uid);
+        QString password = QStringLiteral("Passw0rd");
+        QString server = QStringLiteral("127.0.0.1:%1").arg(m_server->engine->port());
+        if (situation == QLatin1String("wrong")) {
+            password = QStringLiteral("nope");
+        } else if (situation == QLatin1String("blocked")) {
+            const QHash<QString, QString> blocked = {{QLatin1String(db::user::OBJECTSTATE), QStringLiteral("b")}};
+            QCOMPARE(root->request(cmd::UpdateObject,
+                                   ZRDataStream::pack(quint32(uid), QString(QLatin1String(db::system::USER)),
+                                                      quint32(0), blocked))
+                         .status,
+                     qint32(zeral::proto::StatusOk));
+        } else if (situation == QLatin1String("locked")) {
+            auto guesser = m_server->client();
+            for (int i = 0; i < 5; ++i)
+                guesser->login(login, QStringLiteral("guess%1").arg(i));
+        } else if (situation == QLatin1String("unreachable")) {
+            // A port that was free a moment ago: nobody listens there once `closed` is gone.
+            QTcpServer closed;
+            QVERIFY(closed.listen(QHostAddress::LocalHost));
+            server = QStringLiteral("127.0.0.1:%1").arg(closed.serverPort());
+        } else if (situation == QLatin1String("address")) {
+            server = QStringLiteral("127.0.0.1");
+        }
+        startStudio();
+        submitLogin(m_studio->loginDialog(), login, password, server);
+        QTRY_COMPARE(m_studio->phase(), Phase::Login);
+        QTRY_VERIFY2(m_studio->loginDialog()->messageText().contains(expected),
+                     qPrintable(m_studio->loginDialog()->messageText()));
+        QVERIFY(!m_studio->loginDialog()->isBusy());
+        QVERIFY(!m_studio->mainWindow());
+        // Retry: the same dialog takes the right answer.
+        if (situation == QLatin1String("wrong")) {
+            submitLogin(m_studio->loginDialog(), login, QStringLiteral("Passw0rd"));
+            QTRY_COMPARE(m_studio->phase(), Phase::Running);
+        }
+    }
+
+    void screenNotForTheOperatorIsLeftOut()
+    {
+        auto root = m_server->rootClient();
+        QVERIFY(addUser(*root, QStringLiteral("mobile"), QLatin1String(zeral::roletemplate::MOBILE)));
+        QVERIFY(logIn(QStringLiteral("mobile"), QStringLiteral("Passw0rd")));
+        MainWindow *window = m_studio->mainWindow();
+        QVERIFY(!window->screenByName(QStringLiteral("testscreen")));
+        QVERIFY(!window->screenByName(QStringLiteral("employees")));
+        QCOMPARE(window->screenCount(), 0);
+        QVERIFY(window->notice()->isVisible());
+    }
+
+    void firstStartOfTheEmbeddedServerAsksForRootPassword()
+    {
+        StudioOptions options;
+        options.databasePath = m_settings->filePath(QStringLiteral("embedded.db"));
+        options.pluginDir = QStringLiteral(ZR_TEST_PLUGIN_DIR);
+        const QString password = QStringLiteral("Sup3rSecret");
+        ModalAnswerer answerer([password](QWidget *modal) {
+            auto *dialog = qobject_cast<RootPasswordDialog *>(modal);
+            QVERIFY(dialog);
+            const QList<KPasswordLineEdit *> fields = dialog->findChildren<KPasswordLineEdit *>();
+            QCOMPARE(fields.size(), 2);
+            for (KPasswordLineEdit *field : fields)
+                field->setPassword(password);
+            QPushButton *ok = dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok);
+            QVERIFY(ok->isEnabled());
+            ok->click();
+        });
+        m_studio = std::make_unique<StudioController>(options);
+        m_studio->start();
+        QTRY_COMPARE_WITH_TIMEOUT(m_studio->phase(), Phase::Login, 30000);
+        QVERIFY(answerer.answered());
+        QVERIFY(m_studio->embeddedServer()->isRunning());
+        QCOMPARE(m_studio->loginDialog()->login(), QStringLiteral("root"));
+        submitLogin(m_studio->loginDialog(), QStringLiteral("root"), password);
+        QTRY_COMPARE_WITH_TIMEOUT(m_studio->phase(), Phase::Running, 20000);
+        QCOMPARE(m_studio->router()->port(), m_studio->embeddedServer()->port());
+        m_studio->mainWindow()->close();
+        QTRY_COMPARE(m_studio->phase(), Phase::Finished);
+        QVERIFY(!m_studio->embeddedServer()->isRunning());
+    }
+
+private:
+    void startStudio(quint16 port = 0)
+    {
+        StudioOptions options;
+        options.serverHost = QStringLiteral("127.0.0.1");
+        options.serverPort = port ? port : m_server->engine->port();
+        options.pluginDir = QStringLiteral(ZR_TEST_PLUGIN_DIR);
+        m_studio = std::make_unique<StudioController>(options);
+        m_studio->start();
+    }
+
+    bool logIn(const QString &login, const QString &password)
+    {
+        startStudio();
+        submitLogin(m_studio->loginDialog(), login, password);
+        if (!QTest::qWaitFor([this] { return m_studio->phase() == Phase::Running; }, 20000))
+            qWarning() << "login ended in" << m_studio->phase() << m_studio->loginDialog()->messageText();
+        return m_studio->mainWindow() != nullptr;
+    }
+
+    std::unique_ptr<QTemporaryDir> m_settings;
+    std::unique_ptr<Server> m_server;
+    std::unique_ptr<StudioController> m_studio;
+};
+
+QTEST_MAIN(StudioTest)
+#include "tst_studio.moc"
