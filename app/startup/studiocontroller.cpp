@@ -18,6 +18,7 @@
 #include <host/core/settings.h>
 #include <host/core/zrglobals.h>
 #include <host/gui/widgets/zrguiglobals.h>
+#include <server/engine/demo/demoorganisation.h>
 #include <shared/datasets.h>
 
 #include <QCoreApplication>
@@ -149,7 +150,8 @@ void StudioController::onServerStarted(quint16 port)
     QString message;
     if (m_options.demo && m_loginDialog->login().isEmpty()) {
         m_loginDialog->setLogin(QStringLiteral("root"));
-        message = tr("Демонстрационная база: войдите как root с паролем из README.");
+        message = tr("Демонстрационная база: войдите как root с паролем %1")
+                      .arg(zeral::server::DemoOrganisation::demoPassword());
     }
     showLogin(message, MessageWidget::Information);
 }
