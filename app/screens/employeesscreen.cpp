@@ -200,9 +200,16 @@ void EmployeesScreen::askUsersScreen(const QString &name, const QByteArray &payl
             return;
         qCWarning(lcStudioScreens)
             << answer.name << "was not handled:" << answer.status << answer.errorText();
-        showPopupCriticalMessage(
-            tr("Экран пользователей недоступен: модуль пользователей не загружен в студию. "
-               "Проверьте, что он установлен в папке модулей, и перезапустите студию."));
+        if (answer.status == zeral::proto::StatusNotFound) {
+            showPopupCriticalMessage(
+                tr("Экран пользователей недоступен: модуль пользователей не загружен в студию. "
+                   "Проверьте, что он установлен в папке модулей, и перезапустите студию."));
+            return;
+        }
+        const QString reason = answer.errorText();
+        showPopupCriticalMessage(tr("Экран пользователей не открылся: %1")
+                                     .arg(reason.isEmpty() ? tr("ошибка %1").arg(answer.status)
+                                                           : reason));
     });
 }
 

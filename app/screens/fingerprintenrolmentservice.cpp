@@ -28,6 +28,11 @@ FingerprintEnrolmentService::~FingerprintEnrolmentService()
     if (m_server)
         m_server->unregisterLocalHandler(QLatin1String(proto::studio::ShowFingerprintWidget));
     // Closing tells the screens that asked, while this object can still send.
+    closeAll();
+}
+
+void FingerprintEnrolmentService::closeAll()
+{
     const auto open = m_dialogs;
     for (const OpenDialog &entry : open) {
         if (entry.dialog)

@@ -22,6 +22,8 @@ public:
     // Closes the dialogs still open and stops answering.
     ~FingerprintEnrolmentService() override;
 
+    // Closes every open dialog, telling the screens that asked for them.
+    void closeAll();
     // The open dialog of a user, or null.
     FingerprintEnrolmentDialog *dialogFor(zeral::TYPE_ID uid) const;
 

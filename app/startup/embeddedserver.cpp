@@ -4,6 +4,7 @@
 
 #include <QDir>
 #include <QFileInfo>
+#include <QLockFile>
 #include <QLoggingCategory>
 #include <QThread>
 
@@ -29,6 +30,19 @@ void EmbeddedServer::start(const QString &databasePath, bool demo, quint16 prefe
         emit failed(tr("Не удалось создать папку %1 для базы данных. Проверьте права на неё "
                        "или укажите другой файл параметром --db.")
                         .arg(folder));
+        return;
+    }
+    // Two engines on one file would each miss the other's changes: the second studio of the
+    // same database is told to join the first one instead.
+    m_lock = std::make_unique<QLockFile>(databasePath + QLatin1String(".lock"));
+    m_lock->setStaleLockTime(0);
+    if (!m_lock->tryLock()) {
+        m_lock.reset();
+        emit failed(tr("База данных %1 уже открыта другой студией или сервером на этом "
+                       "компьютере. Подключитесь к нему: zr-studio --server 127.0.0.1:%2, или "
+                       "укажите другой файл параметром --db.")
+                        .arg(databasePath)
+                        .arg(preferredPort));
         return;
     }
     m_thread = new QThread(this);
@@ -73,6 +87,7 @@ void EmbeddedServer::startEngine(bool demo, quint16 port)
             const QString reason = databaseError.isEmpty() ? listenError : databaseError;
             qCWarning(lcEmbedded) << "embedded server failed:" << reason;
             stopThread();
+            m_lock.reset();
             emit failed(reason);
         });
     });
@@ -109,6 +124,7 @@ void EmbeddedServer::stop()
 {
     destroyEngine();
     stopThread();
+    m_lock.reset();
 }
 
 bool EmbeddedServer::rootPasswordIsSet()

@@ -3,6 +3,9 @@
 #include <QObject>
 #include <QString>
 
+#include <memory>
+
+class QLockFile;
 class QThread;
 
 namespace zeral::server {
@@ -21,7 +24,7 @@ public:
     static constexpr quint16 PreferredPort = 7700;
 
     explicit EmbeddedServer(QObject *parent = nullptr);
-    ~EmbeddedServer() override;
+    ~EmbeddedServer() override; // stops
 
     void start(const QString &databasePath, bool demo, quint16 preferredPort = PreferredPort);
     // Closes every connection and the database; waits for the engine's thread to end.
@@ -43,6 +46,7 @@ private:
     void destroyEngine();
     void stopThread();
 
+    std::unique_ptr<QLockFile> m_lock; // held while the engine has the database
     QThread *m_thread = nullptr;
     zeral::server::ServerEngine *m_engine = nullptr; // lives in m_thread
     QString m_databasePath;

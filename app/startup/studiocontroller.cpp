@@ -21,7 +21,8 @@
 #include <server/engine/demo/demoorganisation.h>
 #include <shared/datasets.h>
 
-#include <QCoreApplication>
+#include <QApplication>
+#include <QDialog>
 #include <QHostInfo>
 #include <QLoggingCategory>
 #include <QMessageBox>
@@ -96,6 +97,7 @@ StudioController::StudioController(const StudioOptions &options, QObject *parent
 StudioController::~StudioController()
 {
     closeMainWindow();
+    delete m_closingWindow;
     delete m_loginDialog;
     if (m_embedded)
         m_embedded->stop();
@@ -194,7 +196,9 @@ void StudioController::showLogin(const QString &message, MessageWidget::Icon ico
     setPhase(Phase::Login);
     const QStringList recent
         = Settings::value(QLatin1String(studio::settings::RecentServers)).toStringList();
-    m_loginDialog->setServers(m_embeddedAddress, recent, serverText());
+    // After a refusal the operator retries the server he typed, not the default.
+    const QString typed = m_loginDialog->serverText();
+    m_loginDialog->setServers(m_embeddedAddress, recent, typed.isEmpty() ? serverText() : typed);
     m_loginDialog->clearPassword();
     m_loginDialog->showMessage(message, icon);
     m_loginDialog->show();
@@ -286,6 +290,8 @@ void StudioController::onLoginFailed(qint32 status, const QString &reason)
 
 void StudioController::onLoggedIn()
 {
+    if (m_phase != Phase::LoggingIn)
+        return;
     qCInfo(lcStudio) << "logged in as" << AuthData::user();
     Settings::setValue(QLatin1String(studio::settings::LastLogin), AuthData::user());
     rememberServer(m_loginDialog->serverText());
@@ -328,8 +334,10 @@ void StudioController::onLoadFinished()
     setPhase(Phase::Running);
     m_mainWindow->showNotice(tr("Связь с сервером восстановлена, данные обновлены."),
                              MessageWidget::Positive);
-    QTimer::singleShot(RecoveredNoticeMs, m_mainWindow, [window = m_mainWindow, this] {
-        if (m_phase == Phase::Running)
+    const QString recovered = m_mainWindow->notice()->text();
+    QTimer::singleShot(RecoveredNoticeMs, m_mainWindow, [window = m_mainWindow, recovered] {
+        // Unless something newer, such as another drop, is being told meanwhile.
+        if (window->notice()->text() == recovered)
             window->hideNotice();
     });
 }
@@ -344,7 +352,8 @@ void StudioController::onLoadFailed(const QString &reason)
         // A new drop is told by its own notice, and the next resume loads again.
         setPhase(Phase::Running);
         m_mainWindow->showNotice(tr("Данные после восстановления связи не обновились: %1. "
-                                    "Войдите заново, чтобы увидеть текущее состояние.")
+                                    "Чтобы увидеть текущее состояние, войдите заново: "
+                                    "«Студия → Сменить пользователя».")
                                      .arg(reason),
                                  MessageWidget::Warning);
     }
@@ -353,6 +362,8 @@ void StudioController::onLoadFailed(const QString &reason)
 void StudioController::openMainWindow()
 {
     closeMainWindow();
+    // The previous operator's screens must be gone before the plugins make new ones.
+    delete m_closingWindow;
     auto *window = new MainWindow(m_router);
     m_mainWindow = window;
     ZRGuiGlobals::zrApp = window;
@@ -387,9 +398,24 @@ void StudioController::closeMainWindow()
         return;
     MainWindow *window = m_mainWindow;
     m_mainWindow = nullptr;
+    // Enrolment dialogs tell their screens while those are still registered.
+    m_enrolment->closeAll();
+    // A screen may be inside a modal dialog of its own (the session can end at any time):
+    // that dialog's loop must end, and the screen's code after it run, before the screen
+    // goes. So the window is deleted from the event loop, not here.
+    const QWidgetList windows = QApplication::topLevelWidgets();
+    for (QWidget *widget : windows) {
+        if (widget == m_loginDialog || !widget->isVisible() || !widget->isModal())
+            continue;
+        if (auto *dialog = qobject_cast<QDialog *>(widget))
+            dialog->reject();
+        else
+            widget->close();
+    }
     ZRGuiGlobals::zrApp = nullptr;
     window->hide();
-    delete window;
+    m_closingWindow = window;
+    window->deleteLater();
 }
 
 void StudioController::onStateChanged(ZRServerInterface::State state)
@@ -423,6 +449,7 @@ void StudioController::onSessionLost(const QString &reason)
     if (m_phase == Phase::Finished)
         return;
     closeMainWindow();
+    m_loader->stop();
     zeral::LocalStorage::instance()->clear();
     showLogin(reason, MessageWidget::Warning);
 }
@@ -430,6 +457,7 @@ void StudioController::onSessionLost(const QString &reason)
 void StudioController::logout()
 {
     closeMainWindow();
+    m_loader->stop();
     m_login->logout();
     zeral::LocalStorage::instance()->clear();
     showLogin(QString(), MessageWidget::Information);

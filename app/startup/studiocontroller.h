@@ -93,6 +93,7 @@ private:
     FingerprintEnrolmentService *m_enrolment;
     QPointer<LoginDialog> m_loginDialog;
     QPointer<MainWindow> m_mainWindow;
+    QPointer<MainWindow> m_closingWindow; // of the last operator, deleted from the event loop
     QStringList m_pluginProblems;
     QString m_embeddedAddress;
 };

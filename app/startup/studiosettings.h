@@ -9,5 +9,4 @@ inline constexpr char Screen[] = "mainwindow/screen"; // the plugin name of the 
 inline constexpr char Tab[] = "mainwindow/tab";
 inline constexpr char LastLogin[] = "login/last_login";
 inline constexpr char RecentServers[] = "login/recent_servers";
-inline constexpr char LastServer[] = "login/last_server";
 } // namespace studio::settings

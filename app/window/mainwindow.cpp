@@ -153,7 +153,8 @@ bool MainWindow::installScreen(QObject *instance, QString *error)
     auto *widget = plugin ? qobject_cast<PluginWidget *>(plugin->widget()) : nullptr;
     if (!plugin || !widget) {
         if (error)
-            *error = tr("модуль не является экраном студии");
+            *error = tr("Модуль %1 не является экраном студии и пропущен.")
+                         .arg(instance->metaObject()->className());
         delete instance;
         return false;
     }
@@ -163,9 +164,10 @@ bool MainWindow::installScreen(QObject *instance, QString *error)
         qCInfo(lcWindow) << "screen" << plugin->pluginName() << "is not for this operator";
         m_server->unregisterPlugin(plugin);
         plugin->uninit();
+        const QPointer<QWidget> guard = widget; // the root object may own its widget
         if (instance != widget)
             delete instance;
-        delete widget;
+        delete guard.data();
         return false;
     }
     widget->setWindowFlags(Qt::Widget);

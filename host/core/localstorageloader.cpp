@@ -33,6 +33,13 @@ LocalStorageLoader::~LocalStorageLoader()
         m_server->cancelCallbacks(this);
 }
 
+void LocalStorageLoader::stop()
+{
+    if (m_server)
+        m_server->cancelCallbacks(this);
+    m_running = false;
+}
+
 void LocalStorageLoader::start()
 {
     m_server->cancelCallbacks(this);

@@ -27,6 +27,8 @@ public:
     ~LocalStorageLoader() override;
 
     void start();
+    // Forgets the load in progress: its pages no longer reach the store.
+    void stop();
     bool isRunning() const { return m_running; }
 
 signals:

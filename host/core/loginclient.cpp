@@ -55,6 +55,8 @@ void LoginClient::logout()
     if (!AuthData::isLoggedIn())
         return;
     const Command request = Command::named(QLatin1String(command::Logout), AuthData::sessionId());
+    // A resume of this session still on its way must not bring the operator back.
+    m_server->cancelCallbacks(this);
     AuthData::clear();
     m_server->send(request, nullptr, this);
 }

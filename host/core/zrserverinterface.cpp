@@ -63,6 +63,7 @@ void ZRServerInterface::disconnectFromServer()
     if (m_state == State::Disconnected)
         return;
     setState(State::Disconnected);
+    m_socket->flush(); // a last request, such as a logout, still goes out
     m_socket->abort();
     failRemoteRequests(QCoreApplication::translate("ZRServerInterface", "Соединение закрыто"));
 }

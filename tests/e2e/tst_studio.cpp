@@ -19,6 +19,7 @@
 
 #include <KPasswordLineEdit>
 
+#include <QAction>
 #include <QComboBox>
 #include <QDialogButtonBox>
 #include <QLabel>
@@ -274,6 +275,8 @@ private slots:
         QString server = QStringLiteral("127.0.0.1:%1").arg(m_server->engine->port());
         if (situation == QLatin1String("wrong")) {
             password = QStringLiteral("nope");
+            // Typed by the operator, not the studio's default: the retry must go there too.
+            server = QStringLiteral("localhost:%1").arg(m_server->engine->port());
         } else if (situation == QLatin1String("blocked")) {
             const QHash<QString, QString> blocked = {{QLatin1String(db::user::OBJECTSTATE), QStringLiteral("b")}};
             QCOMPARE(root->request(cmd::UpdateObject,
@@ -300,11 +303,40 @@ private slots:
                      qPrintable(m_studio->loginDialog()->messageText()));
         QVERIFY(!m_studio->loginDialog()->isBusy());
         QVERIFY(!m_studio->mainWindow());
+        QCOMPARE(m_studio->loginDialog()->serverText(), server); // kept for the retry
         // Retry: the same dialog takes the right answer.
         if (situation == QLatin1String("wrong")) {
             submitLogin(m_studio->loginDialog(), login, QStringLiteral("Passw0rd"));
             QTRY_COMPARE(m_studio->phase(), Phase::Running);
         }
+    }
+
+    void anotherOperatorGetsScreensOfHisOwn()
+    {
+        auto root = m_server->rootClient();
+        QVERIFY(addUser(*root, QStringLiteral("mobile"), QLatin1String(zeral::roletemplate::MOBILE)));
+        QVERIFY(logIn(QStringLiteral("root"), RootPassword));
+        QPointer<PluginWidget> first = m_studio->mainWindow()->screenByName(QStringLiteral("testscreen"));
+        QVERIFY(first);
+        m_studio->mainWindow()->findChild<QAction *>(QStringLiteral("actionLogout"))->trigger();
+        QTRY_COMPARE(m_studio->phase(), Phase::Login);
+        QVERIFY(!AuthData::isLoggedIn());
+        QVERIFY(zeral::LocalStorage::instance()->constObjects(QLatin1String(zeral::USER_DATANAME)).isEmpty());
+        QTRY_VERIFY(!first); // the last operator's screens are gone
+
+        submitLogin(m_studio->loginDialog(), QStringLiteral("mobile"), QStringLiteral("Passw0rd"));
+        QTRY_COMPARE(m_studio->phase(), Phase::Running);
+        QVERIFY(!m_studio->mainWindow()->screenByName(QStringLiteral("testscreen")));
+        m_studio->mainWindow()->findChild<QAction *>(QStringLiteral("actionLogout"))->trigger();
+        QTRY_COMPARE(m_studio->phase(), Phase::Login);
+
+        submitLogin(m_studio->loginDialog(), QStringLiteral("root"), RootPassword);
+        QTRY_COMPARE(m_studio->phase(), Phase::Running);
+        PluginWidget *again = m_studio->mainWindow()->screenByName(QStringLiteral("testscreen"));
+        QVERIFY(again);
+        // A new instance from the plugin, which starts its life anew.
+        QCOMPARE(callsOf(again).value(0), QStringLiteral("init:testscreen"));
+        QCOMPARE(callsOf(again).filter(QStringLiteral("init:")).size(), 1);
     }
 
     void screenNotForTheOperatorIsLeftOut()
