@@ -82,10 +82,7 @@ void LoginDialog::clearPassword()
 void LoginDialog::setBusy(const QString &text, int step, int steps)
 {
     m_busy = true;
-    for (QWidget *field : {static_cast<QWidget *>(m_ui->loginEdit),
-                           static_cast<QWidget *>(m_ui->passwordEdit),
-                           static_cast<QWidget *>(m_ui->serverCombo)})
-        field->setEnabled(false);
+    setFieldsEnabled(false);
     m_ui->messageWidget->hide();
     m_ui->progressLabel->setText(text);
     m_ui->progressLabel->show();
@@ -98,10 +95,7 @@ void LoginDialog::setBusy(const QString &text, int step, int steps)
 void LoginDialog::showMessage(const QString &text, MessageWidget::Icon icon)
 {
     m_busy = false;
-    for (QWidget *field : {static_cast<QWidget *>(m_ui->loginEdit),
-                           static_cast<QWidget *>(m_ui->passwordEdit),
-                           static_cast<QWidget *>(m_ui->serverCombo)})
-        field->setEnabled(true);
+    setFieldsEnabled(true);
     m_ui->progressLabel->hide();
     m_ui->progressBar->hide();
     if (text.isEmpty()) {
@@ -126,6 +120,13 @@ void LoginDialog::accept()
 void LoginDialog::reject()
 {
     emit quitRequested();
+}
+
+void LoginDialog::setFieldsEnabled(bool enabled)
+{
+    m_ui->loginEdit->setEnabled(enabled);
+    m_ui->passwordEdit->setEnabled(enabled);
+    m_ui->serverCombo->setEnabled(enabled);
 }
 
 void LoginDialog::updateOkButton()

@@ -44,6 +44,7 @@ protected:
     void reject() override;
 
 private:
+    void setFieldsEnabled(bool enabled);
     void updateOkButton();
 
     QScopedPointer<Ui::LoginDialog> m_ui;
