@@ -1,0 +1,208 @@
+#pragma once
+
+#include <src/taskqueue.h>
+
+#include <host/core/zrplugininterface.h>
+#include <host/gui/widgets/pluginwidget.h>
+#include <host/gui/widgets/searchwidget.h>
+#include <host/gui/widgets/zrstackedtoolbars.h>
+#include <shared/objectinfo.h>
+#include <shared/objectpermission.h>
+#include <shared/roletemplateinfo.h>
+#include <shared/taskinfo.h>
+#include <shared/templatedata.h>
+#include <shared/types.h>
+
+#include <QColor>
+#include <QHash>
+#include <QHostAddress>
+#include <QMultiHash>
+#include <QPointer>
+
+class ConnectedUsersInfoWidget;
+class ConnectedUsersModel;
+class MobileUserItemDelegate;
+class ObjectTreeModel;
+class QSortFilterProxyModel;
+class QTimer;
+class UserFilterProxyModel;
+class UserInfoWidget;
+class UserRoleInfoWidget;
+class UsersItemDelegate;
+class Ui_UserCtl;
+namespace zr5sdk {
+class Data;
+}
+
+// The users screen: the studio shows it as three tabs (users, mobile users, sessions). It owns
+// the form, the models, the side panels, the timers and the one queue through which every
+// change of the screen and of its dialogs goes to the server.
+class UserCtl : public PluginWidget, public ZRPluginInterface
+{
+    Q_OBJECT
+    Q_PLUGIN_METADATA(IID "zeral.zrservice.ZRPluginInterface/1.0" FILE "userctl.json")
+    Q_INTERFACES(ZRPluginInterface)
+
+public:
+    explicit UserCtl(QWidget *parent = nullptr);
+    ~UserCtl() override;
+
+    // ZRPluginInterface
+    QList<CommandType> init(ZRServerInterface *server, const QString &name) override;
+    void uninit() override;
+    void initOnExchangeReady() override;
+    QString pluginName() const override;
+    int pluginVersion() const override;
+    QString pluginBuild() const override;
+    QWidget *widget() override;
+    QObject *object() override;
+
+    // PluginWidget
+    bool canShow() override;
+    void activated() override;
+    void onTabActivated(int index) override;
+    QList<PLUGIN_TAB> tabList() override;
+
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+    void authentificated(Command &command);
+    // The identity by which the studio's enrolment screen tells this client's screens apart:
+    // plugin, instance number, the first address that isn't loopback (the host name if there
+    // is none) and the start time in seconds.
+    static QString composeClientId(const QString &plugin, const QString &instance,
+                                   QList<QHostAddress> addresses, qint64 secondsSinceEpoch);
+    QString clientId() const { return m_clientId; }
+
+signals:
+    void userAdded(zeral::ObjectInfo user);
+    void userSaved(zeral::TYPE_ID uid);
+    void userAccessSaved(zeral::TYPE_ID uid);
+    void userPasswordCleared(zeral::TYPE_ID uid);
+    void userPasswordSet(zeral::TYPE_ID uid);
+    void userRolesRead(QMultiHash<zeral::TYPE_ID, QString> user_roles);
+    void roleTemplatesRead(zeral::ROLETEMPLATES_HASH rt_hash);
+    void userTemplatesRead(zeral::TYPE_ID uid, int count);
+    void showMessage(QString message);
+    void showMessage(QString message, QColor color);
+    void startVerify();
+    void templatesForVerify(QMultiHash<zeral::TYPE_ID, zeral::TEMPLATE_DATA> templates);
+    void acceptChanges();
+    void rejectChanges();
+    void uidsForVerify(int variant, int index, QList<zeral::TYPE_ID>);
+    void variantsForVerify(QString name, int id, int count);
+    void permissionsRead(QList<zeral::OBJECT_PERMISSION> permissions);
+
+private slots:
+    void saveClipboardHandler();
+
+public slots:
+    void insertedToInterface() override;
+    void addTask(zeral::TaskInfo task);
+    void processNextTask();
+    void verifyEdit();
+    void onDeactivate();
+
+private slots:
+    void dataChanged(QString dataname, QList<zeral::TYPE_ID> uids);
+    void dataRemoved(QString dataname, QList<zeral::TYPE_ID> uids);
+    void addButtonClicked();
+    void userEditFinished();
+    void removeButtonClicked(QList<zeral::TYPE_ID> uids = {});
+    void fingerprintButtonClicked();
+    void showUserProperties();
+    void userBlockChange();
+    void mobileUserBlockChange();
+    void changeUserBlockState(zeral::OBJECT_UID_SET blocked, zeral::OBJECT_UID_SET unblocked);
+    void userBlockChangeResult(zeral::TYPE_ID uid);
+    void userSelectionChanged();
+    void mobileUserSelectionChanged();
+    void connectedUserSelectionChanged();
+    void cancelChanged();
+    void addMobileButtonClicked();
+    void showMobileUserProperties();
+    void removeMobileButtonClicked();
+    void disconnectUser();
+    void getUserTemplatesForCreateUser();
+    void getUserTemplatesForDeleteUser();
+    void setCurrentView(int index);
+    void getSessionsInfo();
+    void saveUsersHeaderState(QByteArray header_state);
+    void restoreUsersHeaderState();
+    void applyUserFilter(QString text);
+
+private:
+    // Building the screen, in the order insertedToInterface() calls them.
+    void initTimers();
+    void initWidgetContents();
+    void initUserInfo();
+    void initMobileUserInfo();
+    void initConnectedUsersInfoWidget();
+    void initPluginActions();
+    void initModels();
+    void sendGetRoletemplates();
+
+    // The side panels are redrawn a moment after a burst of selection changes, not at each.
+    void updateUserInfoLazy();
+    void updateUserInfo();
+    void updateConnectedUsersInfoWidgetLazy();
+    void updateConnectedUsersInfoWidget();
+
+    // Commands the studio sends to the screen.
+    void showNewMobileUserWizardsHandler(Command &command);
+    void showMobileUserPropertiesHandler(Command &command);
+    void fingerprintDialogClosedHandler(Command &command);
+
+    // The processors of the task kinds: each sends its task's request and returns whether
+    // a result handler will run.
+    bool processSaveObject(const zeral::TaskInfo &task);
+    bool processCreateObject(const zeral::TaskInfo &task);
+    bool processPrescribeUser(const zeral::TaskInfo &task);
+    bool processDeleteObject(const zeral::TaskInfo &task);
+    bool processUpdatePermissions(const zeral::TaskInfo &task);
+    bool processAddPermissions(const zeral::TaskInfo &task);
+    bool processSendEmail(const zeral::TaskInfo &task);
+    bool processSaveToClipboard(const zeral::TaskInfo &task);
+
+    // The answers to the processors' requests.
+    void objectSavedHandler(Command &command);
+    void objectCreatedHandler(Command &command);
+    void prescribeUserHandler(Command &command);
+    void deleteObjectHandler(Command &command);
+    void updatePermissionsHandler(Command &command);
+    void sendEmailHandler(Command &command);
+    void getPermissionsHandler(Command &command);
+    void emptyHandler(Command &command);
+    // Tells the task's window the outcome, later, from the event loop: the uid, 0 on failure.
+    void notifyReceiver(const zeral::TaskInfo &task, zeral::TYPE_ID uid);
+    // Emits the start message of the task just started, if one was.
+    void announceStarted(const zeral::TaskInfo &started);
+    // A callback that runs a member handler while the screen lives.
+    ZRPluginInterface::Callback handler(void (UserCtl::*member)(Command &));
+
+    Ui_UserCtl *m_ui = nullptr;
+    QString m_clientId;
+    zr5sdk::Data *m_data = nullptr;
+    ObjectTreeModel *m_userModel = nullptr;
+    UserFilterProxyModel *m_userProxy = nullptr;
+    UserFilterProxyModel *m_mobileUserProxy = nullptr;
+    ConnectedUsersModel *m_connectedUsersModel = nullptr;
+    QSortFilterProxyModel *m_connectedUsersProxy = nullptr;
+    UserInfoWidget *m_userInfo = nullptr;
+    UserRoleInfoWidget *m_userRolesInfo = nullptr;
+    UserInfoWidget *m_mobileUserInfo = nullptr;
+    UserRoleInfoWidget *m_mobileUserRolesInfo = nullptr;
+    UserRoleInfoWidget *m_connectedUserRolesInfo = nullptr;
+    ConnectedUsersInfoWidget *m_connectedUserInfo = nullptr;
+    UsersItemDelegate *m_usersDelegate = nullptr;
+    MobileUserItemDelegate *m_mobileUsersDelegate = nullptr;
+    zeral::ROLETEMPLATES_HASH m_roleTemplates;
+    QList<zeral::TYPE_ID> m_templateWatchUids;
+    TaskQueue<UserCtl> m_taskQueue;
+    QTimer *m_sessionTimer = nullptr;
+    QTimer *m_connectedUserInfoTimer = nullptr;
+    QTimer *m_userInfoTimer = nullptr;
+    QHash<QString, QString> m_loginTemplates;
+    QPointer<QWidget> m_toolbarBox;
+    QPointer<ZRStackedToolBars> m_stackedToolBars;
+    QPointer<SearchWidget> m_search;
+};
