@@ -1,7 +1,15 @@
 #include "userctl.h"
 #include "ui_userctl.h"
 
+#include <src/connectedusersinfowidget.h>
+#include <src/connectedusersmodel.h>
+#include <src/mobileuserhelper.h>
+#include <src/mobileuseritemdelegate.h>
 #include <src/rolecontainer.h>
+#include <src/userfilterproxymodel.h>
+#include <src/userinfowidget.h>
+#include <src/userroleinfowidget.h>
+#include <src/usersitemdelegate.h>
 
 #include <host/core/authdata.h>
 #include <host/core/data.h>
@@ -10,20 +18,35 @@
 #include <host/core/protocol.h>
 #include <host/core/settings.h>
 #include <host/core/zrdatastream.h>
+#include <host/core/zrglobals.h>
+#include <host/gui/models/fastproxymodel.h>
+#include <host/gui/models/itemroles.h>
+#include <host/gui/models/objecttreemodel.h>
+#include <host/gui/widgets/hiddenpanel.h>
+#include <host/gui/widgets/treeview.h>
 #include <host/gui/widgets/zractionsinserthelper.h>
 #include <host/gui/widgets/zractionstoolbar.h>
 #include <host/gui/widgets/zrguiglobals.h>
+#include <shared/datasets.h>
+#include <shared/dbkeys.h>
 #include <shared/emailmessage.h>
 #include <shared/inheritdata.h>
+#include <shared/rolenames.h>
 
 #include <QClipboard>
+#include <QCoreApplication>
 #include <QDateTime>
 #include <QGuiApplication>
 #include <QHBoxLayout>
+#include <QHeaderView>
 #include <QHostInfo>
+#include <QItemSelectionModel>
 #include <QKeyEvent>
 #include <QLocale>
 #include <QNetworkInterface>
+#include <QSet>
+#include <QSettings>
+#include <QSortFilterProxyModel>
 #include <QTabBar>
 #include <QTimer>
 
@@ -80,6 +103,51 @@ QList<zeral::OBJECT_PERMISSION> permissionsOfTask(const zeral::TaskInfo &task)
 bool isKeyPress(const QEvent *event)
 {
     return event->type() == QEvent::KeyPress;
+}
+
+const QString UsersHeaderStateKey = QStringLiteral("userctl/users_header_state");
+
+// The uids of the selected rows of a users table: column 0 shows the uid.
+QList<zeral::TYPE_ID> selectedUids(const QAbstractItemView *table)
+{
+    QList<zeral::TYPE_ID> uids;
+    if (const QItemSelectionModel *selection = table->selectionModel()) {
+        const QModelIndexList rows = selection->selectedRows(0);
+        for (const QModelIndex &row : rows)
+            uids.append(row.data(Qt::DisplayRole).toUInt());
+    }
+    return uids;
+}
+
+QModelIndexList selectedRows(const QAbstractItemView *table)
+{
+    return table->selectionModel() ? table->selectionModel()->selectedRows(0) : QModelIndexList();
+}
+
+bool isBlocked(const zeral::ObjectInfo &user)
+{
+    return user.parameters.value(QLatin1String(db::user::OBJECTSTATE)).toLower()
+           == QLatin1String("b");
+}
+
+const zeral::ObjectInfo &storedUser(zeral::TYPE_ID uid)
+{
+    return zeral::LocalStorage::instance()->constObject(uid, QLatin1String(zeral::USER_DATANAME));
+}
+
+// "Блокировать" while any of the users is unblocked, "Разблокировать" otherwise.
+void setBlockActionState(QAction *action, const QList<zeral::TYPE_ID> &uids)
+{
+    bool anyUnblocked = false;
+    for (const zeral::TYPE_ID uid : uids)
+        anyUnblocked = anyUnblocked || !isBlocked(storedUser(uid));
+    if (anyUnblocked) {
+        action->setText(UserCtl::tr("Блокировать"));
+        action->setIcon(QIcon::fromTheme(QStringLiteral("action-lock")));
+    } else {
+        action->setText(UserCtl::tr("Разблокировать"));
+        action->setIcon(QIcon::fromTheme(QStringLiteral("action-unlock")));
+    }
 }
 
 } // namespace
@@ -227,6 +295,17 @@ void UserCtl::initWidgetContents()
 {
     m_ui->setupUi(this);
 
+    m_usersDelegate = new UsersItemDelegate(m_ui->usersList);
+    m_usersDelegate->setIconSize(24, 24);
+    connect(this, &UserCtl::roleTemplatesRead, m_usersDelegate,
+            &UsersItemDelegate::setRoleTemplates);
+    m_ui->usersList->setItemDelegate(m_usersDelegate);
+    m_mobileUsersDelegate = new MobileUserItemDelegate(m_ui->mobileUsersList);
+    m_mobileUsersDelegate->setIconSize(24, 24);
+    connect(this, &UserCtl::roleTemplatesRead, m_mobileUsersDelegate,
+            &UsersItemDelegate::setRoleTemplates);
+    m_ui->mobileUsersList->setItemDelegate(m_mobileUsersDelegate);
+
     connect(m_ui->actionAddUser, &QAction::triggered, this, &UserCtl::addButtonClicked);
     connect(m_ui->actionRemove, &QAction::triggered, this, [this] { removeButtonClicked(); });
     connect(m_ui->actionFingerptint, &QAction::triggered, this, &UserCtl::fingerprintButtonClicked);
@@ -299,25 +378,305 @@ void UserCtl::initPluginActions()
     m_ui->toolBar->addWidget(m_toolbarBox);
 }
 
-void UserCtl::initUserInfo() {}
+void UserCtl::initUserInfo()
+{
+    m_userInfo = new UserInfoWidget(m_ui->userInfo);
+    m_ui->userInfo->setTitle(tr("Свойства"));
+    m_ui->userInfo->setIcon(QIcon::fromTheme(QStringLiteral("object-OT_USER")));
+    m_ui->userInfo->hideTitle();
+    m_ui->userInfo->addWidget(m_userInfo);
+    connect(this, &UserCtl::roleTemplatesRead, m_userInfo, &UserInfoWidget::setRoleTemplates);
 
-void UserCtl::initMobileUserInfo() {}
+    m_userRolesInfo = new UserRoleInfoWidget(m_ui->userRoles);
+    m_ui->userRoles->setTitle(tr("Роли доступа"));
+    m_ui->userRoles->setIcon(QIcon::fromTheme(QStringLiteral("object-OT_ROLE")));
+    m_ui->userRoles->addWidget(m_userRolesInfo);
+}
 
-void UserCtl::initConnectedUsersInfoWidget() {}
+void UserCtl::initMobileUserInfo()
+{
+    m_mobileUserInfo = new UserInfoWidget(m_ui->mobileUserInfo);
+    m_ui->mobileUserInfo->setTitle(tr("Свойства"));
+    m_ui->mobileUserInfo->setIcon(QIcon::fromTheme(QStringLiteral("common-mobile")));
+    m_ui->mobileUserInfo->addWidget(m_mobileUserInfo);
+    connect(this, &UserCtl::roleTemplatesRead, m_mobileUserInfo, &UserInfoWidget::setRoleTemplates);
+
+    m_mobileUserRolesInfo = new UserRoleInfoWidget(m_ui->mobileRoles);
+    m_ui->mobileRoles->setTitle(tr("Роли доступа"));
+    m_ui->mobileRoles->setIcon(QIcon::fromTheme(QStringLiteral("object-OT_ROLE")));
+    m_ui->mobileRoles->addWidget(m_mobileUserRolesInfo);
+}
+
+void UserCtl::initConnectedUsersInfoWidget()
+{
+    m_connectedUserInfo = new ConnectedUsersInfoWidget(m_ui->connectedUserInfo);
+    m_connectedUserInfo->setFocusPolicy(Qt::NoFocus);
+    m_ui->connectedUserInfo->setTitle(tr("Свойства"));
+    m_ui->connectedUserInfo->setIcon(QIcon::fromTheme(QStringLiteral("object-OT_USER")));
+    m_ui->connectedUserInfo->hideTitle();
+    m_ui->connectedUserInfo->addWidget(m_connectedUserInfo);
+
+    m_connectedUserRolesInfo = new UserRoleInfoWidget(m_ui->connectedUserRoles);
+    m_ui->connectedUserRoles->setTitle(tr("Роли доступа"));
+    m_ui->connectedUserRoles->setIcon(QIcon::fromTheme(QStringLiteral("object-OT_ROLE")));
+    m_ui->connectedUserRoles->addWidget(m_connectedUserRolesInfo);
+}
 
 void UserCtl::initModels()
 {
     m_data = new zr5sdk::Data(this, AuthData::sessionId());
+    initUserModels();
+    initMobileUserModels();
+    initSessionModels();
+
+    const auto &users
+        = zeral::LocalStorage::instance()->constObjects(QLatin1String(zeral::USER_DATANAME));
+    usersRead(users.keys());
+
+    for (ZRTableView *table : {m_ui->usersList, m_ui->mobileUsersList}) {
+        table->horizontalHeader()->setSortIndicatorShown(true);
+        table->horizontalHeader()->setSortIndicator(0, Qt::AscendingOrder);
+    }
+    restoreUsersHeaderState();
+    mobileUserSelectionChanged();
 }
 
-void UserCtl::sendGetRoletemplates() {}
+UserFilterProxyModel *UserCtl::makeUserProxy(ZRTableView *table)
+{
+    auto *proxy = new UserFilterProxyModel(table);
+    proxy->setSourceModel(m_userModel);
+    proxy->setReadOnly(true);
+    proxy->setRoletemplateFilterEnabled(true);
+    proxy->setCurrentUserUid(AuthData::userId());
+    proxy->setSortRole(ItemRoles::SortText);
+    proxy->setSortCaseSensitivity(Qt::CaseInsensitive);
+    proxy->setSearchIndex(QLatin1String(zeral::USER_DATANAME));
+    proxy->setSearchEnabled(true);
+    return proxy;
+}
+
+void UserCtl::initUserModels()
+{
+    m_userModel = new ObjectTreeModel(m_ui->usersList);
+    m_userModel->setColumnCount(6);
+    m_userModel->setHorizontalHeaderLabels({tr("Логин"), tr("Тип объекта"), tr("Логин"), tr("ФИО"),
+                                            tr("Шаблон ролей"), tr("Состояние")});
+
+    m_userProxy = makeUserProxy(m_ui->usersList);
+    // Users of the mobile templates have a tab of their own.
+    m_userProxy->setFilterByRoleTemplateList(MobileUserHelper::standardMobileRoleTemplates(),
+                                             ObjectTreeProxy::MustNotMatch);
+    m_ui->usersList->setModel(m_userProxy);
+    connect(m_ui->usersList->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &UserCtl::userSelectionChanged);
+}
+
+void UserCtl::initMobileUserModels()
+{
+    m_mobileUserProxy = makeUserProxy(m_ui->mobileUsersList);
+    // Every account whose template grants the mobile login, except supervisors.
+    m_mobileUserProxy->setFilterByRoleTemplateList({QLatin1String(zeral::roletemplate::SUPERVISOR)},
+                                                   ObjectTreeProxy::MustNotMatch);
+    m_mobileUserProxy->setFilterByRoleList({QLatin1String(zeral::role::MOBILE_LOGIN)},
+                                           ObjectTreeProxy::MustMatch);
+    m_ui->mobileUsersList->setModel(m_mobileUserProxy);
+    connect(m_ui->mobileUsersList->selectionModel(), &QItemSelectionModel::selectionChanged, this,
+            &UserCtl::mobileUserSelectionChanged);
+}
+
+void UserCtl::initSessionModels()
+{
+    m_connectedUsersModel = new ConnectedUsersModel(m_ui->connectedUsersList);
+    m_connectedUsersProxy = new QSortFilterProxyModel(m_ui->connectedUsersList);
+    m_connectedUsersProxy->setSourceModel(m_connectedUsersModel);
+    m_ui->connectedUsersList->setModel(m_connectedUsersProxy);
+    connect(m_ui->connectedUsersList->selectionModel(), &QItemSelectionModel::selectionChanged,
+            this, &UserCtl::connectedUserSelectionChanged);
+    m_ui->connectedUsersList->hideColumn(6);
+    m_ui->connectedUsersList->hideColumn(7);
+}
+
+QString UserCtl::roleTemplateName(const QString &id) const
+{
+    const auto found = m_roleTemplates.constFind(id);
+    if (found == m_roleTemplates.constEnd())
+        return QString();
+    if (found->custom)
+        return found->name;
+    return QCoreApplication::translate(
+        "ZRGlobals", ZRGlobals::roleTemplateNames().value(id).toUtf8().constData());
+}
+
+QSet<zeral::TYPE_ID> UserCtl::selectedUserUids() const
+{
+    QSet<zeral::TYPE_ID> selected;
+    for (const zeral::TYPE_ID uid : selectedUids(m_ui->usersList))
+        selected.insert(uid);
+    for (const zeral::TYPE_ID uid : selectedUids(m_ui->mobileUsersList))
+        selected.insert(uid);
+    return selected;
+}
+
+bool UserCtl::userInfoShowsOneOf(const QSet<zeral::TYPE_ID> &uids) const
+{
+    return m_userInfo && m_userInfo->uids().size() == 1
+           && uids.contains(m_userInfo->uids().first());
+}
+
+void UserCtl::usersRead(const QList<zeral::TYPE_ID> &uids)
+{
+    using namespace db::user;
+    const auto &users
+        = zeral::LocalStorage::instance()->constObjects(QLatin1String(zeral::USER_DATANAME));
+    const QSet<zeral::TYPE_ID> selected = selectedUserUids();
+    bool selectedTouched = false;
+    for (const zeral::TYPE_ID uid : uids) {
+        const auto found = users.constFind(uid);
+        if (found == users.constEnd())
+            continue;
+        selectedTouched = selectedTouched || selected.contains(uid);
+        const zeral::ObjectInfo &user = found.value();
+        const auto parameter = [&user](const char *key) {
+            return user.parameters.value(QLatin1String(key));
+        };
+        const QModelIndex row = m_userModel->add(user);
+        const auto cell = [&row](int column) {
+            return row.siblingAtColumn(column);
+        };
+        m_userModel->setData(cell(2), ZRGlobals::objectName(user.type, user.parameters),
+                             Qt::EditRole);
+        m_userModel->setData(cell(3), parameter(NAME), Qt::EditRole);
+        m_userModel->setData(cell(4), parameter(ROLE_TEMPLATE), Qt::EditRole);
+        m_userModel->setData(cell(5), parameter(db::database::PASSWORD_EXPIRED), Qt::EditRole);
+        m_userModel->setData(cell(5), parameter(OBJECTSTATE), ItemRoles::ObjectState);
+        const QString fullName
+            = tr("%1 %2 %3").arg(parameter(SURNAME), parameter(NAME), parameter(PATRONYMIC));
+        m_userModel->setData(cell(0), ZRGlobals::objectName(user), ItemRoles::SortText);
+        m_userModel->setData(cell(3), fullName, ItemRoles::SortText);
+        m_userModel->setData(cell(4), roleTemplateName(parameter(ROLE_TEMPLATE)),
+                             ItemRoles::SortText);
+        m_loginTemplates.insert(parameter(LOGIN), parameter(ROLE_TEMPLATE));
+        emit userAdded(user);
+    }
+
+    m_ui->usersList->setHeaderHiddenByDefaultColumns({1, 2});
+    m_ui->usersList->horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
+    const QHeaderView *header = m_ui->usersList->horizontalHeader();
+    if (header->isSortIndicatorShown())
+        m_ui->usersList->sortByColumn(header->sortIndicatorSection(), header->sortIndicatorOrder());
+    m_ui->mobileUsersList->setHeaderHiddenByDefaultColumns({1, 2});
+    m_ui->mobileUsersList->horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
+
+    if (selectedTouched) {
+        userSelectionChanged();
+        mobileUserSelectionChanged();
+        connectedUserSelectionChanged();
+    }
+    if (userInfoShowsOneOf(selected))
+        updateUserInfoLazy();
+}
+
+void UserCtl::usersRemoved(const QList<zeral::TYPE_ID> &uids)
+{
+    const QSet<zeral::TYPE_ID> selected = selectedUserUids();
+    bool selectedTouched = false;
+    for (const zeral::TYPE_ID uid : uids) {
+        m_userModel->remove(uid);
+        selectedTouched = selectedTouched || selected.contains(uid);
+    }
+    if (selectedTouched) {
+        userSelectionChanged();
+        mobileUserSelectionChanged();
+    } else if (userInfoShowsOneOf(selected)) {
+        updateUserInfoLazy();
+    }
+}
+
+void UserCtl::sendGetRoletemplates()
+{
+    m_data->roleTemplateInherit(AuthData::roletemplateId(), handler(&UserCtl::roleTemplatesResult));
+}
+
+void UserCtl::roleTemplatesResult(Command &command)
+{
+    ZRDataStream in(command.data);
+    if (command.status != zeral::proto::StatusOk) {
+        QString text;
+        in >> text;
+        qCWarning(ucc()) << "Read role templates error" << command.status << text;
+        return;
+    }
+    QList<QString> unused;
+    bool ownTemplateAllowed = false;
+    in >> m_roleTemplates >> unused >> ownTemplateAllowed;
+
+    QStringList allowed = m_roleTemplates.keys();
+    if (!ownTemplateAllowed)
+        allowed.removeAll(AuthData::roletemplateId());
+    m_userProxy->setRoletemplateFilter(allowed);
+    m_mobileUserProxy->setRoletemplateFilter(allowed);
+    m_mobileUserProxy->setRoleTemplates(m_roleTemplates);
+
+    const QList<zeral::TYPE_ID> uids = m_userModel->uniqueKeys();
+    for (const zeral::TYPE_ID uid : uids) {
+        const QModelIndex templateCell = m_userModel->indexForUid(uid, 4);
+        m_userModel->setData(templateCell, roleTemplateName(templateCell.data().toString()),
+                             ItemRoles::SortText);
+    }
+    emit roleTemplatesRead(m_roleTemplates);
+
+    m_ui->usersList->update();
+    setCurrentUserInfoRoles();
+    getSessionsInfo();
+}
+
+void UserCtl::setCurrentUserInfoRoles()
+{
+    QAbstractItemView *table = nullptr;
+    UserRoleInfoWidget *panel = nullptr;
+    switch (m_ui->tabWidget->currentIndex()) {
+    case 0:
+        table = m_ui->usersList;
+        panel = m_userRolesInfo;
+        break;
+    case 1:
+        table = m_ui->mobileUsersList;
+        panel = m_mobileUserRolesInfo;
+        break;
+    default:
+        return;
+    }
+    const QModelIndexList rows = selectedRows(table);
+    QString templateId;
+    if (rows.size() == 1) {
+        templateId = rows.first()
+                         .data(ItemRoles::Parameters)
+                         .toHash()
+                         .value(QLatin1String(db::user::ROLE_TEMPLATE))
+                         .toString();
+    }
+    if (panel && panel->model()) {
+        panel->model()->setChecked(m_roleTemplates.value(templateId).roles);
+        panel->treeView()->expandAll();
+    }
+}
 
 void UserCtl::updateUserInfoLazy()
 {
     m_userInfoTimer->start();
 }
 
-void UserCtl::updateUserInfo() {}
+void UserCtl::updateUserInfo()
+{
+    if (!m_userInfo)
+        return;
+    if (m_ui->usersList->selectionModel())
+        m_userInfo->setCurrent(selectedRows(m_ui->usersList));
+    if (m_mobileUserInfo && m_ui->mobileUsersList->selectionModel()) {
+        m_mobileUserInfo->setCurrent(selectedRows(m_ui->mobileUsersList));
+        setCurrentUserInfoRoles();
+    }
+}
 
 void UserCtl::updateConnectedUsersInfoWidgetLazy()
 {
@@ -325,7 +684,134 @@ void UserCtl::updateConnectedUsersInfoWidgetLazy()
         m_connectedUserInfoTimer->start();
 }
 
-void UserCtl::updateConnectedUsersInfoWidget() {}
+void UserCtl::updateConnectedUsersInfoWidget()
+{
+    if (!m_connectedUserInfo)
+        return;
+    QList<QModelIndex> rows;
+    for (const QModelIndex &row : selectedRows(m_ui->connectedUsersList))
+        rows.append(m_connectedUsersProxy->mapToSource(row));
+    m_connectedUserInfo->setCurrent(rows);
+}
+
+// --- Sessions ------------------------------------------------------------------------------
+
+void UserCtl::getSessionsInfoResult(Command &command)
+{
+    ZRDataStream in(command.data);
+    if (command.status != zeral::proto::StatusOk) {
+        QString text;
+        in >> text;
+        qCWarning(ucc()) << "An error has occurred while getting session info:" << text
+                         << command.status;
+        return;
+    }
+    QHash<QByteArray, zeral::ConnectedUserInfo> sessions;
+    QDateTime serverTime;
+    in >> sessions >> serverTime;
+    if (!serverTime.isValid()) {
+        qCDebug(ucc()) << "empty server time, using local time";
+        serverTime = QDateTime::currentDateTime();
+    }
+
+    ZRTableView *table = m_ui->connectedUsersList;
+    const bool nothingSelected = selectedRows(table).isEmpty();
+    QVariantMap savedSelection;
+    if (selectedRows(table).size() == 1)
+        savedSelection
+            = table->currentIndex().data(ConnectedUsersModel::SessionIdentityRole).toMap();
+
+    m_connectedUsersModel->clear();
+    m_connectedUsersModel->setCurrentServerTime(serverTime);
+    const QHash<QString, zeral::TYPE_ID> uidsByLogin = userUidsByLogin();
+    for (const zeral::ConnectedUserInfo &session : qAsConst(sessions)) {
+        if (session.ipPort.isEmpty())
+            continue;
+        ConnectedUsersModel::ModelRecord record;
+        static_cast<zeral::ConnectedUserInfo &>(record) = session;
+        const QString templateId = m_loginTemplates.value(session.user);
+        if (m_roleTemplates.contains(templateId))
+            record.roleTemplate = roleTemplateName(templateId);
+        if (record.roleTemplate.isEmpty())
+            record.roleTemplate = tr("Не определено");
+        record.category = canDisconnect(session.user) ? 1 : 4;
+        record.userId = uidsByLogin.value(session.user);
+        m_connectedUsersModel->addRecord(record);
+    }
+
+    if (nothingSelected) {
+        connectedUserSelectionChanged();
+    } else {
+        // A session is recognised across polls by its address and port.
+        const QVariant savedAddress = savedSelection.value(QStringLiteral("ipPort"));
+        for (int row = 0; row < m_connectedUsersModel->rowCount(); ++row) {
+            const QModelIndex index = m_connectedUsersProxy->index(row, 0);
+            if (savedSelection.isEmpty())
+                break;
+            if (index.data(ConnectedUsersModel::SessionIdentityRole)
+                    .toMap()
+                    .value(QStringLiteral("ipPort"))
+                == savedAddress) {
+                table->setCurrentIndex(index);
+                break;
+            }
+        }
+    }
+    table->resizeRowsToContents();
+}
+
+QHash<QString, zeral::TYPE_ID> UserCtl::userUidsByLogin() const
+{
+    // One pass over the store instead of one per session; the first user of a login wins.
+    QHash<QString, zeral::TYPE_ID> uids;
+    const auto &users
+        = zeral::LocalStorage::instance()->constObjects(QLatin1String(zeral::USER_DATANAME));
+    for (auto it = users.constBegin(); it != users.constEnd(); ++it) {
+        const QString login = it.value().parameters.value(QLatin1String(db::user::LOGIN));
+        if (!uids.contains(login))
+            uids.insert(login, it.key());
+    }
+    return uids;
+}
+
+bool UserCtl::canDisconnect(const QString &login)
+{
+    namespace templates = zeral::roletemplate;
+    const QString operatorTemplate = AuthData::roletemplateId();
+    const QString target = m_loginTemplates[login];
+    if (operatorTemplate == QLatin1String(templates::SUPERVISOR))
+        return true;
+    if (operatorTemplate == QLatin1String(templates::ADMINISTRATOR)
+        && target != QLatin1String(templates::SUPERVISOR))
+        return true;
+    if (!userctl::RoleContainer::canRoleDisconnect())
+        return false;
+    return target != QLatin1String(templates::SUPERVISOR)
+           && target != QLatin1String(templates::ADMINISTRATOR);
+}
+
+void UserCtl::setCurrentConnectedUserInfoRoles()
+{
+    const QModelIndexList rows = selectedRows(m_ui->connectedUsersList);
+    QString templateId;
+    if (rows.size() == 1)
+        templateId = m_loginTemplates.value(rows.first().data().toString());
+    m_connectedUserRolesInfo->model()->setChecked(m_roleTemplates.value(templateId).roles);
+    m_connectedUserRolesInfo->treeView()->expandAll();
+}
+
+void UserCtl::disconnectUserResult(Command &command)
+{
+    ZRDataStream in(command.data);
+    if (command.status == zeral::proto::StatusOk)
+        return;
+    QString text;
+    in >> text;
+    // Whatever the server refused, this is what the operator is told.
+    qCWarning(ucc()) << "An error has occurred while getting session info:" << text
+                     << command.status;
+    showPopupMessage(tr("Вы не можете отключить себя!"), MessageWidget::Icon(0), 0);
+}
 
 // --- Tabs and keys -------------------------------------------------------------------------
 
@@ -702,9 +1188,17 @@ void UserCtl::fingerprintDialogClosedHandler(Command &command)
 
 void UserCtl::verifyEdit() {}
 
-void UserCtl::dataChanged(QString, QList<zeral::TYPE_ID>) {}
+void UserCtl::dataChanged(QString dataname, QList<zeral::TYPE_ID> uids)
+{
+    if (dataname == QLatin1String(zeral::USER_DATANAME))
+        usersRead(uids);
+}
 
-void UserCtl::dataRemoved(QString, QList<zeral::TYPE_ID>) {}
+void UserCtl::dataRemoved(QString dataname, QList<zeral::TYPE_ID> uids)
+{
+    if (dataname == QLatin1String(zeral::USER_DATANAME))
+        usersRemoved(uids);
+}
 
 void UserCtl::addButtonClicked() {}
 
@@ -724,11 +1218,46 @@ void UserCtl::changeUserBlockState(zeral::OBJECT_UID_SET, zeral::OBJECT_UID_SET)
 
 void UserCtl::userBlockChangeResult(zeral::TYPE_ID) {}
 
-void UserCtl::userSelectionChanged() {}
+void UserCtl::userSelectionChanged()
+{
+    using userctl::RoleContainer;
+    const QList<zeral::TYPE_ID> uids = selectedUids(m_ui->usersList);
+    const bool one = uids.size() == 1;
+    const bool any = !uids.isEmpty();
+    m_ui->actionFingerptint->setEnabled(one && RoleContainer::canUpdateUser());
+    m_ui->actionRemove->setEnabled(any && RoleContainer::canDeleteUser());
+    m_ui->actionProperties->setEnabled(one && RoleContainer::canUpdateUser());
+    m_ui->actionBlockChange->setEnabled(any && RoleContainer::canBlockUser());
+    setBlockActionState(m_ui->actionBlockChange, uids);
+    updateUserInfoLazy();
+}
 
-void UserCtl::mobileUserSelectionChanged() {}
+void UserCtl::mobileUserSelectionChanged()
+{
+    using userctl::RoleContainer;
+    const QList<zeral::TYPE_ID> uids = selectedUids(m_ui->mobileUsersList);
+    const bool any = !uids.isEmpty();
+    m_ui->actionAddMobileUser->setEnabled(RoleContainer::canCreateUser());
+    m_ui->actionRemoveMobile->setEnabled(any && RoleContainer::canDeleteUser());
+    m_ui->actionPropertiesMobile->setEnabled(uids.size() == 1 && RoleContainer::canUpdateUser());
+    m_ui->actionBlockMobileChange->setEnabled(any && RoleContainer::canBlockUser());
+    setBlockActionState(m_ui->actionBlockMobileChange, uids);
+    updateUserInfoLazy();
+}
 
-void UserCtl::connectedUserSelectionChanged() {}
+void UserCtl::connectedUserSelectionChanged()
+{
+    // The row's category says whether the session may be cut; the action also needs the right.
+    const QModelIndexList categories
+        = m_ui->connectedUsersList->selectionModel()
+              ? m_ui->connectedUsersList->selectionModel()->selectedRows(6)
+              : QModelIndexList();
+    m_ui->actionDisconnect->setEnabled(categories.size() == 1
+                                       && userctl::RoleContainer::canRoleDisconnect()
+                                       && categories.first().data().toInt() == 1);
+    setCurrentConnectedUserInfoRoles();
+    updateConnectedUsersInfoWidgetLazy();
+}
 
 void UserCtl::cancelChanged() {}
 
@@ -738,16 +1267,59 @@ void UserCtl::showMobileUserProperties() {}
 
 void UserCtl::removeMobileButtonClicked() {}
 
-void UserCtl::disconnectUser() {}
+void UserCtl::disconnectUser()
+{
+    QList<QByteArray> sessionIds;
+    for (const QModelIndex &row : selectedRows(m_ui->connectedUsersList)) {
+        const QVariantMap identity = row.data(ConnectedUsersModel::SessionIdentityRole).toMap();
+        if (identity.contains(QStringLiteral("sessionId")))
+            sessionIds.append(identity.value(QStringLiteral("sessionId")).toByteArray());
+    }
+    Command command = newCommand();
+    command.name = QLatin1String(zeral::proto::command::DisconnectUsers);
+    command.type = zeral::proto::NamedCommand;
+    command.sessionId = m_data->sessionId();
+    ZRDataStream out(&command.data, QIODevice::WriteOnly);
+    out << qint32(sessionIds.size());
+    for (const QByteArray &id : qAsConst(sessionIds))
+        out << id;
+    sendQuery(command, handler(&UserCtl::disconnectUserResult));
+}
 
 void UserCtl::getUserTemplatesForCreateUser() {}
 
 void UserCtl::getUserTemplatesForDeleteUser() {}
 
-void UserCtl::getSessionsInfo() {}
+void UserCtl::getSessionsInfo()
+{
+    m_data->getSessionsInfo(handler(&UserCtl::getSessionsInfoResult));
+}
 
-void UserCtl::saveUsersHeaderState(QByteArray) {}
+void UserCtl::saveUsersHeaderState(QByteArray header_state)
+{
+    Settings::setValue(UsersHeaderStateKey, header_state);
+    Settings::instance()->sync();
+}
 
-void UserCtl::restoreUsersHeaderState() {}
+void UserCtl::restoreUsersHeaderState()
+{
+    m_ui->usersList->restoreHeaderState(Settings::value(UsersHeaderStateKey).toByteArray());
+}
 
-void UserCtl::applyUserFilter(QString) {}
+void UserCtl::applyUserFilter(QString text)
+{
+    const QWidget *page = m_ui->tabWidget->currentWidget();
+    UserFilterProxyModel *users = nullptr;
+    if (page == m_ui->tabUsers)
+        users = m_userProxy;
+    else if (page == m_ui->tabMobileUsers)
+        users = m_mobileUserProxy;
+    if (users) {
+        if (text.isEmpty())
+            users->clearFilter();
+        else
+            users->setFilter(text);
+    } else if (page == m_ui->tabConnectedUsers && m_connectedUsersProxy) {
+        m_connectedUsersProxy->setFilterFixedString(text);
+    }
+}

@@ -29,6 +29,7 @@ class UserFilterProxyModel;
 class UserInfoWidget;
 class UserRoleInfoWidget;
 class UsersItemDelegate;
+class ZRTableView;
 class Ui_UserCtl;
 namespace zr5sdk {
 class Data;
@@ -139,13 +140,41 @@ private:
     void initConnectedUsersInfoWidget();
     void initPluginActions();
     void initModels();
+    void initUserModels();
+    void initMobileUserModels();
+    void initSessionModels();
+    // A proxy of the user model for one of the two user tables, without its tab's filters.
+    UserFilterProxyModel *makeUserProxy(ZRTableView *table);
+
+    // The user model follows the local store.
+    void usersRead(const QList<zeral::TYPE_ID> &uids);
+    void usersRemoved(const QList<zeral::TYPE_ID> &uids);
+    // The users selected in either user table.
+    QSet<zeral::TYPE_ID> selectedUserUids() const;
+    // Whether the users card shows exactly one user, one of these.
+    bool userInfoShowsOneOf(const QSet<zeral::TYPE_ID> &uids) const;
+
+    // Role templates are read anew at every show and spread by roleTemplatesRead().
     void sendGetRoletemplates();
+    void roleTemplatesResult(Command &command);
+    // The operator-facing name of a template: its own for a custom one, else the built-in one.
+    QString roleTemplateName(const QString &id) const;
+    void setCurrentUserInfoRoles();
 
     // The side panels are redrawn a moment after a burst of selection changes, not at each.
     void updateUserInfoLazy();
     void updateUserInfo();
     void updateConnectedUsersInfoWidgetLazy();
     void updateConnectedUsersInfoWidget();
+
+    // Sessions: polled while their page is in view; rebuilt from each answer in full.
+    void getSessionsInfoResult(Command &command);
+    // Login to the uid of the first stored user of that login.
+    QHash<QString, zeral::TYPE_ID> userUidsByLogin() const;
+    // Whether the operator may cut a session of that login, by both sides' templates.
+    bool canDisconnect(const QString &login);
+    void setCurrentConnectedUserInfoRoles();
+    void disconnectUserResult(Command &command);
 
     // Commands the studio sends to the screen.
     void showNewMobileUserWizardsHandler(Command &command);

@@ -11,6 +11,7 @@
 #include <QSignalSpy>
 #include <QTabBar>
 #include <QTabWidget>
+#include <QToolBar>
 #include <QTimer>
 #include <QtTest>
 
@@ -188,9 +189,9 @@ private slots:
         QTest::addRow("refresh") << "actionRefresh"
                                  << "Обновить"
                                  << "action-update" << true;
-        QTest::addRow("mobile block") << "actionBlockMobileChange"
-                                      << "Блокировать"
-                                      << "action-lock" << false;
+        // Follows the empty selection from the start: nothing to block.
+        QTest::addRow("mobile block")
+            << "actionBlockMobileChange" << "Разблокировать" << "action-unlock" << false;
     }
     void formStartsAsDesigned()
     {
@@ -205,7 +206,7 @@ private slots:
         QCOMPARE(item->icon().name(), icon);
         QCOMPARE(item->isEnabled(), enabled);
         QCOMPARE(h.screen->windowTitle(), QStringLiteral("Пользователи"));
-        auto *search = h.screen->findChild<SearchWidget *>();
+        auto *search = h.child<QToolBar>("toolBar")->findChild<SearchWidget *>();
         QVERIFY(search);
         QCOMPARE(search->maximumWidth(), 400);
         QVERIFY(!search->isAdvancedButtonShown());
