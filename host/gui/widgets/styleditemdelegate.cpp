@@ -1,5 +1,7 @@
 #include "styleditemdelegate.h"
 
+#include <host/gui/models/itemroles.h>
+
 #include <QApplication>
 #include <QMouseEvent>
 #include <QPainter>
@@ -204,7 +206,10 @@ void StyledItemDelegate::drawName(QPainter *painter, const QStyleOptionViewItem 
 
 QString StyledItemDelegate::name(const QModelIndex &index) const
 {
-    return index.data(Qt::DisplayRole).toString();
+    // Object rows show their uid as display value and their name as the text shown and sorted
+    // on; other models only have the display value.
+    const QVariant shown = index.data(ItemRoles::SortText);
+    return shown.isValid() ? shown.toString() : index.data(Qt::DisplayRole).toString();
 }
 
 int StyledItemDelegate::iconWidth(const QModelIndex &index) const

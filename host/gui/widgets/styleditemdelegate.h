@@ -39,7 +39,8 @@ public:
     // Draws name(index) elided into `rect`, vertically centred.
     virtual void drawName(QPainter *painter, const QStyleOptionViewItem &option,
                           const QModelIndex &index, const QRect &rect) const;
-    // The text of the item; its display text by default.
+    // The text of the item: the text shown (role 258) where the model gives one, else its
+    // display text.
     virtual QString name(const QModelIndex &index) const;
     // The width the icon of an item takes; 0 if the item has none.
     virtual int iconWidth(const QModelIndex &index) const;
