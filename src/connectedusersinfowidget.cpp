@@ -62,11 +62,7 @@ ConnectedUsersInfoWidget::ConnectedUsersInfoWidget(QWidget *parent)
     layout->setObjectName(QStringLiteral("gridLayout"));
     layout->setContentsMargins(0, 0, 0, 0);
 
-    m_browser = new QTextBrowser(this);
-    m_browser->setObjectName(QStringLiteral("browser"));
-    m_browser->setFrameShape(QFrame::NoFrame);
-    m_browser->setFrameShadow(QFrame::Plain);
-    m_browser->setTextInteractionFlags(Qt::NoTextInteraction);
+    m_browser = PropertyPanelHelper::createBrowser(this);
     layout->addWidget(m_browser, 0, 0);
 
     QMetaObject::connectSlotsByName(this);

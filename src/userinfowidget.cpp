@@ -45,11 +45,7 @@ UserInfoWidget::UserInfoWidget(QWidget *parent)
     layout->setObjectName(QStringLiteral("verticalLayout"));
     layout->setContentsMargins(0, 0, 0, 0);
 
-    m_browser = new QTextBrowser(this);
-    m_browser->setObjectName(QStringLiteral("browser"));
-    m_browser->setFrameShape(QFrame::NoFrame);
-    m_browser->setFrameShadow(QFrame::Plain);
-    m_browser->setTextInteractionFlags(Qt::NoTextInteraction);
+    m_browser = PropertyPanelHelper::createBrowser(this);
     layout->addWidget(m_browser);
 }
 

@@ -2,6 +2,7 @@
 
 #include <QApplication>
 #include <QPalette>
+#include <QTextBrowser>
 
 namespace {
 QTextCharFormat baseFormat(qreal scale, QFont::Weight weight)
@@ -57,4 +58,14 @@ QTextCharFormat PropertyPanelHelper::tableCellParamFormat()
 QTextCharFormat PropertyPanelHelper::tableCellValueFormat()
 {
     return baseFormat(1.0, QFont::DemiBold);
+}
+
+QTextBrowser *PropertyPanelHelper::createBrowser(QWidget *parent)
+{
+    auto *browser = new QTextBrowser(parent);
+    browser->setObjectName(QStringLiteral("browser"));
+    browser->setFrameShape(QFrame::NoFrame);
+    browser->setFrameShadow(QFrame::Plain);
+    browser->setTextInteractionFlags(Qt::NoTextInteraction);
+    return browser;
 }

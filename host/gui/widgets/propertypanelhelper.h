@@ -3,6 +3,9 @@
 #include <QTextCharFormat>
 #include <QTextTableFormat>
 
+class QTextBrowser;
+class QWidget;
+
 // The formats of the read-only cards of the side panels, so that every card of the studio
 // has the same headings, names and tables.
 class PropertyPanelHelper
@@ -20,6 +23,9 @@ public:
     static QTextCharFormat tableCellParamFormat();
     // A value of a table row that stands out.
     static QTextCharFormat tableCellValueFormat();
+
+    // The read-only browser a card draws into: "browser", no frame, nothing to select or follow.
+    static QTextBrowser *createBrowser(QWidget *parent);
 
     PropertyPanelHelper() = delete;
 };
