@@ -13,12 +13,16 @@
 
 #include <host/core/authdata.h>
 #include <host/core/data.h>
+#include <host/core/dbquery.h>
+#include <host/core/dbresult.h>
 #include <host/core/localstorage.h>
 #include <host/core/logging.h>
 #include <host/core/protocol.h>
 #include <host/core/settings.h>
 #include <host/core/zrdatastream.h>
 #include <host/core/zrglobals.h>
+#include <host/gui/biometrics/authorizationwidget.h>
+#include <host/gui/dialogs/validatingdialog.h>
 #include <host/gui/models/fastproxymodel.h>
 #include <host/gui/models/itemroles.h>
 #include <host/gui/models/objecttreemodel.h>
@@ -27,6 +31,7 @@
 #include <host/gui/widgets/zractionsinserthelper.h>
 #include <host/gui/widgets/zractionstoolbar.h>
 #include <host/gui/widgets/zrguiglobals.h>
+#include <host/gui/wizards/deleteobjectwizard.h>
 #include <shared/datasets.h>
 #include <shared/dbkeys.h>
 #include <shared/emailmessage.h>
@@ -36,6 +41,7 @@
 #include <QClipboard>
 #include <QCoreApplication>
 #include <QDateTime>
+#include <QDialogButtonBox>
 #include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -43,7 +49,9 @@
 #include <QItemSelectionModel>
 #include <QKeyEvent>
 #include <QLocale>
+#include <QMessageBox>
 #include <QNetworkInterface>
+#include <QPushButton>
 #include <QSet>
 #include <QSettings>
 #include <QSortFilterProxyModel>
@@ -148,6 +156,21 @@ void setBlockActionState(QAction *action, const QList<zeral::TYPE_ID> &uids)
         action->setText(UserCtl::tr("Разблокировать"));
         action->setIcon(QIcon::fromTheme(QStringLiteral("action-unlock")));
     }
+}
+
+// The stored fingerprint templates of every user who holds the confirming role (%1), with
+// whether he holds it, his role template's id and its name at the server: six columns.
+const QString ConfirmationStatement = QStringLiteral(
+    R"sql(SELECT fingers.user_object_id, templates.template_format, templates.template, role_is_accessed( fingers.user_object_id, '%1' ),  get_object_param(fingers.user_object_id, 'PT_ROLETEMPLATE') as roletemplate_id,  (SELECT rt.interface_name FROM role_template rt WHERE rt.id_name = get_object_param(fingers.user_object_id, 'PT_ROLETEMPLATE') ) as roletemplate_name  FROM fingers  INNER JOIN templates ON (fingers.finger_id = templates.uid)  WHERE fingers.user_object_id IN (SELECT id FROM (SELECT id, role_is_accessed( id, '%1' ) AS "hasrole" FROM userid ) AS "src" WHERE hasrole = true );)sql");
+
+// The name of a confirmer's role template for the operator: the built-in name of the id if it
+// has one, else the name the server keeps for it.
+QString confirmerTemplateName(const QString &id, const QString &serverName)
+{
+    const QHash<QString, QString> &builtIn = ZRGlobals::roleTemplateNames();
+    const auto found = builtIn.constFind(id);
+    const QString source = found != builtIn.constEnd() ? found.value() : serverName;
+    return QCoreApplication::translate("ZRGlobals", source.toUtf8().constData());
 }
 
 } // namespace
@@ -1186,7 +1209,111 @@ void UserCtl::fingerprintDialogClosedHandler(Command &command)
     command.status = zeral::proto::StatusOk;
 }
 
-void UserCtl::verifyEdit() {}
+void UserCtl::verifyEdit()
+{
+    auto *dialog = new ValidatingDialog(this);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setModal(true);
+    auto *authorization = new AuthorizationWidget(dialog);
+    authorization->setEnabled(false);
+    dialog->setCentralWidget(authorization);
+
+    auto *confirm = new QPushButton(tr("Подтвердить"), dialog);
+    auto *refuse = new QPushButton(tr("Отклонить"), dialog);
+    dialog->buttonBox()->addButton(confirm, QDialogButtonBox::AcceptRole);
+    dialog->buttonBox()->addButton(refuse, QDialogButtonBox::RejectRole);
+    confirm->setEnabled(false);
+
+    connect(authorization, &AuthorizationWidget::granted, confirm, &QPushButton::setEnabled);
+    connect(refuse, &QPushButton::clicked, this, &UserCtl::rejectChanges);
+    connect(confirm, &QPushButton::clicked, dialog, &QDialog::accept);
+    connect(refuse, &QPushButton::clicked, dialog, &QDialog::reject);
+    connect(confirm, &QPushButton::clicked, this, &UserCtl::acceptChanges);
+
+    connect(this, &UserCtl::startVerify, authorization, &AuthorizationWidget::start);
+    connect(this, &UserCtl::templatesForVerify, authorization, &AuthorizationWidget::setTemplates);
+    connect(this, &UserCtl::variantsForVerify, authorization,
+            &AuthorizationWidget::addGrantVariant);
+    connect(this, &UserCtl::uidsForVerify, authorization, &AuthorizationWidget::setGrantedUids);
+
+    dialog->show();
+    // The statement of a change ends in a blank, as the server has always been sent it.
+    sendConfirmationQuery(zeral::role::CONFIRM_USER_UPDATE, QStringLiteral(" "));
+}
+
+void UserCtl::sendConfirmationQuery(const char *confirmingRole, const QString &ending)
+{
+    DbQuery query;
+    query.statements.append(ConfirmationStatement.arg(QLatin1String(confirmingRole)) + ending);
+    qCDebug(ucc()) << query.statements.first();
+    m_data->execSql(query, handler(&UserCtl::templatesRead));
+}
+
+void UserCtl::templatesRead(Command &command)
+{
+    if (command.status != zeral::proto::StatusOk) {
+        // Nothing to compare with: nobody can confirm, the operator can only refuse.
+        emit templatesForVerify({});
+        emit startVerify();
+        return;
+    }
+    DbResult result;
+    ZRDataStream in(command.data);
+    in >> result;
+
+    // A person with several fingers has several rows: names and uids are kept once each, in
+    // the order of the rows.
+    QStringList names;
+    QList<zeral::TYPE_ID> uids;
+    QMultiHash<zeral::TYPE_ID, zeral::TEMPLATE_DATA> templates;
+    for (int row = 0; row < result.rowCount; ++row) {
+        const zeral::TYPE_ID uid = result.value(row, 0).toUInt();
+        if (result.value(row, 3).toBool()) {
+            const QString name = confirmerTemplateName(result.value(row, 4).toString(),
+                                                       result.value(row, 5).toString());
+            if (!names.contains(name))
+                names.append(name);
+            if (!uids.contains(uid))
+                uids.append(uid);
+        }
+        zeral::TEMPLATE_DATA fingerprint;
+        fingerprint.format = result.value(row, 1).toUInt();
+        fingerprint.data = result.value(row, 2).toByteArray();
+        templates.insert(uid, fingerprint);
+    }
+    // One way of granting: one person out of all who hold the role.
+    if (!names.isEmpty()) {
+        emit variantsForVerify(names.join(QStringLiteral(", ")), 0, 1);
+        emit uidsForVerify(0, 0, uids);
+    }
+    emit templatesForVerify(templates);
+    emit startVerify();
+}
+
+void UserCtl::fingerExistsRead(Command &command)
+{
+    if (command.status != zeral::proto::StatusOk) {
+        emptyHandler(command);
+        return;
+    }
+    QHash<unsigned int, unsigned int> counts;
+    ZRDataStream in(command.data);
+    in >> counts;
+    // A dialog that has closed or moved to another user is no longer waiting.
+    for (auto it = counts.constBegin(); it != counts.constEnd(); ++it) {
+        if (m_templateWatchUids.contains(it.key()))
+            emit userTemplatesRead(it.key(), int(it.value()));
+    }
+}
+
+void UserCtl::editBiometricsHandler(Command &command)
+{
+    if (command.status != zeral::proto::StatusBiometricRefused)
+        return;
+    QMessageBox::information(ZRGuiGlobals::zrApp, tr("Персональные данные"),
+                             tr("Запрещено редактирование биометрической информации"),
+                             QMessageBox::Ok);
+}
 
 void UserCtl::dataChanged(QString dataname, QList<zeral::TYPE_ID> uids)
 {
@@ -1204,19 +1331,144 @@ void UserCtl::addButtonClicked() {}
 
 void UserCtl::userEditFinished() {}
 
-void UserCtl::removeButtonClicked(QList<zeral::TYPE_ID>) {}
+void UserCtl::removeButtonClicked(QList<zeral::TYPE_ID> uids)
+{
+    if (!userctl::RoleContainer::canDeleteUser()) {
+        QMessageBox::critical(this, tr("Удаление сотрудников"), tr("Недостаточно прав"));
+        return;
+    }
+    // The action and the Delete key come without uids: they act on the users table.
+    if (uids.isEmpty())
+        uids = selectedUids(m_ui->usersList);
+    if (uids.isEmpty())
+        return;
 
-void UserCtl::fingerprintButtonClicked() {}
+    bool rootTakenOut = false;
+    const QList<zeral::TYPE_ID> requested = uids;
+    for (const zeral::TYPE_ID uid : requested) {
+        if (storedUser(uid).parameters.value(QLatin1String(db::user::LOGIN))
+            == QLatin1String("root")) {
+            uids.removeAll(uid);
+            rootTakenOut = true;
+        }
+    }
+    if (rootTakenOut)
+        showPopupMessage(tr("Пользователь root не будет удален: запрещено удаление."),
+                         MessageWidget::Icon(0), 0);
+    if (uids.isEmpty())
+        return;
+
+    auto *wizard = new DeleteObjectWizard(this);
+    wizard->setAttribute(Qt::WA_DeleteOnClose);
+    wizard->setModal(true);
+    wizard->setUids(uids);
+    wizard->setNeedVerify(userctl::RoleContainer::requireConfirmUserDelete());
+    wizard->setWindowTitle(tr("Мастер удаления пользователей"));
+
+    connect(wizard, &DeleteObjectWizard::appendTask, this, &UserCtl::addTask, Qt::QueuedConnection);
+    connect(this, &UserCtl::templatesForVerify, wizard, &DeleteObjectWizard::setTemplatesForVerify);
+    connect(this, &UserCtl::templatesForVerify, wizard, &DeleteObjectWizard::templatesForVerify);
+    connect(this, &UserCtl::variantsForVerify, wizard, &DeleteObjectWizard::variantsForVerify);
+    connect(this, &UserCtl::uidsForVerify, wizard, &DeleteObjectWizard::uidsForVerify);
+    connect(this, &UserCtl::startVerify, wizard, &DeleteObjectWizard::startVerify);
+    connect(wizard, &DeleteObjectWizard::requestUserTemplatesForDelete, this,
+            &UserCtl::getUserTemplatesForDeleteUser);
+
+    wizard->setEnabled(true);
+    wizard->show();
+}
+
+void UserCtl::fingerprintButtonClicked()
+{
+    const QModelIndexList rows = selectedRows(m_ui->usersList);
+    if (rows.isEmpty() || !rows.first().isValid())
+        return;
+    const zeral::TYPE_ID uid = rows.first().data(Qt::DisplayRole).toUInt();
+    if (uid == 0)
+        return;
+    // The studio's enrolment screen answers 18 when the operator may not edit fingerprints,
+    // and tells this client by its identity when the screen closes.
+    Command command = newCommand();
+    command.name = QLatin1String(zeral::proto::studio::ShowFingerprintWidget);
+    command.type = zeral::proto::NamedCommand;
+    ZRDataStream out(&command.data, QIODevice::WriteOnly);
+    out << qint32(uid) << m_clientId;
+    sendQuery(command, handler(&UserCtl::editBiometricsHandler));
+}
 
 void UserCtl::showUserProperties() {}
 
-void UserCtl::userBlockChange() {}
+void UserCtl::userBlockChange()
+{
+    changeBlockStateOfSelection(m_ui->usersList);
+}
 
-void UserCtl::mobileUserBlockChange() {}
+void UserCtl::mobileUserBlockChange()
+{
+    changeBlockStateOfSelection(m_ui->mobileUsersList);
+}
 
-void UserCtl::changeUserBlockState(zeral::OBJECT_UID_SET, zeral::OBJECT_UID_SET) {}
+void UserCtl::changeBlockStateOfSelection(const QAbstractItemView *table)
+{
+    zeral::OBJECT_UID_SET blocked;
+    zeral::OBJECT_UID_SET unblocked;
+    for (const zeral::TYPE_ID uid : selectedUids(table)) {
+        if (isBlocked(storedUser(uid)))
+            blocked.insert(uid);
+        else
+            unblocked.insert(uid);
+    }
+    changeUserBlockState(blocked, unblocked);
+}
 
-void UserCtl::userBlockChangeResult(zeral::TYPE_ID) {}
+void UserCtl::changeUserBlockState(zeral::OBJECT_UID_SET blocked, zeral::OBJECT_UID_SET unblocked)
+{
+    // One unblocked user among them and the whole selection is blocked.
+    const bool block = !unblocked.isEmpty();
+    const QMessageBox::StandardButton answer
+        = QMessageBox::question(this, tr("Блокировка пользователей"),
+                                block ? tr("Заблокировать выбранных пользователей?")
+                                      : tr("Разблокировать выбранных пользователей?"),
+                                QMessageBox::Yes | QMessageBox::No, QMessageBox::No);
+    if (answer != QMessageBox::Yes)
+        return;
+    const QString state = block ? QStringLiteral("b") : QString();
+    // The local wall-clock time marked as UTC: that is how the state date has always been kept.
+    const QString stateDate = QString::number(
+        QDateTime(QDate::currentDate(), QTime::currentTime(), Qt::UTC).toSecsSinceEpoch());
+
+    const zeral::OBJECT_UID_SET users = blocked.unite(unblocked);
+    for (const zeral::TYPE_ID uid : users) {
+        zeral::ObjectInfo user = storedUser(uid);
+        user.parameters.insert(QLatin1String(db::user::OBJECTSTATE), state);
+        user.parameters.insert(QLatin1String(db::user::OBJECTSTATEDATE), stateDate);
+
+        zeral::TaskInfo task;
+        task.uid = user.uid;
+        task.type = QStringLiteral("save_object");
+        task.data.insert(QStringLiteral("object_type"), user.type);
+        task.data.insert(QStringLiteral("parent"), user.parent);
+        for (auto it = user.parameters.constBegin(); it != user.parameters.constEnd(); ++it)
+            task.data.insert(PropertyPrefix + it.key(), it.value());
+        task.receiver = this;
+        task.method = QStringLiteral("userBlockChangeResult");
+        const QString name = ZRGlobals::objectName(user);
+        task.startMessage = tr("Сохранение параметров пользователя %1").arg(name);
+        task.errorMessage = tr("Ошибка сохранения параметров пользователя %1").arg(name);
+        addTask(task);
+    }
+}
+
+void UserCtl::userBlockChangeResult(zeral::TYPE_ID uid)
+{
+    // The lists follow the store's change by themselves.
+    if (uid != 0)
+        showPopupMessage(tr("Изменение блокировки пользователя %1 успешно")
+                             .arg(ZRGlobals::objectName(storedUser(uid))),
+                         MessageWidget::Icon(0), 0);
+    else
+        showPopupCriticalMessage(tr("Ошибка изменения блокировки пользователя"), 0);
+}
 
 void UserCtl::userSelectionChanged()
 {
@@ -1265,7 +1517,12 @@ void UserCtl::addMobileButtonClicked() {}
 
 void UserCtl::showMobileUserProperties() {}
 
-void UserCtl::removeMobileButtonClicked() {}
+void UserCtl::removeMobileButtonClicked()
+{
+    const QList<zeral::TYPE_ID> uids = selectedUids(m_ui->mobileUsersList);
+    if (!uids.isEmpty())
+        removeButtonClicked(uids);
+}
 
 void UserCtl::disconnectUser()
 {
@@ -1286,9 +1543,16 @@ void UserCtl::disconnectUser()
     sendQuery(command, handler(&UserCtl::disconnectUserResult));
 }
 
-void UserCtl::getUserTemplatesForCreateUser() {}
+void UserCtl::getUserTemplatesForCreateUser()
+{
+    // The wizard that asked listens to the ...ForVerify signals with its own widget.
+    sendConfirmationQuery(zeral::role::CONFIRM_USER_CREATE);
+}
 
-void UserCtl::getUserTemplatesForDeleteUser() {}
+void UserCtl::getUserTemplatesForDeleteUser()
+{
+    sendConfirmationQuery(zeral::role::CONFIRM_USER_DELETE);
+}
 
 void UserCtl::getSessionsInfo()
 {

@@ -23,6 +23,7 @@ class ConnectedUsersInfoWidget;
 class ConnectedUsersModel;
 class MobileUserItemDelegate;
 class ObjectTreeModel;
+class QAbstractItemView;
 class QSortFilterProxyModel;
 class QTimer;
 class UserFilterProxyModel;
@@ -181,6 +182,17 @@ private:
     void showMobileUserPropertiesHandler(Command &command);
     void fingerprintDialogClosedHandler(Command &command);
 
+    // Blocking: the selection of a users table, split into blocked and unblocked users.
+    void changeBlockStateOfSelection(const QAbstractItemView *table);
+
+    // Biometric confirmation: the stored templates of everybody who holds the confirming role
+    // go to the fingerprint widget of whoever asked, through the ...ForVerify signals.
+    void sendConfirmationQuery(const char *confirmingRole, const QString &ending = QString());
+    void templatesRead(Command &command);
+    // The template counts of the users a dialog waits for.
+    void fingerExistsRead(Command &command);
+    void editBiometricsHandler(Command &command);
+
     // The processors of the task kinds: each sends its task's request and returns whether
     // a result handler will run.
     bool processSaveObject(const zeral::TaskInfo &task);
@@ -234,4 +246,7 @@ private:
     QPointer<QWidget> m_toolbarBox;
     QPointer<ZRStackedToolBars> m_stackedToolBars;
     QPointer<SearchWidget> m_search;
+
+    // Drives the answers to the confirmation queries directly.
+    friend class TestUserCtlConfirm;
 };

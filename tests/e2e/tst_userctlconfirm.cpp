@@ -1,0 +1,170 @@
+// A change confirmed by a second person's fingerprint, end to end: fingers enrolled at a real
+// server over loopback TCP, the users screen loaded into the studio for an operator whose
+// changes need confirmation, the server running the screen's statement, and the confirmer's
+// finger on the (simulated) reader of the confirmation dialog.
+#include <app/startup/logindialog.h>
+#include <app/startup/studiocontroller.h>
+#include <app/window/mainwindow.h>
+
+#include <host/core/authdata.h>
+#include <host/core/localstorage.h>
+#include <host/core/settings.h>
+#include <host/gui/biometrics/authorizationwidget.h>
+#include <host/gui/biometrics/simulatedfingerprintreader.h>
+#include <host/gui/dialogs/validatingdialog.h>
+#include <host/gui/widgets/pluginwidget.h>
+#include <shared/fingerprintformat.h>
+#include <shared/rolenames.h>
+#include <shared/templatedata.h>
+#include <tests/server/serverharness.h>
+
+#include <KPasswordLineEdit>
+
+#include <QDialogButtonBox>
+#include <QLineEdit>
+#include <QPushButton>
+#include <QtTest>
+
+using namespace harness;
+using zeral::TYPE_ID;
+using Templates = QMultiHash<TYPE_ID, zeral::TEMPLATE_DATA>;
+using Phase = StudioController::Phase;
+
+// Records what the users screen sends towards a fingerprint widget.
+class Recorder : public QObject
+{
+    Q_OBJECT
+public slots:
+    void templates(QMultiHash<zeral::TYPE_ID, zeral::TEMPLATE_DATA> templates)
+    {
+        ++templatesCount;
+        given = templates;
+    }
+    void variant(QString name, int id, int count)
+    {
+        variants.append(QStringLiteral("%1/%2/%3").arg(name).arg(id).arg(count));
+    }
+    void uids(int variant, int index, QList<zeral::TYPE_ID> uids)
+    {
+        if (variant == 0 && index == 0)
+            granting = uids;
+    }
+    void accepted() { ++acceptedCount; }
+
+public:
+    int templatesCount = 0;
+    Templates given;
+    QStringList variants;
+    QList<TYPE_ID> granting;
+    int acceptedCount = 0;
+};
+
+class UserCtlConfirmTest : public QObject
+{
+    Q_OBJECT
+
+private slots:
+    void changeConfirmedByEnrolledFinger()
+    {
+        QTemporaryDir settings;
+        Settings::useFile(settings.filePath(QStringLiteral("studio.ini")));
+        Server server;
+        QCOMPARE(server.start(), QString());
+        namespace t = zeral::roletemplate;
+        std::unique_ptr<WireClient> root = server.rootClient();
+        const TYPE_ID guard = addUser(*root, QStringLiteral("guard"), QLatin1String(t::SECURITY));
+        const TYPE_ID clerk = addUser(*root, QStringLiteral("clerk"), QLatin1String(t::OPERATOR));
+        QVERIFY(guard && clerk);
+        QVERIFY(addUser(*root, QStringLiteral("hr"), QLatin1String(t::HR)));
+
+        // Two fingers of a confirmer, one of a user who may not confirm.
+        const QByteArray guardFingers[] = {SimulatedFingerprintReader::newTemplate(),
+                                           SimulatedFingerprintReader::newTemplate()};
+        const QByteArray clerkFinger = SimulatedFingerprintReader::newTemplate();
+        const auto enrol = [&root](TYPE_ID uid, qint32 finger, const QByteArray &data) {
+            return root
+                ->request(cmd::EnrolFinger,
+                          ZRDataStream::pack(quint32(uid), finger,
+                                             quint32(zeral::SIMULATED_FINGERPRINT_FORMAT), data))
+                .status;
+        };
+        QCOMPARE(enrol(guard, 1, guardFingers[0]), qint32(zeral::proto::StatusOk));
+        QCOMPARE(enrol(guard, 6, guardFingers[1]), qint32(zeral::proto::StatusOk));
+        QCOMPARE(enrol(clerk, 2, clerkFinger), qint32(zeral::proto::StatusOk));
+
+        // The personnel officer's changes of users wait for a confirmation.
+        StudioOptions options;
+        options.serverHost = QStringLiteral("127.0.0.1");
+        options.serverPort = server.engine->port();
+        options.pluginDir = QStringLiteral(ZR_BINARY_DIR "/plugins");
+        auto studio = std::make_unique<StudioController>(options);
+        studio->start();
+        LoginDialog *login = studio->loginDialog();
+        login->findChild<QLineEdit *>(QStringLiteral("loginEdit"))->setText(QStringLiteral("hr"));
+        login->findChild<KPasswordLineEdit *>(QStringLiteral("passwordEdit"))
+            ->setPassword(QStringLiteral("Passw0rd"));
+        login->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click();
+        QVERIFY(QTest::qWaitFor([&studio] { return studio->phase() == Phase::Running; }, 20000));
+        PluginWidget *screen = studio->mainWindow()->screenByName(QStringLiteral("userctl"));
+        QVERIFY2(screen, "the users screen wasn't loaded from " ZR_BINARY_DIR "/plugins");
+
+        // The screen's signals are known here by name only.
+        Recorder seen;
+        QVERIFY(connect(
+            screen, SIGNAL(templatesForVerify(QMultiHash<zeral::TYPE_ID, zeral::TEMPLATE_DATA>)),
+            &seen, SLOT(templates(QMultiHash<zeral::TYPE_ID, zeral::TEMPLATE_DATA>))));
+        QVERIFY(connect(screen, SIGNAL(variantsForVerify(QString, int, int)), &seen,
+                        SLOT(variant(QString, int, int))));
+        QVERIFY(connect(screen, SIGNAL(uidsForVerify(int, int, QList<zeral::TYPE_ID>)), &seen,
+                        SLOT(uids(int, int, QList<zeral::TYPE_ID>))));
+        QVERIFY(connect(screen, SIGNAL(acceptChanges()), &seen, SLOT(accepted())));
+        QVERIFY(QMetaObject::invokeMethod(screen, "verifyEdit"));
+        QVERIFY(QTest::qWaitFor([&seen] { return seen.templatesCount > 0; }, 10000));
+
+        // Only the confirmer's fingers come back, both of them, as they were enrolled.
+        QCOMPARE(seen.templatesCount, 1);
+        QCOMPARE(seen.given.uniqueKeys(), QList<TYPE_ID>{guard});
+        QList<QByteArray> bytes;
+        for (const zeral::TEMPLATE_DATA &fingerprint : seen.given.values(guard)) {
+            QCOMPARE(fingerprint.format, quint32(zeral::SIMULATED_FINGERPRINT_FORMAT));
+            bytes.append(fingerprint.data);
+        }
+        std::sort(bytes.begin(), bytes.end());
+        QList<QByteArray> expected{guardFingers[0], guardFingers[1]};
+        std::sort(expected.begin(), expected.end());
+        QCOMPARE(bytes, expected);
+        QCOMPARE(seen.variants, QStringList{QStringLiteral("Служба охраны/0/1")});
+        QCOMPARE(seen.granting, QList<TYPE_ID>{guard});
+
+        auto *dialog = screen->findChild<ValidatingDialog *>();
+        QVERIFY(dialog && dialog->isVisible());
+        auto *widget = qobject_cast<AuthorizationWidget *>(dialog->centralWidget());
+        QVERIFY(widget && widget->isEnabled());
+        QPushButton *confirm = nullptr;
+        for (QPushButton *button : dialog->findChildren<QPushButton *>()) {
+            if (button->text() == QStringLiteral("Подтвердить"))
+                confirm = button;
+        }
+        QVERIFY(confirm && !confirm->isEnabled());
+        auto *reader = qobject_cast<SimulatedFingerprintReader *>(widget->reader());
+        QVERIFY(reader);
+
+        zeral::TEMPLATE_DATA finger;
+        finger.format = zeral::SIMULATED_FINGERPRINT_FORMAT;
+        finger.data = clerkFinger;
+        reader->touch(finger); // not a confirmer: nothing to match
+        QVERIFY(!confirm->isEnabled());
+        finger.data = guardFingers[1];
+        reader->touch(finger);
+        QVERIFY(confirm->isEnabled());
+        confirm->click();
+        QCOMPARE(seen.acceptedCount, 1);
+
+        studio.reset();
+        AuthData::clear();
+        zeral::LocalStorage::instance()->clear();
+    }
+};
+
+QTEST_MAIN(UserCtlConfirmTest)
+#include "tst_userctlconfirm.moc"
