@@ -14,6 +14,7 @@
 #include <shared/datasets.h>
 #include <shared/dbkeys.h>
 #include <shared/rolenames.h>
+#include <tests/e2e/studiofixture.h>
 #include <tests/server/serverharness.h>
 #include <tests/support/modalanswerer.h>
 
@@ -37,16 +38,6 @@ namespace {
 
 const QString RootPassword = QStringLiteral("RootPass1");
 
-void submitLogin(LoginDialog *dialog, const QString &login, const QString &password,
-                 const QString &server = QString())
-{
-    dialog->findChild<QLineEdit *>(QStringLiteral("loginEdit"))->setText(login);
-    dialog->findChild<KPasswordLineEdit *>(QStringLiteral("passwordEdit"))->setPassword(password);
-    if (!server.isEmpty())
-        dialog->findChild<QComboBox *>(QStringLiteral("serverCombo"))->setEditText(server);
-    dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click();
-}
-
 QStringList callsOf(PluginWidget *screen)
 {
     return screen ? screen->property("calls").toStringList() : QStringList{QStringLiteral("none")};
@@ -68,7 +59,8 @@ public:
                         [client, upstream] { upstream->write(client->readAll()); });
                 connect(upstream, &QTcpSocket::readyRead, client,
                         [client, upstream] { client->write(upstream->readAll()); });
-                connect(upstream, &QTcpSocket::disconnected, client, &QTcpSocket::disconnectFromHost);
+                connect(upstream, &QTcpSocket::disconnected, client,
+                        &QTcpSocket::disconnectFromHost);
                 connect(client, &QTcpSocket::disconnected, client, &QObject::deleteLater);
                 m_clients.append(client);
             }
@@ -93,39 +85,32 @@ private:
 
 } // namespace
 
-class StudioTest : public QObject
+class StudioTest : public QObject, protected StudioFixture
 {
     Q_OBJECT
+public:
+    StudioTest()
+        : StudioFixture(QStringLiteral(ZR_TEST_PLUGIN_DIR))
+    {}
 
 private slots:
-    void init()
-    {
-        m_settings = std::make_unique<QTemporaryDir>();
-        Settings::useFile(m_settings->filePath(QStringLiteral("studio.ini")));
-        m_server = std::make_unique<Server>();
-        QCOMPARE(m_server->start(), QString());
-    }
-
-    void cleanup()
-    {
-        m_studio.reset();
-        m_server.reset();
-        AuthData::clear();
-        zeral::LocalStorage::instance()->clear();
-    }
+    void init() { QCOMPARE(setUp(), QString()); }
+    void cleanup() { tearDown(); }
 
     void loginLoadsTheStoreBeforeAnyScreen()
     {
         auto root = m_server->rootClient();
         for (int i = 0; i < 5; ++i)
-            QVERIFY(addUser(*root, QStringLiteral("user%1").arg(i), QLatin1String(zeral::roletemplate::OPERATOR)));
+            QVERIFY(addUser(*root, QStringLiteral("user%1").arg(i),
+                            QLatin1String(zeral::roletemplate::OPERATOR)));
         QVERIFY(logIn(QStringLiteral("root"), RootPassword));
 
         QCOMPARE(AuthData::user(), QStringLiteral("root"));
         QVERIFY(!AuthData::sessionId().isEmpty());
         QCOMPARE(AuthData::roletemplateId(), QLatin1String(zeral::roletemplate::SUPERVISOR));
-        const int users
-            = zeral::LocalStorage::instance()->constObjects(QLatin1String(zeral::USER_DATANAME)).size();
+        const int users = zeral::LocalStorage::instance()
+                              ->constObjects(QLatin1String(zeral::USER_DATANAME))
+                              .size();
         QCOMPARE(users, 6);
         MainWindow *window = m_studio->mainWindow();
         QVERIFY(window->isVisible());
@@ -137,8 +122,12 @@ private slots:
                               QStringLiteral("insertedToInterface users:6")}));
         QVERIFY(window->screenByName(QStringLiteral("employees")));
         // The foreign plugin in the folder is named to the operator and left alone.
-        QVERIFY(m_studio->pluginProblems().join(QLatin1Char(' ')).contains(QLatin1String("foreignplugin")));
-        QVERIFY(window->findChild<QLabel *>(QStringLiteral("operatorLabel"))->text().contains(QLatin1String("root")));
+        QVERIFY(m_studio->pluginProblems()
+                    .join(QLatin1Char(' '))
+                    .contains(QLatin1String("foreignplugin")));
+        QVERIFY(window->findChild<QLabel *>(QStringLiteral("operatorLabel"))
+                    ->text()
+                    .contains(QLatin1String("root")));
     }
 
     void tabSwitchesCallTheScreen()
@@ -156,9 +145,10 @@ private slots:
         auto *navigation = window->findChild<QTreeWidget *>(QStringLiteral("screenNavigation"));
         navigation->setCurrentItem(navigation->topLevelItem(0));
         QCOMPARE(window->currentTab(), 2);
-        QCOMPARE(callsOf(screen).mid(3),
-                 QStringList({QStringLiteral("onTabActivated:0"), QStringLiteral("onTabActivated:2"),
-                              QStringLiteral("deactivate"), QStringLiteral("onTabActivated:2")}));
+        QCOMPARE(
+            callsOf(screen).mid(3),
+            QStringList({QStringLiteral("onTabActivated:0"), QStringLiteral("onTabActivated:2"),
+                         QStringLiteral("deactivate"), QStringLiteral("onTabActivated:2")}));
         // The hidden tab has no row.
         QTreeWidgetItem *top = navigation->topLevelItem(0);
         QCOMPARE(top->childCount(), 2);
@@ -186,18 +176,19 @@ private slots:
     void changeOfAnotherSessionArrives()
     {
         auto root = m_server->rootClient();
-        const zeral::TYPE_ID uid
-            = addUser(*root, QStringLiteral("ivanov"), QLatin1String(zeral::roletemplate::OPERATOR));
+        const zeral::TYPE_ID uid = addUser(*root, QStringLiteral("ivanov"),
+                                           QLatin1String(zeral::roletemplate::OPERATOR));
         QVERIFY(uid);
         QVERIFY(logIn(QStringLiteral("root"), RootPassword));
         QSignalSpy changed(zeral::LocalStorage::instance(), &zeral::LocalStorage::dataChanged);
         const QHash<QString, QString> parameters
             = {{QLatin1String(db::user::OBJECTSTATE), QStringLiteral("b")}};
-        QCOMPARE(root->request(cmd::UpdateObject,
-                               ZRDataStream::pack(quint32(uid), QString(QLatin1String(db::system::USER)),
-                                                  quint32(0), parameters))
-                     .status,
-                 qint32(zeral::proto::StatusOk));
+        QCOMPARE(
+            root->request(cmd::UpdateObject,
+                          ZRDataStream::pack(quint32(uid), QString(QLatin1String(db::system::USER)),
+                                             quint32(0), parameters))
+                .status,
+            qint32(zeral::proto::StatusOk));
         QTRY_VERIFY(!changed.isEmpty());
         QCOMPARE(zeral::LocalStorage::instance()
                      ->constObject(uid, QLatin1String(zeral::USER_DATANAME))
@@ -212,7 +203,7 @@ private slots:
         const Command done = other->request(cmd::DisconnectUsers,
                                             ZRDataStream::pack(qint32(1), AuthData::sessionId()));
         QCOMPARE(done.status, qint32(zeral::proto::StatusOk));
-        QTRY_COMPARE(m_studio->phase(), Phase::Login);
+        QTRY_COMPARE_WITH_TIMEOUT(m_studio->phase(), Phase::Login, 20000);
         QVERIFY(!m_studio->mainWindow());
         QVERIFY(m_studio->loginDialog()->isVisible());
         // The reason the server gave, with who did it.
@@ -221,7 +212,7 @@ private slots:
         QVERIFY(!AuthData::isLoggedIn());
         // And the operator can log in again.
         submitLogin(m_studio->loginDialog(), QStringLiteral("root"), RootPassword);
-        QTRY_COMPARE(m_studio->phase(), Phase::Running);
+        QTRY_COMPARE_WITH_TIMEOUT(m_studio->phase(), Phase::Running, 20000);
     }
 
     void droppedConnectionIsResumedAndTheStoreReloaded()
@@ -240,8 +231,8 @@ private slots:
         QVERIFY(notice->isVisible());
         // What another operator does meanwhile shows once the store is read again.
         auto root = m_server->rootClient();
-        const zeral::TYPE_ID uid
-            = addUser(*root, QStringLiteral("sidorov"), QLatin1String(zeral::roletemplate::OPERATOR));
+        const zeral::TYPE_ID uid = addUser(*root, QStringLiteral("sidorov"),
+                                           QLatin1String(zeral::roletemplate::OPERATOR));
         QVERIFY(uid);
         QTRY_VERIFY2(notice->text().contains(QStringLiteral("данные обновлены")),
                      qPrintable(notice->text()));
@@ -256,11 +247,16 @@ private slots:
     {
         QTest::addColumn<QString>("situation");
         QTest::addColumn<QString>("expected");
-        QTest::addRow("wrong password") << "wrong" << "Неверное имя пользователя или пароль";
-        QTest::addRow("blocked account") << "blocked" << "заблокирована";
-        QTest::addRow("locked after failures") << "locked" << "временно закрыт";
-        QTest::addRow("unreachable server") << "unreachable" << "недоступен";
-        QTest::addRow("malformed address") << "address" << "не подходит";
+        QTest::addRow("wrong password") << "wrong"
+                                        << "Неверное имя пользователя или пароль";
+        QTest::addRow("blocked account") << "blocked"
+                                         << "заблокирована";
+        QTest::addRow("locked after failures") << "locked"
+                                               << "временно закрыт";
+        QTest::addRow("unreachable server") << "unreachable"
+                                            << "недоступен";
+        QTest::addRow("malformed address") << "address"
+                                           << "не подходит";
     }
 
     void loginFailureIsExplained()
@@ -269,7 +265,8 @@ private slots:
         QFETCH(QString, expected);
         auto root = m_server->rootClient();
         const QString login = QStringLiteral("petrov");
-        const zeral::TYPE_ID uid = addUser(*root, login, QLatin1String(zeral::roletemplate::OPERATOR));
+        const zeral::TYPE_ID uid
+            = addUser(*root, login, QLatin1String(zeral::roletemplate::OPERATOR));
         QVERIFY(uid);
         QString password = QStringLiteral("Passw0rd");
         QString server = QStringLiteral("127.0.0.1:%1").arg(m_server->engine->port());
@@ -278,9 +275,11 @@ private slots:
             // Typed by the operator, not the studio's default: the retry must go there too.
             server = QStringLiteral("localhost:%1").arg(m_server->engine->port());
         } else if (situation == QLatin1String("blocked")) {
-            const QHash<QString, QString> blocked = {{QLatin1String(db::user::OBJECTSTATE), QStringLiteral("b")}};
+            const QHash<QString, QString> blocked
+                = {{QLatin1String(db::user::OBJECTSTATE), QStringLiteral("b")}};
             QCOMPARE(root->request(cmd::UpdateObject,
-                                   ZRDataStream::pack(quint32(uid), QString(QLatin1String(db::system::USER)),
+                                   ZRDataStream::pack(quint32(uid),
+                                                      QString(QLatin1String(db::system::USER)),
                                                       quint32(0), blocked))
                          .status,
                      qint32(zeral::proto::StatusOk));
@@ -314,14 +313,18 @@ private slots:
     void anotherOperatorGetsScreensOfHisOwn()
     {
         auto root = m_server->rootClient();
-        QVERIFY(addUser(*root, QStringLiteral("mobile"), QLatin1String(zeral::roletemplate::MOBILE)));
+        QVERIFY(
+            addUser(*root, QStringLiteral("mobile"), QLatin1String(zeral::roletemplate::MOBILE)));
         QVERIFY(logIn(QStringLiteral("root"), RootPassword));
-        QPointer<PluginWidget> first = m_studio->mainWindow()->screenByName(QStringLiteral("testscreen"));
+        QPointer<PluginWidget> first
+            = m_studio->mainWindow()->screenByName(QStringLiteral("testscreen"));
         QVERIFY(first);
         m_studio->mainWindow()->findChild<QAction *>(QStringLiteral("actionLogout"))->trigger();
         QTRY_COMPARE(m_studio->phase(), Phase::Login);
         QVERIFY(!AuthData::isLoggedIn());
-        QVERIFY(zeral::LocalStorage::instance()->constObjects(QLatin1String(zeral::USER_DATANAME)).isEmpty());
+        QVERIFY(zeral::LocalStorage::instance()
+                    ->constObjects(QLatin1String(zeral::USER_DATANAME))
+                    .isEmpty());
         QTRY_VERIFY(!first); // the last operator's screens are gone
 
         submitLogin(m_studio->loginDialog(), QStringLiteral("mobile"), QStringLiteral("Passw0rd"));
@@ -342,7 +345,8 @@ private slots:
     void screenNotForTheOperatorIsLeftOut()
     {
         auto root = m_server->rootClient();
-        QVERIFY(addUser(*root, QStringLiteral("mobile"), QLatin1String(zeral::roletemplate::MOBILE)));
+        QVERIFY(
+            addUser(*root, QStringLiteral("mobile"), QLatin1String(zeral::roletemplate::MOBILE)));
         QVERIFY(logIn(QStringLiteral("mobile"), QStringLiteral("Passw0rd")));
         MainWindow *window = m_studio->mainWindow();
         QVERIFY(!window->screenByName(QStringLiteral("testscreen")));
@@ -383,28 +387,6 @@ private slots:
     }
 
 private:
-    void startStudio(quint16 port = 0)
-    {
-        StudioOptions options;
-        options.serverHost = QStringLiteral("127.0.0.1");
-        options.serverPort = port ? port : m_server->engine->port();
-        options.pluginDir = QStringLiteral(ZR_TEST_PLUGIN_DIR);
-        m_studio = std::make_unique<StudioController>(options);
-        m_studio->start();
-    }
-
-    bool logIn(const QString &login, const QString &password)
-    {
-        startStudio();
-        submitLogin(m_studio->loginDialog(), login, password);
-        if (!QTest::qWaitFor([this] { return m_studio->phase() == Phase::Running; }, 20000))
-            qWarning() << "login ended in" << m_studio->phase() << m_studio->loginDialog()->messageText();
-        return m_studio->mainWindow() != nullptr;
-    }
-
-    std::unique_ptr<QTemporaryDir> m_settings;
-    std::unique_ptr<Server> m_server;
-    std::unique_ptr<StudioController> m_studio;
 };
 
 QTEST_MAIN(StudioTest)

@@ -2,13 +2,11 @@
 // server over loopback TCP, the users screen loaded into the studio for an operator whose
 // changes need confirmation, the server running the screen's statement, and the confirmer's
 // finger on the (simulated) reader of the confirmation dialog.
-#include <app/startup/logindialog.h>
 #include <app/startup/studiocontroller.h>
 #include <app/window/mainwindow.h>
 
 #include <host/core/authdata.h>
 #include <host/core/localstorage.h>
-#include <host/core/settings.h>
 #include <host/gui/biometrics/authorizationwidget.h>
 #include <host/gui/biometrics/simulatedfingerprintreader.h>
 #include <host/gui/dialogs/validatingdialog.h>
@@ -16,19 +14,14 @@
 #include <shared/fingerprintformat.h>
 #include <shared/rolenames.h>
 #include <shared/templatedata.h>
-#include <tests/server/serverharness.h>
+#include <tests/e2e/studiofixture.h>
 
-#include <KPasswordLineEdit>
-
-#include <QDialogButtonBox>
-#include <QLineEdit>
 #include <QPushButton>
 #include <QtTest>
 
 using namespace harness;
 using zeral::TYPE_ID;
 using Templates = QMultiHash<TYPE_ID, zeral::TEMPLATE_DATA>;
-using Phase = StudioController::Phase;
 
 // Records what the users screen sends towards a fingerprint widget.
 class Recorder : public QObject
@@ -59,19 +52,22 @@ public:
     int acceptedCount = 0;
 };
 
-class UserCtlConfirmTest : public QObject
+class UserCtlConfirmTest : public QObject, protected StudioFixture
 {
     Q_OBJECT
+public:
+    UserCtlConfirmTest()
+        : StudioFixture(QStringLiteral(ZR_BINARY_DIR "/plugins"))
+    {}
 
 private slots:
+    void init() { QCOMPARE(setUp(), QString()); }
+    void cleanup() { tearDown(); }
+
     void changeConfirmedByEnrolledFinger()
     {
-        QTemporaryDir settings;
-        Settings::useFile(settings.filePath(QStringLiteral("studio.ini")));
-        Server server;
-        QCOMPARE(server.start(), QString());
         namespace t = zeral::roletemplate;
-        std::unique_ptr<WireClient> root = server.rootClient();
+        std::unique_ptr<WireClient> root = m_server->rootClient();
         const TYPE_ID guard = addUser(*root, QStringLiteral("guard"), QLatin1String(t::SECURITY));
         const TYPE_ID clerk = addUser(*root, QStringLiteral("clerk"), QLatin1String(t::OPERATOR));
         QVERIFY(guard && clerk);
@@ -93,19 +89,8 @@ private slots:
         QCOMPARE(enrol(clerk, 2, clerkFinger), qint32(zeral::proto::StatusOk));
 
         // The personnel officer's changes of users wait for a confirmation.
-        StudioOptions options;
-        options.serverHost = QStringLiteral("127.0.0.1");
-        options.serverPort = server.engine->port();
-        options.pluginDir = QStringLiteral(ZR_BINARY_DIR "/plugins");
-        auto studio = std::make_unique<StudioController>(options);
-        studio->start();
-        LoginDialog *login = studio->loginDialog();
-        login->findChild<QLineEdit *>(QStringLiteral("loginEdit"))->setText(QStringLiteral("hr"));
-        login->findChild<KPasswordLineEdit *>(QStringLiteral("passwordEdit"))
-            ->setPassword(QStringLiteral("Passw0rd"));
-        login->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click();
-        QVERIFY(QTest::qWaitFor([&studio] { return studio->phase() == Phase::Running; }, 20000));
-        PluginWidget *screen = studio->mainWindow()->screenByName(QStringLiteral("userctl"));
+        QVERIFY(logIn(QStringLiteral("hr"), QStringLiteral("Passw0rd")));
+        PluginWidget *screen = m_studio->mainWindow()->screenByName(QStringLiteral("userctl"));
         QVERIFY2(screen, "the users screen wasn't loaded from " ZR_BINARY_DIR "/plugins");
 
         // The screen's signals are known here by name only.
@@ -159,10 +144,6 @@ private slots:
         QVERIFY(confirm->isEnabled());
         confirm->click();
         QCOMPARE(seen.acceptedCount, 1);
-
-        studio.reset();
-        AuthData::clear();
-        zeral::LocalStorage::instance()->clear();
     }
 };
 

@@ -1,12 +1,10 @@
 // The users screen in the studio: loaded from the studio's plugin folder, logged in against a
 // real server on a temporary database over loopback TCP, with its tabs by the operator's rights.
-#include <app/startup/logindialog.h>
 #include <app/startup/studiocontroller.h>
 #include <app/window/mainwindow.h>
 
 #include <host/core/authdata.h>
 #include <host/core/localstorage.h>
-#include <host/core/settings.h>
 #include <host/core/zrdatastream.h>
 #include <host/gui/models/itemroles.h>
 #include <host/gui/widgets/messagewidget.h>
@@ -14,41 +12,26 @@
 #include <host/gui/widgets/searchwidget.h>
 #include <host/gui/widgets/zractionstoolbar.h>
 #include <shared/rolenames.h>
-#include <tests/server/serverharness.h>
-
-#include <KPasswordLineEdit>
+#include <tests/e2e/studiofixture.h>
 
 #include <QAction>
-#include <QDialogButtonBox>
-#include <QLineEdit>
-#include <QPushButton>
 #include <QTabWidget>
 #include <QTableView>
 #include <QtTest>
 
 using namespace harness;
-using Phase = StudioController::Phase;
 
-class UserCtlStudioTest : public QObject
+class UserCtlStudioTest : public QObject, protected StudioFixture
 {
     Q_OBJECT
+public:
+    UserCtlStudioTest()
+        : StudioFixture(QStringLiteral(ZR_BINARY_DIR "/plugins"))
+    {}
 
 private slots:
-    void init()
-    {
-        m_settings = std::make_unique<QTemporaryDir>();
-        Settings::useFile(m_settings->filePath(QStringLiteral("studio.ini")));
-        m_server = std::make_unique<Server>();
-        QCOMPARE(m_server->start(), QString());
-    }
-
-    void cleanup()
-    {
-        m_studio.reset();
-        m_server.reset();
-        AuthData::clear();
-        zeral::LocalStorage::instance()->clear();
-    }
+    void init() { QCOMPARE(setUp(), QString()); }
+    void cleanup() { tearDown(); }
 
     void screenAndTabsByRights_data()
     {
@@ -163,28 +146,6 @@ private:
         }
         return logins;
     }
-
-    bool logIn(const QString &login, const QString &password)
-    {
-        StudioOptions options;
-        options.serverHost = QStringLiteral("127.0.0.1");
-        options.serverPort = m_server->engine->port();
-        options.pluginDir = QStringLiteral(ZR_BINARY_DIR "/plugins");
-        m_studio = std::make_unique<StudioController>(options);
-        m_studio->start();
-        LoginDialog *dialog = m_studio->loginDialog();
-        dialog->findChild<QLineEdit *>(QStringLiteral("loginEdit"))->setText(login);
-        dialog->findChild<KPasswordLineEdit *>(QStringLiteral("passwordEdit"))
-            ->setPassword(password);
-        dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click();
-        if (!QTest::qWaitFor([this] { return m_studio->phase() == Phase::Running; }, 20000))
-            qWarning() << "login ended in" << m_studio->phase() << dialog->messageText();
-        return m_studio->mainWindow() != nullptr;
-    }
-
-    std::unique_ptr<QTemporaryDir> m_settings;
-    std::unique_ptr<Server> m_server;
-    std::unique_ptr<StudioController> m_studio;
 };
 
 QTEST_MAIN(UserCtlStudioTest)
