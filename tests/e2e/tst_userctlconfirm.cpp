@@ -11,12 +11,16 @@
 #include <host/gui/biometrics/simulatedfingerprintreader.h>
 #include <host/gui/dialogs/validatingdialog.h>
 #include <host/gui/widgets/pluginwidget.h>
+#include <host/gui/wizards/deleteobjectwizard.h>
+#include <host/gui/wizards/deleteverifywizardpage.h>
 #include <shared/fingerprintformat.h>
 #include <shared/rolenames.h>
 #include <shared/templatedata.h>
 #include <tests/e2e/studiofixture.h>
 
+#include <QAction>
 #include <QPushButton>
+#include <QTableView>
 #include <QtTest>
 
 using namespace harness;
@@ -144,6 +148,69 @@ private slots:
         QVERIFY(confirm->isEnabled());
         confirm->click();
         QCOMPARE(seen.acceptedCount, 1);
+    }
+
+    void deletionWaitsForAConfirmer_data()
+    {
+        QTest::addColumn<bool>("confirmed");
+        QTest::addRow("confirmed") << true;
+        QTest::addRow("refused") << false;
+    }
+    void deletionWaitsForAConfirmer()
+    {
+        QFETCH(bool, confirmed);
+        namespace t = zeral::roletemplate;
+        std::unique_ptr<WireClient> root = m_server->rootClient();
+        const TYPE_ID guard = addUser(*root, QStringLiteral("guard"), QLatin1String(t::SECURITY));
+        const TYPE_ID clerk = addUser(*root, QStringLiteral("clerk"), QLatin1String(t::OPERATOR));
+        QVERIFY(guard && clerk && addUser(*root, QStringLiteral("hr"), QLatin1String(t::HR)));
+        const QByteArray guardFinger = SimulatedFingerprintReader::newTemplate();
+        QCOMPARE(root->request(cmd::EnrolFinger,
+                               ZRDataStream::pack(quint32(guard), qint32(1),
+                                                  quint32(zeral::SIMULATED_FINGERPRINT_FORMAT),
+                                                  guardFinger))
+                     .status,
+                 qint32(zeral::proto::StatusOk));
+
+        // The personnel officer deletes, the guard confirms at the reader.
+        QVERIFY(logIn(QStringLiteral("hr"), QStringLiteral("Passw0rd")));
+        PluginWidget *screen = m_studio->mainWindow()->screenByName(QStringLiteral("userctl"));
+        auto *users = screen->findChild<QTableView *>(QStringLiteral("usersList"));
+        for (int row = 0; row < users->model()->rowCount(); ++row) {
+            if (users->model()->index(row, 0).data().toUInt() == clerk)
+                users->selectRow(row);
+        }
+        screen->findChild<QAction *>(QStringLiteral("actionRemove"))->trigger();
+        auto *wizard = screen->findChild<DeleteObjectWizard *>();
+        QVERIFY(wizard && wizard->needVerify());
+        wizard->next();
+        QCOMPARE(wizard->currentId(), int(DeleteObjectWizard::VerifyPage));
+        AuthorizationWidget *widget = wizard->verifyPage()->authorizationWidget();
+        QTRY_VERIFY(widget->isEnabled());
+        QVERIFY(!wizard->verifyPage()->isComplete());
+
+        zeral::ObjectInfo stillThere;
+        if (confirmed) {
+            zeral::TEMPLATE_DATA finger;
+            finger.format = zeral::SIMULATED_FINGERPRINT_FORMAT;
+            finger.data = guardFinger;
+            qobject_cast<SimulatedFingerprintReader *>(widget->reader())->touch(finger);
+            QVERIFY(wizard->verifyPage()->isComplete());
+            wizard->next();
+            QTRY_VERIFY_WITH_TIMEOUT(!zeral::LocalStorage::instance()
+                                          ->constObjects(QStringLiteral("user"))
+                                          .contains(clerk),
+                                     10000);
+        } else {
+            wizard->reject();
+            // A round trip through the server: a deletion would have been pushed by now.
+            QVERIFY(addUser(*root, QStringLiteral("later"), QLatin1String(t::OPERATOR)));
+            QTRY_VERIFY(zeral::LocalStorage::instance()->constObjects(QStringLiteral("user")).size()
+                        == 5);
+            QVERIFY(zeral::LocalStorage::instance()
+                        ->constObjects(QStringLiteral("user"))
+                        .contains(clerk));
+        }
     }
 };
 
