@@ -6,6 +6,8 @@
 #include <tests/support/modeldump.h>
 
 #include <QAbstractItemModelTester>
+#include <QSignalSpy>
+#include <QSortFilterProxyModel>
 #include <QtTest>
 
 using zeral::ObjectInfo;
@@ -42,6 +44,7 @@ private slots:
     void updateMovesAndKeepsRow();
     void cycleStaysAtTop();
     void rolesAndColumns();
+    void valuesComeWithTheRows();
     void storeModelFollowsStore();
     void rolesModelFollowsCatalogue();
 };
@@ -167,6 +170,46 @@ void TestObjectTreeModel::rolesAndColumns()
     QCOMPARE(index.siblingAtColumn(3).data().toString(), QStringLiteral("x"));
     QCOMPARE(index.siblingAtColumn(3).data(ItemRoles::ObjectState).toInt(), 7);
     QCOMPARE(model.constInfo(10).parameters.value("PT_NAME"), QStringLiteral("Павел"));
+}
+
+void TestObjectTreeModel::valuesComeWithTheRows()
+{
+    using Cell = ObjectTreeModel::CellValue;
+    ObjectTreeModel model;
+    model.setColumnCount(3);
+    QSortFilterProxyModel sorted;
+    sorted.setSourceModel(&model);
+    sorted.setSortRole(ItemRoles::SortText);
+    sorted.sort(0);
+    QAbstractItemModelTester tester(&sorted,
+                                    QAbstractItemModelTester::FailureReportingMode::QtTest);
+    QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
+    const auto row = [](const char *name, const char *text) {
+        return ObjectTreeModel::RowValues{Cell{0, ItemRoles::SortText, QString::fromUtf8(name)},
+                                          Cell{2, Qt::EditRole, QString::fromUtf8(text)}};
+    };
+
+    // New rows arrive with their values: the sorted proxy has them in place, nothing changed.
+    model.add({dept(1, 0), dept(2, 0), dept(3, 0)}, {row("c", "x"), row("a", "y"), row("b", "z")});
+    QCOMPARE(testing::dumpTree(sorted), QStringLiteral("2,3,1"));
+    QCOMPARE(sorted.index(0, 2).data().toString(), QStringLiteral("y"));
+    QCOMPARE(changed.count(), 0);
+
+    // A row already there: its object and its changed name are changes, the same text isn't.
+    model.add({dept(1, 0), dept(4, 0)}, {row("0", "x"), row("d", "w")});
+    QCOMPARE(testing::dumpTree(sorted), QStringLiteral("1,2,3,4"));
+    QCOMPARE(changed.count(), 2);
+
+    // One column for many rows: each block of neighbouring rows is announced once.
+    changed.clear();
+    model.setColumnValues(2, Qt::EditRole,
+                          {{1, QStringLiteral("p")},
+                           {2, QStringLiteral("q")},
+                           {4, QStringLiteral("r")},
+                           {3, QStringLiteral("z")},
+                           {77, QString()}});
+    QCOMPARE(changed.count(), 2); // rows 0-1 and row 3; uid 3 kept its value
+    QCOMPARE(model.indexForUid(4, 2).data().toString(), QStringLiteral("r"));
 }
 
 void TestObjectTreeModel::storeModelFollowsStore()

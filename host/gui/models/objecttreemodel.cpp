@@ -101,9 +101,32 @@ ObjectTreeModel::Node *ObjectTreeModel::makeNode(const ObjectInfo &object)
 {
     auto *node = new Node;
     node->info = object;
+    if (m_pendingValues) {
+        if (const RowValues *values = m_pendingValues->value(object.uid)) {
+            for (const CellValue &cell : *values)
+                storeValue(node, cell.column, cell.role, cell.value);
+        }
+    }
     prepareTexts(node);
     m_nodes.insert(object.uid, node);
     return node;
+}
+
+bool ObjectTreeModel::storeValue(Node *node, int column, int role, const QVariant &value)
+{
+    if (column == 0 && role == ItemRoles::SortText) {
+        const QString name = value.toString();
+        node->nameSet = true;
+        if (name == node->name)
+            return false;
+        node->name = name;
+        return true;
+    }
+    QVariant &stored = node->values[valueKey(column, role)];
+    if (stored == value && stored.isValid())
+        return false;
+    stored = value;
+    return true;
 }
 
 bool ObjectTreeModel::isInside(const Node *node, const Node *ancestor)
@@ -315,6 +338,57 @@ void ObjectTreeModel::add(const QList<ObjectInfo> &objects)
     }
 }
 
+void ObjectTreeModel::add(const QList<ObjectInfo> &objects, const QVector<RowValues> &values)
+{
+    Q_ASSERT(objects.size() == values.size());
+    QList<ObjectInfo> fresh;
+    QHash<TYPE_ID, const RowValues *> freshValues;
+    for (int i = 0; i < objects.size(); ++i) {
+        const ObjectInfo &object = objects.at(i);
+        if (!m_nodes.contains(object.uid)) {
+            fresh.append(object);
+            freshValues.insert(object.uid, &values.at(i));
+            continue;
+        }
+        const QModelIndex row = add(object);
+        for (const CellValue &cell : values.at(i))
+            setData(row.siblingAtColumn(cell.column), cell.value, cell.role);
+    }
+    m_pendingValues = &freshValues;
+    add(fresh);
+    m_pendingValues = nullptr;
+}
+
+void ObjectTreeModel::setColumnValues(int column, int role, const QHash<TYPE_ID, QVariant> &values)
+{
+    // Changed rows by parent, so that each block of neighbours is announced once.
+    QHash<Node *, QVector<int>> changedRows;
+    for (auto it = values.constBegin(); it != values.constEnd(); ++it) {
+        Node *node = m_nodes.value(it.key());
+        if (node && storeValue(node, column, role, it.value())) {
+            if (column == 0 && role == ItemRoles::SortText)
+                prepareTexts(node);
+            changedRows[node->parent].append(node->row);
+        }
+    }
+    const QVector<int> roles = (role == Qt::DisplayRole || role == Qt::EditRole)
+                                   ? QVector<int>{Qt::DisplayRole, Qt::EditRole}
+                                   : QVector<int>{role};
+    for (auto it = changedRows.begin(); it != changedRows.end(); ++it) {
+        QVector<int> &rows = it.value();
+        std::sort(rows.begin(), rows.end());
+        const QModelIndex parent = indexOf(it.key());
+        for (int first = 0; first < rows.size();) {
+            int last = first;
+            while (last + 1 < rows.size() && rows.at(last + 1) == rows.at(last) + 1)
+                ++last;
+            emit dataChanged(index(rows.at(first), column, parent),
+                             index(rows.at(last), column, parent), roles);
+            first = last + 1;
+        }
+    }
+}
+
 void ObjectTreeModel::remove(TYPE_ID uid)
 {
     Node *node = m_nodes.value(uid);
@@ -502,20 +576,10 @@ bool ObjectTreeModel::setData(const QModelIndex &index, const QVariant &value, i
     // The uid, the type and the parameters belong to the object, not to the screen.
     if ((column == 0 && (display || role == ItemRoles::Parameters)) || (column == 1 && display))
         return false;
-    if (column == 0 && role == ItemRoles::SortText) {
-        const QString name = value.toString();
-        node->nameSet = true;
-        if (name == node->name)
-            return true;
-        node->name = name;
+    if (!storeValue(node, column, role, value))
+        return true;
+    if (column == 0 && role == ItemRoles::SortText)
         prepareTexts(node);
-        emit dataChanged(index, index, {role});
-        return true;
-    }
-    QVariant &stored = node->values[valueKey(column, role)];
-    if (stored == value && stored.isValid())
-        return true;
-    stored = value;
     emit dataChanged(index, index,
                      display ? QVector<int>{Qt::DisplayRole, Qt::EditRole} : QVector<int>{role});
     return true;

@@ -47,6 +47,22 @@ public:
     QModelIndex add(const zeral::ObjectInfo &object);
     // The same for many objects at once, with as few signals as the tree allows.
     void add(const QList<zeral::ObjectInfo> &objects);
+
+    // A value of a row's cell, as setData() would store it.
+    struct CellValue
+    {
+        int column = 0;
+        int role = Qt::EditRole;
+        QVariant value;
+    };
+    using RowValues = QVector<CellValue>;
+    // Adds or updates the objects together with the values of their cells (`values` parallel
+    // to `objects`). New rows come with their values already in place, so that a sorted or
+    // filtering proxy places each one once; a row that was there gets setData() per value.
+    void add(const QList<zeral::ObjectInfo> &objects, const QVector<RowValues> &values);
+    // Sets one column's value in a role for many rows and announces each block of changed
+    // sibling rows once, as a range; uids the model doesn't hold are skipped.
+    void setColumnValues(int column, int role, const QHash<zeral::TYPE_ID, QVariant> &values);
     // Removes the row of the uid; its children wait at the top level for it to come back.
     void remove(zeral::TYPE_ID uid);
     void clear();
@@ -90,6 +106,8 @@ private:
     QModelIndex indexOf(const Node *node, int column = 0) const;
     void prepareTexts(Node *node);
     Node *makeNode(const zeral::ObjectInfo &object);
+    // Stores a value without a signal; true if it changed. Column 0's role 258 is the name.
+    bool storeValue(Node *node, int column, int role, const QVariant &value);
     // The node the object belongs under: its parent, or the root while that is missing.
     Node *placeFor(const zeral::ObjectInfo &object, const Node *self) const;
     void attach(Node *node, Node *parent);
@@ -103,6 +121,8 @@ private:
 
     Node m_root;
     QHash<zeral::TYPE_ID, Node *> m_nodes;
+    // While add() with values runs: the values of the rows it makes, by uid.
+    const QHash<zeral::TYPE_ID, const RowValues *> *m_pendingValues = nullptr;
     // Children that came before their parent, by the uid of the parent they wait for.
     QHash<zeral::TYPE_ID, QVector<Node *>> m_waiting;
     int m_columnCount = 2;

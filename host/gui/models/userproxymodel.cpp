@@ -24,7 +24,12 @@ void UserProxyModel::setRoletemplateFilterEnabled(bool enabled)
 
 void UserProxyModel::setRoletemplateFilter(const QStringList &ids)
 {
-    m_templates = QSet<QString>(ids.cbegin(), ids.cend());
+    // The screens set the list anew each time they are shown; refiltering a long list for the
+    // same templates would be work for nothing.
+    QSet<QString> templates(ids.cbegin(), ids.cend());
+    if (m_templatesKnown && templates == m_templates)
+        return;
+    m_templates = std::move(templates);
     m_templatesKnown = true;
     invalidateFilter();
 }

@@ -59,6 +59,10 @@ QByteArray ZRTableView::headerState() const
 
 void ZRTableView::setHeaderHiddenByDefaultColumns(const QList<int> &columns)
 {
+    // Screens repeat this after every change of their rows; only new defaults touch the
+    // layout the operator has arranged.
+    if (columns == m_hiddenByDefault)
+        return;
     m_hiddenByDefault = columns;
     m_restoring = true;
     applyDefaultColumns();

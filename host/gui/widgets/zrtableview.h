@@ -20,6 +20,7 @@ public:
     // default layout. Returns whether the state was applied.
     bool restoreHeaderState(const QByteArray &state);
     QByteArray headerState() const;
+    // Hides these columns and shows the others, unless these are the defaults already.
     void setHeaderHiddenByDefaultColumns(const QList<int> &columns);
     QList<int> headerHiddenByDefaultColumns() const { return m_hiddenByDefault; }
     // Shows every column but those hidden by default.
