@@ -68,7 +68,7 @@ QVariant ConnectedUsersModel::data(const QModelIndex &index, int role) const
         break;
     case Qt::DecorationRole:
         if (column == 0)
-            return QIcon::fromTheme(QStringLiteral("object-OT_USER"));
+            return userIcon;
         break;
     case Qt::BackgroundRole: {
         // The whole row takes its category's colour; a category without one keeps the view's.

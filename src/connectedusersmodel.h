@@ -4,6 +4,7 @@
 
 #include <QAbstractItemModel>
 #include <QDateTime>
+#include <QIcon>
 #include <QVector>
 
 // The table of client sessions on the sessions tab: one row per session that the server
@@ -76,4 +77,6 @@ private:
     qint64 serverMSecsSinceEpoch = 0;
     // Parallel to `records`.
     QVector<DerivedValues> derived;
+    // Looked up in the theme once: views ask for it for every row they measure or paint.
+    const QIcon userIcon = QIcon::fromTheme(QStringLiteral("object-OT_USER"));
 };

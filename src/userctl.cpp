@@ -27,6 +27,7 @@
 #include <host/gui/models/itemroles.h>
 #include <host/gui/models/objecttreemodel.h>
 #include <host/gui/widgets/hiddenpanel.h>
+#include <host/gui/widgets/styleditemdelegate.h>
 #include <host/gui/widgets/treeview.h>
 #include <host/gui/widgets/zractionsinserthelper.h>
 #include <host/gui/widgets/zractionstoolbar.h>
@@ -50,6 +51,7 @@
 #include <QKeyEvent>
 #include <QLocale>
 #include <QMessageBox>
+#include <QMetaMethod>
 #include <QNetworkInterface>
 #include <QPushButton>
 #include <QSet>
@@ -149,13 +151,11 @@ void setBlockActionState(QAction *action, const QList<zeral::TYPE_ID> &uids)
     bool anyUnblocked = false;
     for (const zeral::TYPE_ID uid : uids)
         anyUnblocked = anyUnblocked || !isBlocked(storedUser(uid));
-    if (anyUnblocked) {
-        action->setText(UserCtl::tr("Блокировать"));
-        action->setIcon(QIcon::fromTheme(QStringLiteral("action-lock")));
-    } else {
-        action->setText(UserCtl::tr("Разблокировать"));
-        action->setIcon(QIcon::fromTheme(QStringLiteral("action-unlock")));
-    }
+    const QString text = anyUnblocked ? UserCtl::tr("Блокировать") : UserCtl::tr("Разблокировать");
+    action->setText(text);
+    action->setToolTip(text);
+    action->setIcon(QIcon::fromTheme(anyUnblocked ? QStringLiteral("action-lock")
+                                                  : QStringLiteral("action-unlock")));
 }
 
 // The stored fingerprint templates of every user who holds the confirming role (%1), with
@@ -517,6 +517,9 @@ void UserCtl::initSessionModels()
             this, &UserCtl::connectedUserSelectionChanged);
     m_ui->connectedUsersList->hideColumn(6);
     m_ui->connectedUsersList->hideColumn(7);
+    // One line per session, drawn like the user tables; it also keeps the row heights that
+    // every poll works out cheap for thousands of sessions.
+    m_ui->connectedUsersList->setItemDelegate(new StyledItemDelegate(m_ui->connectedUsersList));
 }
 
 QString UserCtl::roleTemplateName(const QString &id) const
@@ -553,6 +556,8 @@ void UserCtl::usersRead(const QList<zeral::TYPE_ID> &uids)
         = zeral::LocalStorage::instance()->constObjects(QLatin1String(zeral::USER_DATANAME));
     const QSet<zeral::TYPE_ID> selected = selectedUserUids();
     bool selectedTouched = false;
+    QList<zeral::ObjectInfo> objects;
+    QVector<ObjectTreeModel::RowValues> rows;
     for (const zeral::TYPE_ID uid : uids) {
         const auto found = users.constFind(uid);
         if (found == users.constEnd())
@@ -562,24 +567,32 @@ void UserCtl::usersRead(const QList<zeral::TYPE_ID> &uids)
         const auto parameter = [&user](const char *key) {
             return user.parameters.value(QLatin1String(key));
         };
-        const QModelIndex row = m_userModel->add(user);
-        const auto cell = [&row](int column) {
-            return row.siblingAtColumn(column);
-        };
-        m_userModel->setData(cell(2), ZRGlobals::objectName(user.type, user.parameters),
-                             Qt::EditRole);
-        m_userModel->setData(cell(3), parameter(NAME), Qt::EditRole);
-        m_userModel->setData(cell(4), parameter(ROLE_TEMPLATE), Qt::EditRole);
-        m_userModel->setData(cell(5), parameter(db::database::PASSWORD_EXPIRED), Qt::EditRole);
-        m_userModel->setData(cell(5), parameter(OBJECTSTATE), ItemRoles::ObjectState);
-        const QString fullName
-            = tr("%1 %2 %3").arg(parameter(SURNAME), parameter(NAME), parameter(PATRONYMIC));
-        m_userModel->setData(cell(0), ZRGlobals::objectName(user), ItemRoles::SortText);
-        m_userModel->setData(cell(3), fullName, ItemRoles::SortText);
-        m_userModel->setData(cell(4), roleTemplateName(parameter(ROLE_TEMPLATE)),
-                             ItemRoles::SortText);
-        m_loginTemplates.insert(parameter(LOGIN), parameter(ROLE_TEMPLATE));
-        emit userAdded(user);
+        const QString templateId = parameter(ROLE_TEMPLATE);
+        // Assigned, not copy-constructed: the copy constructor gives each copy parameters of
+        // its own, which 100,000 users can't afford here.
+        objects.append(zeral::ObjectInfo());
+        objects.last() = user;
+        rows.append({
+            {2, Qt::EditRole, ZRGlobals::objectName(user.type, user.parameters)},
+            {3, Qt::EditRole, parameter(NAME)},
+            {4, Qt::EditRole, templateId},
+            {5, Qt::EditRole, parameter(db::database::PASSWORD_EXPIRED)},
+            {5, ItemRoles::ObjectState, parameter(OBJECTSTATE)},
+            {0, ItemRoles::SortText, ZRGlobals::objectName(user)},
+            {3, ItemRoles::SortText,
+             tr("%1 %2 %3").arg(parameter(SURNAME), parameter(NAME), parameter(PATRONYMIC))},
+            {4, ItemRoles::SortText, roleTemplateName(templateId)},
+        });
+        m_loginTemplates.insert(parameter(LOGIN), templateId);
+    }
+    // New rows come with their cells filled, so that each proxy places them once: row by row,
+    // 100,000 users would cost seconds.
+    m_userModel->add(objects, rows);
+    m_loginUidsValid = false;
+    // Each emission copies the user; nobody listening, nobody to copy for.
+    if (isSignalConnected(QMetaMethod::fromSignal(&UserCtl::userAdded))) {
+        for (const zeral::ObjectInfo &user : qAsConst(objects))
+            emit userAdded(user);
     }
 
     m_ui->usersList->setHeaderHiddenByDefaultColumns({1, 2});
@@ -595,7 +608,8 @@ void UserCtl::usersRead(const QList<zeral::TYPE_ID> &uids)
         mobileUserSelectionChanged();
         connectedUserSelectionChanged();
     }
-    if (userInfoShowsOneOf(selected))
+    // The card is redrawn only for a change of the user it shows.
+    if (userInfoShowsOneOf(selected & QSet<zeral::TYPE_ID>(uids.cbegin(), uids.cend())))
         updateUserInfoLazy();
 }
 
@@ -607,10 +621,11 @@ void UserCtl::usersRemoved(const QList<zeral::TYPE_ID> &uids)
         m_userModel->remove(uid);
         selectedTouched = selectedTouched || selected.contains(uid);
     }
+    m_loginUidsValid = false;
     if (selectedTouched) {
         userSelectionChanged();
         mobileUserSelectionChanged();
-    } else if (userInfoShowsOneOf(selected)) {
+    } else if (userInfoShowsOneOf(selected & QSet<zeral::TYPE_ID>(uids.cbegin(), uids.cend()))) {
         updateUserInfoLazy();
     }
 }
@@ -629,9 +644,15 @@ void UserCtl::roleTemplatesResult(Command &command)
         qCWarning(ucc()) << "Read role templates error" << command.status << text;
         return;
     }
+    zeral::ROLETEMPLATES_HASH templates;
     QList<QString> unused;
     bool ownTemplateAllowed = false;
-    in >> m_roleTemplates >> unused >> ownTemplateAllowed;
+    in >> templates >> unused >> ownTemplateAllowed;
+    if (in.status() != QDataStream::Ok) {
+        qCWarning(ucc()) << "Read role templates error: unreadable answer";
+        return;
+    }
+    m_roleTemplates = templates;
 
     QStringList allowed = m_roleTemplates.keys();
     if (!ownTemplateAllowed)
@@ -640,12 +661,11 @@ void UserCtl::roleTemplatesResult(Command &command)
     m_mobileUserProxy->setRoletemplateFilter(allowed);
     m_mobileUserProxy->setRoleTemplates(m_roleTemplates);
 
+    QHash<zeral::TYPE_ID, QVariant> names;
     const QList<zeral::TYPE_ID> uids = m_userModel->uniqueKeys();
-    for (const zeral::TYPE_ID uid : uids) {
-        const QModelIndex templateCell = m_userModel->indexForUid(uid, 4);
-        m_userModel->setData(templateCell, roleTemplateName(templateCell.data().toString()),
-                             ItemRoles::SortText);
-    }
+    for (const zeral::TYPE_ID uid : uids)
+        names.insert(uid, roleTemplateName(m_userModel->indexForUid(uid, 4).data().toString()));
+    m_userModel->setColumnValues(4, ItemRoles::SortText, names);
     emit roleTemplatesRead(m_roleTemplates);
 
     m_ui->usersList->update();
@@ -746,7 +766,7 @@ void UserCtl::getSessionsInfoResult(Command &command)
 
     m_connectedUsersModel->clear();
     m_connectedUsersModel->setCurrentServerTime(serverTime);
-    const QHash<QString, zeral::TYPE_ID> uidsByLogin = userUidsByLogin();
+    const QHash<QString, zeral::TYPE_ID> &uidsByLogin = userUidsByLogin();
     for (const zeral::ConnectedUserInfo &session : qAsConst(sessions)) {
         if (session.ipPort.isEmpty())
             continue;
@@ -783,10 +803,14 @@ void UserCtl::getSessionsInfoResult(Command &command)
     table->resizeRowsToContents();
 }
 
-QHash<QString, zeral::TYPE_ID> UserCtl::userUidsByLogin() const
+const QHash<QString, zeral::TYPE_ID> &UserCtl::userUidsByLogin()
 {
-    // One pass over the store instead of one per session; the first user of a login wins.
-    QHash<QString, zeral::TYPE_ID> uids;
+    // One pass over the store instead of one per session, and only after the users changed;
+    // the first user of a login in the store's order wins.
+    if (m_loginUidsValid)
+        return m_loginUids;
+    QHash<QString, zeral::TYPE_ID> &uids = m_loginUids;
+    uids.clear();
     const auto &users
         = zeral::LocalStorage::instance()->constObjects(QLatin1String(zeral::USER_DATANAME));
     for (auto it = users.constBegin(); it != users.constEnd(); ++it) {
@@ -794,6 +818,7 @@ QHash<QString, zeral::TYPE_ID> UserCtl::userUidsByLogin() const
         if (!uids.contains(login))
             uids.insert(login, it.key());
     }
+    m_loginUidsValid = true;
     return uids;
 }
 
@@ -860,6 +885,8 @@ QList<PLUGIN_TAB> UserCtl::tabList()
 
 void UserCtl::onTabActivated(int index)
 {
+    if (!m_data)
+        return; // not placed by the studio yet
     m_stackedToolBars->setCurrentIndex(index);
     setCurrentView(index);
     qCDebug(ucc()) << "activate" << index;
@@ -867,13 +894,15 @@ void UserCtl::onTabActivated(int index)
 
 void UserCtl::setCurrentView(int index)
 {
-    if (index >= 0 && index <= 2)
+    if (m_data && index >= 0 && index <= 2)
         m_ui->tabWidget->setCurrentIndex(index);
     activated();
 }
 
 void UserCtl::activated()
 {
+    if (!m_data)
+        return; // not placed by the studio yet
     const int page = m_ui->tabWidget->currentIndex();
     qCDebug(ucc()) << "activated" << page;
     // Sessions are polled only while their page is in view.

@@ -170,8 +170,8 @@ private:
 
     // Sessions: polled while their page is in view; rebuilt from each answer in full.
     void getSessionsInfoResult(Command &command);
-    // Login to the uid of the first stored user of that login.
-    QHash<QString, zeral::TYPE_ID> userUidsByLogin() const;
+    // Login to the uid of the first stored user of that login; rebuilt after user changes.
+    const QHash<QString, zeral::TYPE_ID> &userUidsByLogin();
     // Whether the operator may cut a session of that login, by both sides' templates.
     bool canDisconnect(const QString &login);
     void setCurrentConnectedUserInfoRoles();
@@ -246,6 +246,9 @@ private:
     QPointer<QWidget> m_toolbarBox;
     QPointer<ZRStackedToolBars> m_stackedToolBars;
     QPointer<SearchWidget> m_search;
+    // The sessions poll's index of the stored users by login, and whether it is current.
+    QHash<QString, zeral::TYPE_ID> m_loginUids;
+    bool m_loginUidsValid = false;
 
     // Drives the answers to the confirmation queries directly.
     friend class TestUserCtlConfirm;

@@ -1,6 +1,7 @@
 #include "userfilterproxymodel.h"
 
 #include <host/gui/models/itemroles.h>
+#include <host/gui/models/objecttreemodel.h>
 #include <shared/dbkeys.h>
 
 #include <algorithm>
@@ -12,7 +13,11 @@ UserFilterProxyModel::UserFilterProxyModel(QObject *parent)
 
 void UserFilterProxyModel::setRoleTemplates(zeral::ROLETEMPLATES_HASH rt_hash)
 {
+    // The same table again (it is read at every show of the screen) filters nothing anew.
+    if (rt_hash == m_roleTemplates && m_roleTemplatesSet)
+        return;
     m_roleTemplates = std::move(rt_hash);
+    m_roleTemplatesSet = true;
     invalidateFilter();
 }
 
@@ -37,18 +42,29 @@ bool UserFilterProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex &so
     if (!UserProxyModel::filterAcceptsRow(sourceRow, sourceParent))
         return false;
 
-    const QModelIndex first
-        = QSortFilterProxyModel::sourceModel()->index(sourceRow, 0, sourceParent);
-    const QString templateId = first.data(ItemRoles::Parameters)
-                                   .toHash()
-                                   .value(QLatin1String(db::user::ROLE_TEMPLATE))
-                                   .toString();
+    const QString templateId = roleTemplateOf(sourceRow, sourceParent);
 
     if (!m_roleFilter.isEmpty() && !roleFilterAccepts(templateId))
         return false;
     if (!m_templateFilter.isEmpty())
         return templateFilterAccepts(templateId);
     return true;
+}
+
+QString UserFilterProxyModel::roleTemplateOf(int sourceRow, const QModelIndex &sourceParent) const
+{
+    // The object's own parameters where the source is the store's tree: role 257 would build a
+    // hash of variants for each of 100,000 rows at every refilter.
+    if (const ObjectTreeModel *tree = sourceModel()) {
+        if (const ObjectTreeModel::Node *node = tree->nodeAt(sourceRow, sourceParent))
+            return node->info.parameters.value(QLatin1String(db::user::ROLE_TEMPLATE));
+    }
+    const QModelIndex first
+        = QSortFilterProxyModel::sourceModel()->index(sourceRow, 0, sourceParent);
+    return first.data(ItemRoles::Parameters)
+        .toHash()
+        .value(QLatin1String(db::user::ROLE_TEMPLATE))
+        .toString();
 }
 
 bool UserFilterProxyModel::roleFilterAccepts(const QString &templateId) const

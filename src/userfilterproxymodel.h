@@ -36,10 +36,13 @@ protected:
     bool filterAcceptsRow(int sourceRow, const QModelIndex &sourceParent) const override;
 
 private:
+    // The "PT_ROLETEMPLATE" of a source row (role 257 of column 0).
+    QString roleTemplateOf(int sourceRow, const QModelIndex &sourceParent) const;
     bool roleFilterAccepts(const QString &templateId) const;
     bool templateFilterAccepts(const QString &templateId) const;
 
     zeral::ROLETEMPLATES_HASH m_roleTemplates;
+    bool m_roleTemplatesSet = false;
     QSet<QString> m_roleFilter;
     ObjectTreeProxy::FilterType m_roleFilterType = ObjectTreeProxy::MustMatch;
     QSet<QString> m_templateFilter;
