@@ -3,124 +3,48 @@
 // and "root", who is never handed to the deletion wizard.
 #include "userctlharness.h"
 
-#include <tests/support/builders.h>
 #include <tests/support/modalanswerer.h>
 
-#include <host/core/localstorage.h>
-#include <host/core/zrdatastream.h>
-#include <host/gui/widgets/zrtableview.h>
 #include <host/gui/wizards/deleteobjectwizard.h>
-#include <shared/roletemplateinfo.h>
 
 #include <QAbstractButton>
-#include <QAction>
 #include <QMessageBox>
 #include <QPushButton>
 #include <QtTest>
 
-using zeral::TYPE_ID;
-namespace command = zeral::proto::command;
-
 namespace {
-
-zeral::ObjectInfo user(TYPE_ID uid, const QString &login, const QString &roleTemplate,
-                       const QString &state = QString())
-{
-    zeral::ObjectInfo object = testing::makeUser(uid, login);
-    object.parent = 40;
-    object.parameters.insert(QStringLiteral("PT_ROLETEMPLATE"), roleTemplate);
-    object.parameters.insert(QStringLiteral("PT_NAME"), QStringLiteral("Имя ") + login);
-    if (!state.isEmpty())
-        object.parameters.insert(QStringLiteral("PT_OBJECTSTATE"), state);
-    return object;
-}
-
-QByteArray templatesAnswer()
-{
-    const auto entry = [](const char *id, const QStringList &roles) {
-        return zeral::_ROLETEMPLATE_INFO{QLatin1String(id), {}, {}, false, roles, {}};
-    };
-    const zeral::ROLETEMPLATES_HASH templates{
-        {"RT_SUPERVISOR", entry("RT_SUPERVISOR", {"RL_USER_SHOW"})},
-        {"RT_ADMINISTRATOR", entry("RT_ADMINISTRATOR", {"RL_USER_SHOW"})},
-        {"RT_OPERATOR", entry("RT_OPERATOR", {"RL_USER_SHOW"})},
-        {"RT_MOBILE", entry("RT_MOBILE", {"RL_MOBILE_LOGIN"})},
-    };
-    return ZRDataStream::pack(templates, QList<QString>(), true);
-}
-
-void select(QAbstractItemView *table, const QList<TYPE_ID> &uids)
-{
-    table->clearSelection();
-    const QAbstractItemModel *model = table->model();
-    for (int row = 0; row < model->rowCount(); ++row) {
-        if (uids.contains(model->index(row, 0).data().toUInt()))
-            table->selectionModel()->select(model->index(row, 0), QItemSelectionModel::Select
-                                                                      | QItemSelectionModel::Rows);
-    }
-}
 
 // One "data.update_object" request as the server reads it.
 struct Saved
 {
+    explicit Saved(const Command &request) { unpack(request.data, uid, type, parent, parameters); }
     TYPE_ID uid = 0;
     QString type;
     TYPE_ID parent = 0;
     QHash<QString, QString> parameters;
 };
 
-Saved saved(const Command &request)
-{
-    Saved s;
-    ZRDataStream in(request.data);
-    in >> s.uid >> s.type >> s.parent >> s.parameters;
-    return s;
-}
-
-QStringList popupTexts(const UserCtl *screen)
-{
-    QStringList texts;
-    for (const MessageWidget *popup : screen->popups())
-        texts.append(popup->text());
-    return texts;
-}
-
-// Answers the block question with `button` and keeps what it asked.
-struct QuestionAnswer
-{
-    QString title;
-    QString text;
-};
-ModalAnswerer *answerQuestion(QuestionAnswer *seen, QMessageBox::StandardButton button)
-{
-    return new ModalAnswerer([seen, button](QWidget *modal) {
-        auto *box = qobject_cast<QMessageBox *>(modal);
-        QVERIFY(box);
-        seen->title = box->windowTitle();
-        seen->text = box->text();
-        QCOMPARE(static_cast<QAbstractButton *>(box->defaultButton()),
-                 box->button(QMessageBox::No));
-        box->button(button)->click();
-    });
-}
-
 } // namespace
 
 class TestUserCtlBlocking : public QObject
 {
     Q_OBJECT
+    using H = UserCtlHarness;
 
-    struct Screen : UserCtlHarness
+    // Answers the block question with Yes and keeps what it asked.
+    struct Question : ModalAnswerer
     {
-        explicit Screen(const QStringList &roles = UserCtlHarness::allRoles())
-            : UserCtlHarness(roles)
-        {
-            users = child<ZRTableView>("usersList");
-            mobile = child<ZRTableView>("mobileUsersList");
-            server.answerOk(sent(command::RoleTemplateInherit).last(), templatesAnswer());
-        }
-        ZRTableView *users = nullptr;
-        ZRTableView *mobile = nullptr;
+        Question()
+            : ModalAnswerer([this](QWidget *modal) {
+                auto *box = qobject_cast<QMessageBox *>(modal);
+                QVERIFY(box);
+                asked = box->windowTitle() + QLatin1Char('|') + box->text();
+                QCOMPARE(static_cast<QAbstractButton *>(box->defaultButton()),
+                         box->button(QMessageBox::No));
+                box->button(QMessageBox::Yes)->click();
+            })
+        {}
+        QString asked;
     };
 
 private slots:
@@ -130,12 +54,10 @@ private slots:
     }
     void init()
     {
-        zeral::LocalStorage::instance()->clear();
-        zeral::LocalStorage::instance()->applyChanged(
-            QStringLiteral("user"),
-            {user(1, "root", "RT_SUPERVISOR"), user(3, "ivanov", "RT_OPERATOR", "b"),
-             user(4, "petrov", "RT_OPERATOR"), user(5, "sidorov", "RT_OPERATOR", "B"),
-             user(6, "mob", "RT_MOBILE", "B"), user(7, "mob2", "RT_MOBILE")});
+        H::storeUsers(
+            {H::user(1, "root", "RT_SUPERVISOR"), H::user(3, "ivanov", "RT_OPERATOR", "b"),
+             H::user(4, "petrov", "RT_OPERATOR"), H::user(5, "sidorov", "RT_OPERATOR", "B"),
+             H::user(6, "mob", "RT_MOBILE", "B"), H::user(7, "mob2", "RT_MOBILE")});
     }
     void cleanup() { zeral::LocalStorage::instance()->clear(); }
 
@@ -159,71 +81,60 @@ private slots:
         QFETCH(QList<TYPE_ID>, selection);
         QFETCH(QString, question);
         QFETCH(QString, state);
-        Screen h;
-        select(mobileTab ? h.mobile : h.users, selection);
-        QuestionAnswer seen;
-        std::unique_ptr<ModalAnswerer> answerer(answerQuestion(&seen, QMessageBox::Yes));
+        H h;
+        h.answerTemplates();
+        H::select(mobileTab ? h.mobile : h.users, selection);
+        Question answerer;
         const qint64 before
             = QDateTime(QDate::currentDate(), QTime::currentTime(), Qt::UTC).toSecsSinceEpoch();
-        h.child<QAction>(mobileTab ? "actionBlockMobileChange" : "actionBlockChange")->trigger();
-        QVERIFY(answerer->answered());
-        QCOMPARE(seen.title, QStringLiteral("Блокировка пользователей"));
-        QCOMPARE(seen.text, question);
+        h.child(mobileTab ? "actionBlockMobileChange" : "actionBlockChange")->trigger();
+        QCOMPARE(answerer.asked, QStringLiteral("Блокировка пользователей|") + question);
 
         // One save per user, each with every parameter of the stored user.
         QList<TYPE_ID> savedUids;
         for (int i = 0; i < selection.size(); ++i) {
             QCOMPARE(h.sent(command::UpdateObject).size(), i + 1);
-            const Command request = h.sent(command::UpdateObject).at(i);
-            const Saved s = saved(request);
+            const Saved s(h.sent(command::UpdateObject).at(i));
             savedUids.append(s.uid);
-            const zeral::ObjectInfo &stored
-                = zeral::LocalStorage::instance()->constObject(s.uid, QStringLiteral("user"));
-            QCOMPARE(s.type, QStringLiteral("OT_USER"));
-            QCOMPARE(s.parent, TYPE_ID(40));
-            QHash<QString, QString> expected = stored.parameters;
+            QCOMPARE(s.type + QString::number(s.parent), QStringLiteral("OT_USER40"));
+            QHash<QString, QString> expected
+                = zeral::LocalStorage::instance()->constObject(s.uid, "user").parameters;
             expected.insert(QStringLiteral("PT_OBJECTSTATE"), state);
-            expected.insert(QStringLiteral("PT_OBJECTSTATEDATE"),
-                            s.parameters.value(QStringLiteral("PT_OBJECTSTATEDATE")));
+            const QString date = s.parameters.value(QStringLiteral("PT_OBJECTSTATEDATE"));
+            expected.insert(QStringLiteral("PT_OBJECTSTATEDATE"), date);
             QCOMPARE(s.parameters, expected);
             // The local wall-clock time, marked as UTC.
-            const qint64 date
-                = s.parameters.value(QStringLiteral("PT_OBJECTSTATEDATE")).toLongLong();
-            QVERIFY2(date >= before && date <= before + 5, qPrintable(QString::number(date)));
-            h.server.answerOk(request);
+            QVERIFY2(date.toLongLong() >= before && date.toLongLong() <= before + 5,
+                     qPrintable(date));
+            h.server.answerOk(h.sent(command::UpdateObject).at(i));
         }
         std::sort(savedUids.begin(), savedUids.end());
         QCOMPARE(savedUids, selection);
         QTRY_COMPARE(h.screen->popups().size(), selection.size());
-        QVERIFY(popupTexts(h.screen).contains(
-            QStringLiteral("Изменение блокировки пользователя %1 успешно")
-                .arg(zeral::LocalStorage::instance()
-                         ->constObject(selection.first(), QStringLiteral("user"))
-                         .parameters.value(QStringLiteral("PT_LOGIN")))));
+        const QString login = selection.first() == 3 ? "ivanov" : mobileTab ? "mob" : "petrov";
+        QVERIFY(h.popupTexts().contains(
+            QStringLiteral("Изменение блокировки пользователя %1 успешно").arg(login)));
     }
 
     void failedSaveDropsOnlyThatUsersTasks()
     {
-        Screen h;
-        select(h.users, {3, 4});
-        QuestionAnswer seen;
-        std::unique_ptr<ModalAnswerer> answerer(answerQuestion(&seen, QMessageBox::Yes));
-        h.child<QAction>("actionBlockChange")->trigger();
+        H h;
+        h.answerTemplates();
+        H::select(h.users, {3, 4});
+        Question answerer;
+        h.child("actionBlockChange")->trigger();
         const Command first = h.sent(command::UpdateObject).at(0);
-        const TYPE_ID failing = saved(first).uid;
-        const TYPE_ID other = failing == 3 ? 4 : 3;
+        const TYPE_ID failing = Saved(first).uid;
         // Another window's change of the same user waits behind the block.
         zeral::TaskInfo later;
         later.type = QStringLiteral("save_object");
         later.uid = failing;
-        later.data.insert(QStringLiteral("object_type"), QStringLiteral("OT_USER"));
         h.screen->addTask(later);
 
         h.server.answerFailure(first, zeral::proto::StatusForbidden, QStringLiteral("нет прав"));
         QCOMPARE(h.sent(command::UpdateObject).size(), 2);
-        QCOMPARE(saved(h.sent(command::UpdateObject).at(1)).uid, other);
-        QTRY_COMPARE(popupTexts(h.screen),
-                     QStringList{QStringLiteral("Ошибка изменения блокировки пользователя")});
+        QCOMPARE(Saved(h.sent(command::UpdateObject).at(1)).uid, failing == 3 ? 4u : 3u);
+        QTRY_COMPARE(h.popupTexts(), QStringList{"Ошибка изменения блокировки пользователя"});
         QCOMPARE(h.screen->popups().first()->messageIcon(), MessageWidget::Critical);
 
         h.server.answerOk(h.sent(command::UpdateObject).at(1));
@@ -233,24 +144,30 @@ private slots:
 
     void deleting_data()
     {
+        QTest::addColumn<bool>("mobileTab");
         QTest::addColumn<QList<TYPE_ID>>("selection");
         QTest::addColumn<bool>("rootPopup");
         QTest::addColumn<QList<TYPE_ID>>("wizardUids");
-        QTest::addRow("root alone") << QList<TYPE_ID>{1} << true << QList<TYPE_ID>{};
-        QTest::addRow("root and another") << QList<TYPE_ID>{1, 4} << true << QList<TYPE_ID>{4};
-        QTest::addRow("others") << QList<TYPE_ID>{3, 4} << false << QList<TYPE_ID>{3, 4};
+        QTest::addRow("root alone") << false << QList<TYPE_ID>{1} << true << QList<TYPE_ID>{};
+        QTest::addRow("root and another")
+            << false << QList<TYPE_ID>{1, 4} << true << QList<TYPE_ID>{4};
+        QTest::addRow("others") << false << QList<TYPE_ID>{3, 4} << false << QList<TYPE_ID>{3, 4};
+        QTest::addRow("mobile, confirmed")
+            << true << QList<TYPE_ID>{6, 7} << false << QList<TYPE_ID>{6, 7};
     }
     void deleting()
     {
+        QFETCH(bool, mobileTab);
         QFETCH(QList<TYPE_ID>, selection);
-        QFETCH(bool, rootPopup);
         QFETCH(QList<TYPE_ID>, wizardUids);
-        Screen h;
-        select(h.users, selection);
-        h.child<QAction>("actionRemove")->trigger();
-        QCOMPARE(popupTexts(h.screen).contains(
-                     QStringLiteral("Пользователь root не будет удален: запрещено удаление.")),
-                 rootPopup);
+        // The mobile row also asks for a second person's confirmation.
+        H h(mobileTab ? H::allRoles() << QStringLiteral("RL_USER_DELETE_REQUIRES_CONFIRM")
+                      : H::allRoles());
+        h.answerTemplates();
+        H::select(mobileTab ? h.mobile : h.users, selection);
+        h.child(mobileTab ? "actionRemoveMobile" : "actionRemove")->trigger();
+        QTEST(h.popupTexts().contains("Пользователь root не будет удален: запрещено удаление."),
+              "rootPopup");
         auto *wizard = h.screen->findChild<DeleteObjectWizard *>();
         QCOMPARE(wizard != nullptr, !wizardUids.isEmpty());
         if (!wizard)
@@ -260,35 +177,24 @@ private slots:
         QCOMPARE(uids, wizardUids);
         QVERIFY(wizard->isVisible() && wizard->isModal());
         QCOMPARE(wizard->windowTitle(), QStringLiteral("Мастер удаления пользователей"));
-        QVERIFY(!wizard->needVerify());
-        wizard->close();
-    }
-
-    void deletingFromTheMobileTabNeedsConfirmation()
-    {
-        QStringList roles = UserCtlHarness::allRoles();
-        roles.append(QStringLiteral("RL_USER_DELETE_REQUIRES_CONFIRM"));
-        Screen h(roles);
-        select(h.mobile, {6, 7});
-        h.child<QAction>("actionRemoveMobile")->trigger();
-        auto *wizard = h.screen->findChild<DeleteObjectWizard *>();
-        QVERIFY(wizard);
-        QCOMPARE(wizard->uids().size(), 2);
-        QVERIFY(wizard->needVerify());
+        QCOMPARE(wizard->needVerify(), mobileTab);
         // Entering the confirmation page asks the server for the confirmers' templates.
-        wizard->next();
-        QCOMPARE(h.sent(command::ExecSql).size(), 1);
+        if (mobileTab) {
+            wizard->next();
+            QCOMPARE(h.sent(command::ExecSql).size(), 1);
+        }
         wizard->close();
     }
 
     void deleteKeyWithoutSelectionDoesNothing()
     {
-        Screen h;
+        H h;
+        h.answerTemplates();
         QTest::keyClick(h.users, Qt::Key_Delete);
         QVERIFY(h.screen->popups().isEmpty());
         QVERIFY(!h.screen->findChild<DeleteObjectWizard *>());
         // With a selection the same key opens the wizard.
-        select(h.users, {4});
+        H::select(h.users, {4});
         QTest::keyClick(h.users, Qt::Key_Delete);
         QVERIFY(h.screen->findChild<DeleteObjectWizard *>());
     }
