@@ -166,9 +166,14 @@ private slots:
         QCOMPARE(receiver.told, QList<TYPE_ID>{4});
 
         h.server.answerOk(h.sent(command::UpdateObject).at(0));
+        // Nothing is taken off an empty queue: not even a task id is used up, nothing said.
+        QSignalSpy said(h.screen.data(), qOverload<QString>(&UserCtl::showMessage));
+        const qint64 nextId = zeral::TaskInfo::_nextid;
         QVERIFY(QMetaObject::invokeMethod(h.screen, "saveClipboardHandler"));
         QCoreApplication::processEvents();
         QCOMPARE(receiver.told, QList<TYPE_ID>{4});
+        QCOMPARE(zeral::TaskInfo::_nextid.load(), nextId);
+        QCOMPARE(said.count(), 0);
     }
 
     void saveAndCreatePayloads()
