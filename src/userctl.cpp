@@ -1089,30 +1089,51 @@ bool UserCtl::processSaveToClipboard(const zeral::TaskInfo &task)
     return true;
 }
 
-void UserCtl::objectSavedHandler(Command &command)
+std::optional<zeral::TaskInfo> UserCtl::takeAnsweredTask()
 {
+    // Answers are tied to the queue by order only: the running task is the one answered. No
+    // task is made for an empty queue, since every new task draws a number.
     if (m_taskQueue.tasks.isEmpty())
-        return;
-    const zeral::TaskInfo t = m_taskQueue.current();
+        return std::nullopt;
+    std::optional<zeral::TaskInfo> answered = m_taskQueue.current();
     m_taskQueue.processed();
+    return answered;
+}
+
+void UserCtl::failShownTask(const zeral::TaskInfo &failed)
+{
+    notifyReceiver(failed, 0);
+    m_taskQueue.removeTasks(failed);
+    emit showMessage(failed.errorMessage);
+}
+
+void UserCtl::finishShownTask(Command &command, const char *doneLog, const char *failLog)
+{
+    const std::optional<zeral::TaskInfo> answered = takeAnsweredTask();
+    if (!answered)
+        return;
+    const zeral::TaskInfo &t = *answered;
     if (command.status == zeral::proto::StatusOk) {
         notifyReceiver(t, t.uid);
-        qCDebug(ucc()) << "object saved" << t.uid;
+        qCDebug(ucc()) << doneLog << t.uid;
     } else {
-        qCWarning(ucc()) << "fail save object" << t.uid << command.status;
-        notifyReceiver(t, 0);
-        m_taskQueue.removeTasks(t);
-        emit showMessage(t.errorMessage);
+        qCWarning(ucc()) << failLog << t.uid << command.status;
+        failShownTask(t);
     }
     processNextTask();
 }
 
+void UserCtl::objectSavedHandler(Command &command)
+{
+    finishShownTask(command, "object saved", "fail save object");
+}
+
 void UserCtl::objectCreatedHandler(Command &command)
 {
-    if (m_taskQueue.tasks.isEmpty())
+    const std::optional<zeral::TaskInfo> answered = takeAnsweredTask();
+    if (!answered)
         return;
-    const zeral::TaskInfo t = m_taskQueue.current();
-    m_taskQueue.processed();
+    const zeral::TaskInfo &t = *answered;
     if (command.status == zeral::proto::StatusOk) {
         qint32 uid = 0;
         ZRDataStream in(command.data);
@@ -1122,37 +1143,22 @@ void UserCtl::objectCreatedHandler(Command &command)
         qCDebug(ucc()) << "object created" << uid;
     } else {
         qCWarning(ucc()) << "fail create object" << command.status;
-        notifyReceiver(t, 0);
-        m_taskQueue.removeTasks(t);
-        emit showMessage(t.errorMessage);
+        failShownTask(t);
     }
     processNextTask();
 }
 
 void UserCtl::prescribeUserHandler(Command &command)
 {
-    if (m_taskQueue.tasks.isEmpty())
-        return;
-    const zeral::TaskInfo t = m_taskQueue.current();
-    m_taskQueue.processed();
-    if (command.status == zeral::proto::StatusOk) {
-        notifyReceiver(t, t.uid);
-        qCDebug(ucc()) << "user prescribed" << t.uid;
-    } else {
-        qCWarning(ucc()) << "fail prescribe user" << t.uid << command.status;
-        notifyReceiver(t, 0);
-        m_taskQueue.removeTasks(t);
-        emit showMessage(t.errorMessage);
-    }
-    processNextTask();
+    finishShownTask(command, "user prescribed", "fail prescribe user");
 }
 
 void UserCtl::deleteObjectHandler(Command &command)
 {
-    if (m_taskQueue.tasks.isEmpty())
+    const std::optional<zeral::TaskInfo> answered = takeAnsweredTask();
+    if (!answered)
         return;
-    const zeral::TaskInfo t = m_taskQueue.current();
-    m_taskQueue.processed();
+    const zeral::TaskInfo &t = *answered;
     if (command.status == zeral::proto::StatusOk) {
         notifyReceiver(t, t.uid);
     } else {
@@ -1165,10 +1171,10 @@ void UserCtl::deleteObjectHandler(Command &command)
 
 void UserCtl::sendEmailHandler(Command &command)
 {
-    if (m_taskQueue.tasks.isEmpty())
+    const std::optional<zeral::TaskInfo> answered = takeAnsweredTask();
+    if (!answered)
         return;
-    const zeral::TaskInfo t = m_taskQueue.current();
-    m_taskQueue.processed();
+    const zeral::TaskInfo &t = *answered;
     if (command.status == zeral::proto::StatusOk) {
         notifyReceiver(t, t.uid);
         qCDebug(ucc()) << "email sent" << t.uid;
@@ -1182,10 +1188,10 @@ void UserCtl::sendEmailHandler(Command &command)
 
 void UserCtl::updatePermissionsHandler(Command &command)
 {
-    if (m_taskQueue.tasks.isEmpty())
+    const std::optional<zeral::TaskInfo> answered = takeAnsweredTask();
+    if (!answered)
         return;
-    const zeral::TaskInfo t = m_taskQueue.current();
-    m_taskQueue.processed();
+    const zeral::TaskInfo &t = *answered;
     if (command.status == zeral::proto::StatusOk) {
         notifyReceiver(t, t.uid);
     } else {
@@ -1202,10 +1208,10 @@ void UserCtl::saveClipboardHandler()
 {
     qCDebug(ucc()) << "save clipboard, queue empty:"
                    << (m_taskQueue.tasks.isEmpty() ? "true" : "false");
-    if (m_taskQueue.tasks.isEmpty())
+    const std::optional<zeral::TaskInfo> answered = takeAnsweredTask();
+    if (!answered)
         return;
-    const zeral::TaskInfo t = m_taskQueue.current();
-    m_taskQueue.processed();
+    const zeral::TaskInfo &t = *answered;
     notifyReceiver(t, t.uid);
     qCDebug(ucc()) << "text saved to clipboard" << t.uid;
     processNextTask();

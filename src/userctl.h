@@ -19,6 +19,8 @@
 #include <QMultiHash>
 #include <QPointer>
 
+#include <optional>
+
 class ConnectedUsersInfoWidget;
 class ConnectedUsersModel;
 class MobileUserItemDelegate;
@@ -213,6 +215,13 @@ private:
     void sendEmailHandler(Command &command);
     void getPermissionsHandler(Command &command);
     void emptyHandler(Command &command);
+    // Takes the running task off the queue for its answer; none on an empty queue.
+    std::optional<zeral::TaskInfo> takeAnsweredTask();
+    // A failed save, create or prescribe: its window hears 0, the tasks resting on it go, and
+    // the open dialogs show its message.
+    void failShownTask(const zeral::TaskInfo &failed);
+    // The answer to a save or a prescription: the window told, or the failure shown.
+    void finishShownTask(Command &command, const char *doneLog, const char *failLog);
     // Tells the task's window the outcome, later, from the event loop: the uid, 0 on failure.
     void notifyReceiver(const zeral::TaskInfo &task, zeral::TYPE_ID uid);
     // Emits the start message of the task just started, if one was.
