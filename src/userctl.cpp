@@ -667,9 +667,15 @@ void UserCtl::roleTemplatesResult(Command &command)
     m_mobileUserProxy->setRoleTemplates(m_roleTemplates);
 
     QHash<zeral::TYPE_ID, QVariant> names;
+    QHash<QString, QString> nameOfTemplate; // a few templates for many users
     const QList<zeral::TYPE_ID> uids = m_userModel->uniqueKeys();
-    for (const zeral::TYPE_ID uid : uids)
-        names.insert(uid, roleTemplateName(m_userModel->indexForUid(uid, 4).data().toString()));
+    for (const zeral::TYPE_ID uid : uids) {
+        const QString id = m_userModel->indexForUid(uid, 4).data().toString();
+        auto name = nameOfTemplate.find(id);
+        if (name == nameOfTemplate.end())
+            name = nameOfTemplate.insert(id, roleTemplateName(id));
+        names.insert(uid, name.value());
+    }
     m_userModel->setColumnValues(4, ItemRoles::SortText, names);
     emit roleTemplatesRead(m_roleTemplates);
 
