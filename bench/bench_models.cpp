@@ -1,6 +1,8 @@
 // Fills an ObjectTreeModel with 100,000 objects under a sorted UserProxyModel and a tree view,
 // then times one update and a text filter. Prints "name value" lines in milliseconds, the
 // median of several runs; bench/run turns them into the table.
+#include "benchreport.h"
+
 #include <host/gui/models/itemroles.h>
 #include <host/gui/models/objecttreemodel.h>
 #include <host/gui/models/userproxymodel.h>
@@ -104,18 +106,6 @@ double timed(const std::function<void()> &work, bool settle = true)
     return timer.nsecsElapsed() / 1e6;
 }
 
-double median(QVector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.at(values.size() / 2);
-}
-
-void report(const char *name, const QVector<double> &values)
-{
-    std::printf("%s %.3f\n", name, median(values));
-    std::fflush(stdout);
-}
-
 void benchFlat()
 {
     QList<ObjectInfo> users;
@@ -141,12 +131,12 @@ void benchFlat()
             clears << timed([&] { screen.proxy->clearFilter(); });
         }
     }
-    report("users_fill", fills);
-    report("users_update", updates);
-    report("users_update_signals", updateSignals);
-    report("users_rename", renames);
-    report("users_filter", filters);
-    report("users_clear_filter", clears);
+    bench::report("users_fill", fills);
+    bench::report("users_update", updates);
+    bench::report("users_update_signals", updateSignals);
+    bench::report("users_rename", renames);
+    bench::report("users_filter", filters);
+    bench::report("users_clear_filter", clears);
 }
 
 void benchTree()
@@ -160,8 +150,8 @@ void benchTree()
         for (const QString &text : {QStringLiteral("кузнецов4242"), QStringLiteral("отдел 7")})
             filters << timed([&] { screen.proxy->setFilter(text); });
     }
-    report("tree_fill", fills);
-    report("tree_filter", filters);
+    bench::report("tree_fill", fills);
+    bench::report("tree_filter", filters);
 }
 
 } // namespace

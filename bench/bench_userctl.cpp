@@ -3,6 +3,8 @@
 // then the same lists made of stock Qt parts (QStandardItemModel, QSortFilterProxyModel,
 // QTableView) as the baseline. Prints "name value" lines in milliseconds, the median of
 // several runs; bench/run turns them into the table.
+#include "benchreport.h"
+
 #include <src/userctl.h>
 #include <tests/support/scriptedserver.h>
 
@@ -216,18 +218,6 @@ double timedRepaint(const char *step, QWidget *painted, const std::function<void
     return elapsedMs(timer);
 }
 
-double median(QVector<double> values)
-{
-    std::sort(values.begin(), values.end());
-    return values.at(values.size() / 2);
-}
-
-void report(const char *name, const QVector<double> &values)
-{
-    std::printf("%s %.3f\n", name, median(values));
-    std::fflush(stdout);
-}
-
 const QStringList filterTexts
     = {QStringLiteral("Ива"), QStringLiteral("Пет"), QStringLiteral("Смир"), QStringLiteral("Кузн"),
        QStringLiteral("Ольг")};
@@ -368,14 +358,14 @@ void benchUsersScreen(const QList<ObjectInfo> &users)
             rowResizes << elapsedMs(resize);
         }
     }
-    report("users_screen_fill", fills);
-    report("users_screen_fill_read", reads);
-    report("users_screen_fill_templates", templates);
-    report("users_screen_update", updates);
-    report("users_screen_filter", filters);
-    report("sessions_poll", polls);
-    report("sessions_poll_answer", pollHandlers);
-    report("sessions_poll_resize_rows", rowResizes);
+    bench::report("users_screen_fill", fills);
+    bench::report("users_screen_fill_read", reads);
+    bench::report("users_screen_fill_templates", templates);
+    bench::report("users_screen_update", updates);
+    bench::report("users_screen_filter", filters);
+    bench::report("sessions_poll", polls);
+    bench::report("sessions_poll_answer", pollHandlers);
+    bench::report("sessions_poll_resize_rows", rowResizes);
 }
 
 // The same lists of stock parts: six text columns, one proxy and one table per tab, each
@@ -460,9 +450,9 @@ void benchStock(const QList<ObjectInfo> &users)
         s.users.setFilterFixedString(QLatin1String(db::system::USER));
         QCoreApplication::processEvents();
     }
-    report("users_screen_fill_baseline", fills);
-    report("users_screen_update_baseline", updates);
-    report("users_screen_filter_baseline", filters);
+    bench::report("users_screen_fill_baseline", fills);
+    bench::report("users_screen_update_baseline", updates);
+    bench::report("users_screen_filter_baseline", filters);
 }
 
 } // namespace

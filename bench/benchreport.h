@@ -1,0 +1,24 @@
+#pragma once
+
+#include <QVector>
+
+#include <algorithm>
+#include <cstdio>
+
+// The benchmark programs print one "name value" line per figure, the median of its runs;
+// bench/run gathers the lines into one table.
+namespace bench {
+
+inline double median(QVector<double> values)
+{
+    std::sort(values.begin(), values.end());
+    return values.at(values.size() / 2);
+}
+
+inline void report(const char *name, const QVector<double> &values)
+{
+    std::printf("%s %.3f\n", name, median(values));
+    std::fflush(stdout);
+}
+
+} // namespace bench
