@@ -150,7 +150,7 @@ QStringList supervisorRoles()
 QByteArray sessionsAnswer(const QList<ObjectInfo> &users)
 {
     QRandomGenerator random(7);
-    const QDateTime now = QDateTime::currentDateTime();
+    const QDateTime now = QDateTime::currentDateTimeUtc(); // as the server sends its times
     QHash<QByteArray, zeral::ConnectedUserInfo> sessions;
     for (int index = 0; index < sessionCount; ++index) {
         zeral::ConnectedUserInfo session;

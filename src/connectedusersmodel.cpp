@@ -55,6 +55,9 @@ QVariant ConnectedUsersModel::data(const QModelIndex &index, int role) const
         case 2:
             return record.roleTemplate;
         case 3:
+            // Formatted when first shown: a poll of thousands of sessions shows a few dozen.
+            if (values.connectText.isNull())
+                values.connectText = zeral::localeLongTime(record.connectDateTime.toLocalTime());
             return values.connectText;
         case 4:
             return sec2string(values.sessionSeconds);
@@ -147,13 +150,21 @@ QString ConnectedUsersModel::sec2string(qint64 seconds) const
 
 void ConnectedUsersModel::addRecord(const ModelRecord &record)
 {
-    const int row = records.size();
-    beginInsertRows(QModelIndex(), row, row);
-    records.append(record);
-    DerivedValues values;
-    values.connectText = zeral::localeLongTime(record.connectDateTime);
-    deriveDurations(record, values);
-    derived.append(values);
+    addRecords({record});
+}
+
+void ConnectedUsersModel::addRecords(const QVector<ModelRecord> &added)
+{
+    if (added.isEmpty())
+        return;
+    const int first = records.size();
+    beginInsertRows(QModelIndex(), first, first + added.size() - 1);
+    for (const ModelRecord &record : added) {
+        records.append(record);
+        DerivedValues values;
+        deriveDurations(record, values);
+        derived.append(values);
+    }
     endInsertRows();
 }
 

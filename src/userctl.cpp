@@ -521,9 +521,10 @@ void UserCtl::initSessionModels()
             this, &UserCtl::connectedUserSelectionChanged);
     m_ui->connectedUsersList->hideColumn(6);
     m_ui->connectedUsersList->hideColumn(7);
-    // One line per session, drawn like the user tables; it also keeps the row heights that
-    // every poll works out cheap for thousands of sessions.
+    // One line per session, drawn like the user tables; so every poll fits the rows to their
+    // contents by measuring one row, not each of thousands.
     m_ui->connectedUsersList->setItemDelegate(new StyledItemDelegate(m_ui->connectedUsersList));
+    m_ui->connectedUsersList->setUniformRowHeights(true);
 }
 
 QString UserCtl::roleTemplateName(const QString &id) const
@@ -778,6 +779,9 @@ void UserCtl::getSessionsInfoResult(Command &command)
     m_connectedUsersModel->clear();
     m_connectedUsersModel->setCurrentServerTime(serverTime);
     const QHash<QString, zeral::TYPE_ID> &uidsByLogin = userUidsByLogin();
+    const QString undefinedTemplate = tr("Не определено");
+    QVector<ConnectedUsersModel::ModelRecord> records;
+    records.reserve(sessions.size());
     for (const zeral::ConnectedUserInfo &session : qAsConst(sessions)) {
         if (session.ipPort.isEmpty())
             continue;
@@ -787,11 +791,12 @@ void UserCtl::getSessionsInfoResult(Command &command)
         if (m_roleTemplates.contains(templateId))
             record.roleTemplate = roleTemplateName(templateId);
         if (record.roleTemplate.isEmpty())
-            record.roleTemplate = tr("Не определено");
+            record.roleTemplate = undefinedTemplate;
         record.category = canDisconnect(session.user) ? 1 : 4;
         record.userId = uidsByLogin.value(session.user);
-        m_connectedUsersModel->addRecord(record);
+        records.append(record);
     }
+    m_connectedUsersModel->addRecords(records);
 
     if (nothingSelected) {
         connectedUserSelectionChanged();

@@ -28,6 +28,8 @@ private slots:
     void hiddenByDefault();
     void stateRoundTrip();
     void headerMenuShowsAndHidesColumns();
+    void uniformRowHeights_data();
+    void uniformRowHeights();
 };
 
 void TestZRTableView::hiddenByDefault_data()
@@ -117,6 +119,32 @@ void TestZRTableView::headerMenuShowsAndHidesColumns()
     menu.reset(view.createHeaderMenu(nullptr));
     QVERIFY(!menu->actions().at(5)->isEnabled());
     QVERIFY(menu->actions().at(0)->isEnabled());
+}
+
+void TestZRTableView::uniformRowHeights_data()
+{
+    QTest::addColumn<bool>("uniform");
+    QTest::addRow("each row measured") << false;
+    QTest::addRow("as high as the first") << true;
+}
+
+void TestZRTableView::uniformRowHeights()
+{
+    QFETCH(bool, uniform);
+    ZRTableView view;
+    QStandardItemModel *model = makeModel(&view);
+    view.setModel(model);
+    view.setUniformRowHeights(uniform);
+    const QString threeLines = QStringLiteral("one\ntwo\nthree");
+    model->setData(model->index(2, 0), threeLines);
+    view.resizeRowsToContents();
+    QCOMPARE(view.rowHeight(2) > view.rowHeight(0), !uniform);
+
+    // A change of the first row is measured again, and then sets every row's height.
+    const int oneLine = view.rowHeight(1);
+    model->setData(model->index(0, 0), threeLines);
+    view.resizeRowsToContents();
+    QCOMPARE(view.rowHeight(1) > oneLine, uniform);
 }
 
 QTEST_MAIN(TestZRTableView)

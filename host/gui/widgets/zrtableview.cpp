@@ -79,9 +79,35 @@ void ZRTableView::setModel(QAbstractItemModel *model)
 {
     m_restoring = true;
     QTableView::setModel(model);
+    m_uniformRowHint = -1;
+    if (model) {
+        const auto forget = [this] {
+            m_uniformRowHint = -1;
+        };
+        connect(model, &QAbstractItemModel::dataChanged, this, forget);
+        connect(model, &QAbstractItemModel::modelReset, this, forget);
+        connect(model, &QAbstractItemModel::layoutChanged, this, forget);
+        connect(model, &QAbstractItemModel::rowsInserted, this, forget);
+        connect(model, &QAbstractItemModel::rowsRemoved, this, forget);
+    }
     applyDefaultColumns();
     m_restoring = false;
     m_lastReported = headerState();
+}
+
+void ZRTableView::setUniformRowHeights(bool uniform)
+{
+    m_uniformRowHeights = uniform;
+    m_uniformRowHint = -1;
+}
+
+int ZRTableView::sizeHintForRow(int row) const
+{
+    if (!m_uniformRowHeights || !model() || model()->rowCount(rootIndex()) == 0)
+        return QTableView::sizeHintForRow(row);
+    if (m_uniformRowHint < 0)
+        m_uniformRowHint = QTableView::sizeHintForRow(0);
+    return m_uniformRowHint;
 }
 
 QMenu *ZRTableView::createHeaderMenu(QWidget *parent)

@@ -28,6 +28,12 @@ public:
 
     void setModel(QAbstractItemModel *model) override;
 
+    // Every row as high as the first, as QTreeView offers: fitting the rows to their contents
+    // then measures one row, not each of thousands. For tables of one-line rows.
+    void setUniformRowHeights(bool uniform);
+    bool uniformRowHeights() const { return m_uniformRowHeights; }
+    int sizeHintForRow(int row) const override;
+
     // The menu of the header: one checkable entry per column, and the default layout.
     QMenu *createHeaderMenu(QWidget *parent);
 
@@ -42,6 +48,8 @@ private:
     int lastVisibleSection() const;
 
     QList<int> m_hiddenByDefault;
+    bool m_uniformRowHeights = false;
+    mutable int m_uniformRowHint = -1; // measured on the first row; -1 until then or after a change
     QTimer *m_reportTimer = nullptr;
     QByteArray m_lastReported;
     bool m_restoring = false;

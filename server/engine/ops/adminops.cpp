@@ -29,12 +29,14 @@ Reply AdminOps::sessionsInfo(Request &request)
     if (!Rights(*request.session).has(role::USER_ONLINE_SHOW))
         return Reply::fail(proto::StatusForbidden,
                            tr("Недостаточно прав для просмотра активных сессий."));
+    // The instants go out in UTC: a client reads thousands of them without working out a time
+    // zone for each, and shows them in its own.
     QHash<QByteArray, ConnectedUserInfo> sessions;
     for (const Session *session : m_state.sessions.attached()) {
-        sessions.insert(session->id, {session->login, session->ipPort(), session->started,
-                                      session->lastAction, session->id});
+        sessions.insert(session->id, {session->login, session->ipPort(), session->started.toUTC(),
+                                      session->lastAction.toUTC(), session->id});
     }
-    return Reply::ok(ZRDataStream::pack(sessions, m_state.clock()));
+    return Reply::ok(ZRDataStream::pack(sessions, m_state.clock().toUTC()));
 }
 
 Reply AdminOps::disconnectUsers(Request &request)
