@@ -53,18 +53,16 @@ bool UserFilterProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex &so
 
 QString UserFilterProxyModel::roleTemplateOf(int sourceRow, const QModelIndex &sourceParent) const
 {
+    static const QString templateKey = QLatin1String(db::user::ROLE_TEMPLATE);
     // The object's own parameters where the source is the store's tree: role 257 would build a
     // hash of variants for each of 100,000 rows at every refilter.
     if (const ObjectTreeModel *tree = sourceModel()) {
         if (const ObjectTreeModel::Node *node = tree->nodeAt(sourceRow, sourceParent))
-            return node->info.parameters.value(QLatin1String(db::user::ROLE_TEMPLATE));
+            return node->info.parameters.value(templateKey);
     }
     const QModelIndex first
         = QSortFilterProxyModel::sourceModel()->index(sourceRow, 0, sourceParent);
-    return first.data(ItemRoles::Parameters)
-        .toHash()
-        .value(QLatin1String(db::user::ROLE_TEMPLATE))
-        .toString();
+    return first.data(ItemRoles::Parameters).toHash().value(templateKey).toString();
 }
 
 bool UserFilterProxyModel::roleFilterAccepts(const QString &templateId) const

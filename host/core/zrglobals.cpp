@@ -13,8 +13,9 @@ QString ZRGlobals::objectName(const zeral::ObjectInfo &object)
 
 QString ZRGlobals::objectName(const QString &type, const QHash<QString, QString> &parameters)
 {
+    static const QString loginKey = QLatin1String(db::user::LOGIN);
     if (type == QLatin1String(db::system::USER))
-        return parameters.value(QLatin1String(db::user::LOGIN));
+        return parameters.value(loginKey);
     if (type == QLatin1String(db::orgstructure::WORKER)) {
         const QStringList parts = {parameters.value(QLatin1String(db::user::SURNAME)),
                                    parameters.value(QLatin1String(db::user::NAME)),

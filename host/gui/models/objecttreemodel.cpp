@@ -18,9 +18,16 @@ Q_LOGGING_CATEGORY(lcModels, "zr.host.gui.models")
 using zeral::ObjectInfo;
 using zeral::TYPE_ID;
 
-// Parameters that identify an object to a person searching for it.
-const char *const searchedKeys[] = {db::user::LOGIN,      db::user::SURNAME, db::user::NAME,
-                                    db::user::PATRONYMIC, db::worker::EMAIL, db::worker::WORKERNUM};
+// Parameters that identify an object to a person searching for it; QStrings made once, since
+// every object added looks them up.
+const QStringList &searchedKeys()
+{
+    static const QStringList keys
+        = {QLatin1String(db::user::LOGIN),   QLatin1String(db::user::SURNAME),
+           QLatin1String(db::user::NAME),    QLatin1String(db::user::PATRONYMIC),
+           QLatin1String(db::worker::EMAIL), QLatin1String(db::worker::WORKERNUM)};
+    return keys;
+}
 
 quint64 valueKey(int column, int role)
 {
@@ -81,8 +88,8 @@ void ObjectTreeModel::prepareTexts(Node *node)
         node->name = ZRGlobals::objectName(node->info);
     node->sortKey = node->name.toCaseFolded();
     QString text = node->name;
-    for (const char *key : searchedKeys) {
-        const QString value = node->info.parameters.value(QLatin1String(key));
+    for (const QString &key : searchedKeys()) {
+        const QString value = node->info.parameters.value(key);
         if (!value.isEmpty())
             text += QLatin1Char('\n') + value;
     }

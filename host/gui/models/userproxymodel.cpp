@@ -2,6 +2,15 @@
 
 #include <shared/dbkeys.h>
 
+namespace {
+// Asked for each of many rows at every refilter: made into a QString once.
+const QString &templateKey()
+{
+    static const QString key = QLatin1String(db::user::ROLE_TEMPLATE);
+    return key;
+}
+} // namespace
+
 UserProxyModel::UserProxyModel(QObject *parent)
     : ObjectTreeProxy(parent)
 {}
@@ -45,6 +54,5 @@ bool UserProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex &sourcePa
         return false;
     if (m_currentUserUid != 0 && node->info.uid == m_currentUserUid)
         return true;
-    return m_templates.contains(
-        node->info.parameters.value(QLatin1String(db::user::ROLE_TEMPLATE)));
+    return m_templates.contains(node->info.parameters.value(templateKey()));
 }
