@@ -18,6 +18,7 @@ void UserFilterProxyModel::setRoleTemplates(zeral::ROLETEMPLATES_HASH rt_hash)
         return;
     m_roleTemplates = std::move(rt_hash);
     m_roleTemplatesSet = true;
+    m_templateSharesRole.clear();
     invalidateFilter();
 }
 
@@ -25,6 +26,7 @@ void UserFilterProxyModel::setFilterByRoleList(const QStringList &roles,
                                                ObjectTreeProxy::FilterType type)
 {
     m_roleFilter = QSet<QString>(roles.cbegin(), roles.cend());
+    m_templateSharesRole.clear();
     m_roleFilterType = type;
     invalidateFilter();
 }
@@ -67,12 +69,18 @@ QString UserFilterProxyModel::roleTemplateOf(int sourceRow, const QModelIndex &s
 
 bool UserFilterProxyModel::roleFilterAccepts(const QString &templateId) const
 {
-    // A template the table doesn't hold (yet) grants no roles.
-    const auto found = m_roleTemplates.constFind(templateId);
-    const bool shares
-        = found != m_roleTemplates.cend()
-          && std::any_of(found->roles.cbegin(), found->roles.cend(),
-                         [this](const QString &role) { return m_roleFilter.contains(role); });
+    // Worked out once per template, not per row: a few templates serve 100,000 users.
+    auto known = m_templateSharesRole.find(templateId);
+    if (known == m_templateSharesRole.end()) {
+        // A template the table doesn't hold (yet) grants no roles.
+        const auto found = m_roleTemplates.constFind(templateId);
+        const bool shares
+            = found != m_roleTemplates.cend()
+              && std::any_of(found->roles.cbegin(), found->roles.cend(),
+                             [this](const QString &role) { return m_roleFilter.contains(role); });
+        known = m_templateSharesRole.insert(templateId, shares);
+    }
+    const bool shares = known.value();
     switch (m_roleFilterType) {
     case ObjectTreeProxy::MustMatch:
         return shares;

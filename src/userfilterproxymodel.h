@@ -44,6 +44,8 @@ private:
     zeral::ROLETEMPLATES_HASH m_roleTemplates;
     bool m_roleTemplatesSet = false;
     QSet<QString> m_roleFilter;
+    // Whether a template grants a role of the role filter; forgotten when either changes.
+    mutable QHash<QString, bool> m_templateSharesRole;
     ObjectTreeProxy::FilterType m_roleFilterType = ObjectTreeProxy::MustMatch;
     QSet<QString> m_templateFilter;
     ObjectTreeProxy::FilterType m_templateFilterType = ObjectTreeProxy::MustMatch;

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <functional>
+#include <iterator>
 
 namespace {
 
@@ -18,14 +19,19 @@ Q_LOGGING_CATEGORY(lcModels, "zr.host.gui.models")
 using zeral::ObjectInfo;
 using zeral::TYPE_ID;
 
-// Parameters that identify an object to a person searching for it; QStrings made once, since
-// every object added looks them up.
-const QStringList &searchedKeys()
+// Parameters that identify an object to a person searching for it.
+constexpr const char *searchedKeysList[]
+    = {db::user::LOGIN,      db::user::SURNAME, db::user::NAME,
+       db::user::PATRONYMIC, db::worker::EMAIL, db::worker::WORKERNUM};
+constexpr std::size_t searchedKeyCount = std::size(searchedKeysList);
+
+// The same as QStrings, made once: every object added looks them up.
+const QString *searchedKeys()
 {
-    static const QStringList keys
-        = {QLatin1String(db::user::LOGIN),   QLatin1String(db::user::SURNAME),
-           QLatin1String(db::user::NAME),    QLatin1String(db::user::PATRONYMIC),
-           QLatin1String(db::worker::EMAIL), QLatin1String(db::worker::WORKERNUM)};
+    static const QString keys[searchedKeyCount]
+        = {QLatin1String(searchedKeysList[0]), QLatin1String(searchedKeysList[1]),
+           QLatin1String(searchedKeysList[2]), QLatin1String(searchedKeysList[3]),
+           QLatin1String(searchedKeysList[4]), QLatin1String(searchedKeysList[5])};
     return keys;
 }
 
@@ -86,14 +92,22 @@ void ObjectTreeModel::prepareTexts(Node *node)
 {
     if (!node->nameSet)
         node->name = ZRGlobals::objectName(node->info);
-    node->sortKey = node->name.toCaseFolded();
-    QString text = node->name;
-    for (const QString &key : searchedKeys()) {
-        const QString value = node->info.parameters.value(key);
+    QString values[searchedKeyCount];
+    int length = node->name.size();
+    for (std::size_t i = 0; i < searchedKeyCount; ++i) {
+        values[i] = node->info.parameters.value(searchedKeys()[i]);
+        length += values[i].isEmpty() ? 0 : values[i].size() + 1;
+    }
+    QString text;
+    text.reserve(length);
+    text += node->name;
+    for (const QString &value : values) {
         if (!value.isEmpty())
             text += QLatin1Char('\n') + value;
     }
     node->searchText = text.toCaseFolded();
+    // Case folding maps each UTF-16 unit to one: the sort key is the search text's beginning.
+    node->sortKey = node->searchText.left(node->name.size());
     m_searchCorpus.set(node->info.uid, node->searchText);
     m_sortKeyCorpus.set(node->info.uid, node->sortKey);
 }
@@ -104,12 +118,32 @@ QVector<TYPE_ID> ObjectTreeModel::uidsContaining(const QString &foldedWord,
     return (which == SearchedText::SearchText ? m_searchCorpus : m_sortKeyCorpus).find(foldedWord);
 }
 
+const QVariant *ObjectTreeModel::Node::value(quint64 key) const
+{
+    for (const auto &entry : values) {
+        if (entry.first == key)
+            return &entry.second;
+    }
+    return nullptr;
+}
+
+QVariant &ObjectTreeModel::Node::valueRef(quint64 key)
+{
+    for (auto &entry : values) {
+        if (entry.first == key)
+            return entry.second;
+    }
+    values.append({key, QVariant()});
+    return values.last().second;
+}
+
 ObjectTreeModel::Node *ObjectTreeModel::makeNode(const ObjectInfo &object)
 {
     auto *node = new Node;
     node->info = object;
     if (m_pendingValues) {
         if (const RowValues *values = m_pendingValues->value(object.uid)) {
+            node->values.reserve(values->size());
             for (const CellValue &cell : *values)
                 storeValue(node, cell.column, cell.role, cell.value);
         }
@@ -129,8 +163,9 @@ bool ObjectTreeModel::storeValue(Node *node, int column, int role, const QVarian
         node->name = name;
         return true;
     }
-    QVariant &stored = node->values[valueKey(column, role)];
-    if (stored == value && stored.isValid())
+    QVariant &stored = node->valueRef(valueKey(column, role));
+    // Validity first: comparing a new, empty value with a text would try conversions.
+    if (stored.isValid() && stored == value)
         return false;
     stored = value;
     return true;
@@ -556,8 +591,7 @@ QVariant ObjectTreeModel::data(const QModelIndex &index, int role) const
         case ItemRoles::SortText:
             return node->name;
         case Qt::DecorationRole: {
-            const auto stored = node->values.constFind(valueKey(0, role));
-            if (stored != node->values.cend())
+            if (const QVariant *stored = node->value(valueKey(0, role)))
                 return *stored;
             auto icon = m_icons.find(node->info.type);
             if (icon == m_icons.end())
@@ -570,7 +604,8 @@ QVariant ObjectTreeModel::data(const QModelIndex &index, int role) const
     } else if (column == 1 && (role == Qt::DisplayRole || role == Qt::EditRole)) {
         return node->info.type;
     }
-    return node->values.value(valueKey(column, role));
+    const QVariant *stored = node->value(valueKey(column, role));
+    return stored ? *stored : QVariant();
 }
 
 bool ObjectTreeModel::setData(const QModelIndex &index, const QVariant &value, int role)
