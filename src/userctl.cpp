@@ -70,6 +70,24 @@ const QString ObjectPrefix = QStringLiteral("object-");
 // The right every permission task grants on its objects.
 constexpr qint32 TaskPermission = 12;
 
+// The parameters a row of the user lists shows, made into QStrings once: they are looked up
+// for each of up to 100,000 users.
+struct UserRowKeys
+{
+    const QString login = QLatin1String(db::user::LOGIN);
+    const QString surname = QLatin1String(db::user::SURNAME);
+    const QString name = QLatin1String(db::user::NAME);
+    const QString patronymic = QLatin1String(db::user::PATRONYMIC);
+    const QString roleTemplate = QLatin1String(db::user::ROLE_TEMPLATE);
+    const QString passwordExpired = QLatin1String(db::database::PASSWORD_EXPIRED);
+    const QString objectState = QLatin1String(db::user::OBJECTSTATE);
+};
+const UserRowKeys &userRowKeys()
+{
+    static const UserRowKeys keys;
+    return keys;
+}
+
 QString dataText(const zeral::TaskInfo &task, const QString &key)
 {
     return task.data.value(key).toString();
@@ -556,13 +574,13 @@ bool UserCtl::userInfoShowsOneOf(const QSet<zeral::TYPE_ID> &uids) const
 
 void UserCtl::usersRead(const QList<zeral::TYPE_ID> &uids)
 {
-    using namespace db::user;
+    const UserRowKeys &keys = userRowKeys();
     const auto &users
         = zeral::LocalStorage::instance()->constObjects(QLatin1String(zeral::USER_DATANAME));
     const QSet<zeral::TYPE_ID> selected = selectedUserUids();
     bool selectedTouched = false;
-    QList<zeral::ObjectInfo> objects;
-    QVector<ObjectTreeModel::RowValues> rows;
+    QVector<ObjectTreeModel::Row> rows;
+    rows.reserve(uids.size());
     const QString fullNameFormat = tr("%1 %2 %3");
     for (const zeral::TYPE_ID uid : uids) {
         const auto found = users.constFind(uid);
@@ -570,36 +588,41 @@ void UserCtl::usersRead(const QList<zeral::TYPE_ID> &uids)
             continue;
         selectedTouched = selectedTouched || selected.contains(uid);
         const zeral::ObjectInfo &user = found.value();
-        const auto parameter = [&user](const char *key) {
-            return user.parameters.value(QLatin1String(key));
-        };
-        const QString templateId = parameter(ROLE_TEMPLATE);
+        const auto &parameters = user.parameters;
+        const QString templateId = parameters.value(keys.roleTemplate);
+        const QString name = ZRGlobals::objectName(user.type, parameters);
+        ObjectTreeModel::Row row;
         // Assigned, not copy-constructed: the copy constructor gives each copy parameters of
         // its own, which 100,000 users can't afford here.
-        objects.append(zeral::ObjectInfo());
-        objects.last() = user;
-        rows.append({
-            {2, Qt::EditRole, ZRGlobals::objectName(user.type, user.parameters)},
-            {3, Qt::EditRole, parameter(NAME)},
+        row.object = user;
+        row.values = {
+            {2, Qt::EditRole, name},
+            {3, Qt::EditRole, parameters.value(keys.name)},
             {4, Qt::EditRole, templateId},
-            {5, Qt::EditRole, parameter(db::database::PASSWORD_EXPIRED)},
-            {5, ItemRoles::ObjectState, parameter(OBJECTSTATE)},
-            {0, ItemRoles::SortText, ZRGlobals::objectName(user)},
+            {5, Qt::EditRole, parameters.value(keys.passwordExpired)},
+            {5, ItemRoles::ObjectState, parameters.value(keys.objectState)},
+            {0, ItemRoles::SortText, name},
             {3, ItemRoles::SortText,
-             fullNameFormat.arg(parameter(SURNAME), parameter(NAME), parameter(PATRONYMIC))},
+             fullNameFormat.arg(parameters.value(keys.surname), parameters.value(keys.name),
+                                parameters.value(keys.patronymic))},
             {4, ItemRoles::SortText, roleTemplateName(templateId)},
-        });
-        m_loginTemplates.insert(parameter(LOGIN), templateId);
+        };
+        rows.append(std::move(row));
+        m_loginTemplates.insert(parameters.value(keys.login), templateId);
     }
     // New rows come with their cells filled, so that each proxy places them once: row by row,
     // 100,000 users would cost seconds.
-    m_userModel->add(objects, rows);
+    const bool announce = isSignalConnected(QMetaMethod::fromSignal(&UserCtl::userAdded));
+    QList<zeral::ObjectInfo> added;
+    if (announce) {
+        for (const ObjectTreeModel::Row &row : qAsConst(rows))
+            added.append(row.object);
+    }
+    m_userModel->add(std::move(rows));
     m_loginUidsValid = false;
     // Each emission copies the user; nobody listening, nobody to copy for.
-    if (isSignalConnected(QMetaMethod::fromSignal(&UserCtl::userAdded))) {
-        for (const zeral::ObjectInfo &user : qAsConst(objects))
-            emit userAdded(user);
-    }
+    for (const zeral::ObjectInfo &user : qAsConst(added))
+        emit userAdded(user);
 
     m_ui->usersList->setHeaderHiddenByDefaultColumns({1, 2});
     m_ui->usersList->horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
@@ -667,17 +690,15 @@ void UserCtl::roleTemplatesResult(Command &command)
     m_mobileUserProxy->setRoletemplateFilter(allowed);
     m_mobileUserProxy->setRoleTemplates(m_roleTemplates);
 
-    QHash<zeral::TYPE_ID, QVariant> names;
     QHash<QString, QString> nameOfTemplate; // a few templates for many users
-    const QList<zeral::TYPE_ID> uids = m_userModel->uniqueKeys();
-    for (const zeral::TYPE_ID uid : uids) {
-        const QString id = m_userModel->indexForUid(uid, 4).data().toString();
-        auto name = nameOfTemplate.find(id);
+    m_userModel->setColumnValues(4, ItemRoles::SortText, [&](const ObjectTreeModel::Node &user) {
+        const QVariant *id = user.value(4, Qt::DisplayRole);
+        const QString templateId = id ? id->toString() : QString();
+        auto name = nameOfTemplate.find(templateId);
         if (name == nameOfTemplate.end())
-            name = nameOfTemplate.insert(id, roleTemplateName(id));
-        names.insert(uid, name.value());
-    }
-    m_userModel->setColumnValues(4, ItemRoles::SortText, names);
+            name = nameOfTemplate.insert(templateId, roleTemplateName(templateId));
+        return QVariant(name.value());
+    });
     emit roleTemplatesRead(m_roleTemplates);
 
     m_ui->usersList->update();

@@ -28,24 +28,20 @@ public:
     ObjectTreeProxy::FilterType filterRoleTemplateType() const { return m_templateFilterType; }
 
 public slots:
-    // Filters again every time, even for the same table: rows that waited for their
+    // Filters again every time, except for the same table again: rows that waited for their
     // template's roles show as soon as the table is here.
     void setRoleTemplates(zeral::ROLETEMPLATES_HASH rt_hash);
 
 protected:
-    bool filterAcceptsRow(int sourceRow, const QModelIndex &sourceParent) const override;
+    bool acceptsTemplate(const QString &templateId, bool own) const override;
 
 private:
-    // The "PT_ROLETEMPLATE" of a source row (role 257 of column 0).
-    QString roleTemplateOf(int sourceRow, const QModelIndex &sourceParent) const;
     bool roleFilterAccepts(const QString &templateId) const;
     bool templateFilterAccepts(const QString &templateId) const;
 
     zeral::ROLETEMPLATES_HASH m_roleTemplates;
     bool m_roleTemplatesSet = false;
     QSet<QString> m_roleFilter;
-    // Whether a template grants a role of the role filter; forgotten when either changes.
-    mutable QHash<QString, bool> m_templateSharesRole;
     ObjectTreeProxy::FilterType m_roleFilterType = ObjectTreeProxy::MustMatch;
     QSet<QString> m_templateFilter;
     ObjectTreeProxy::FilterType m_templateFilterType = ObjectTreeProxy::MustMatch;

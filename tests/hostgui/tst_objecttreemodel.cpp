@@ -184,30 +184,29 @@ void TestObjectTreeModel::valuesComeWithTheRows()
     QAbstractItemModelTester tester(&sorted,
                                     QAbstractItemModelTester::FailureReportingMode::QtTest);
     QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
-    const auto row = [](const char *name, const char *text) {
-        return ObjectTreeModel::RowValues{Cell{0, ItemRoles::SortText, QString::fromUtf8(name)},
-                                          Cell{2, Qt::EditRole, QString::fromUtf8(text)}};
+    const auto row = [](const zeral::ObjectInfo &object, const char *name, const char *text) {
+        return ObjectTreeModel::Row{object,
+                                    {Cell{0, ItemRoles::SortText, QString::fromUtf8(name)},
+                                     Cell{2, Qt::EditRole, QString::fromUtf8(text)}}};
     };
 
     // New rows arrive with their values: the sorted proxy has them in place, nothing changed.
-    model.add({dept(1, 0), dept(2, 0), dept(3, 0)}, {row("c", "x"), row("a", "y"), row("b", "z")});
+    model.add({row(dept(1, 0), "c", "x"), row(dept(2, 0), "a", "y"), row(dept(3, 0), "b", "z")});
     QCOMPARE(testing::dumpTree(sorted), QStringLiteral("2,3,1"));
     QCOMPARE(sorted.index(0, 2).data().toString(), QStringLiteral("y"));
     QCOMPARE(changed.count(), 0);
 
     // A row already there: its object and its changed name are changes, the same text isn't.
-    model.add({dept(1, 0), dept(4, 0)}, {row("0", "x"), row("d", "w")});
+    model.add({row(dept(1, 0), "0", "x"), row(dept(4, 0), "d", "w")});
     QCOMPARE(testing::dumpTree(sorted), QStringLiteral("1,2,3,4"));
     QCOMPARE(changed.count(), 2);
 
-    // One column for many rows: each block of neighbouring rows is announced once.
+    // One column for every row: each block of neighbouring changed rows is announced once.
     changed.clear();
-    model.setColumnValues(2, Qt::EditRole,
-                          {{1, QStringLiteral("p")},
-                           {2, QStringLiteral("q")},
-                           {4, QStringLiteral("r")},
-                           {3, QStringLiteral("z")},
-                           {77, QString()}});
+    const QHash<zeral::TYPE_ID, QString> texts{{1, "p"}, {2, "q"}, {3, "z"}, {4, "r"}};
+    model.setColumnValues(2, Qt::EditRole, [&texts](const ObjectTreeModel::Node &node) {
+        return QVariant(texts.value(node.info.uid));
+    });
     QCOMPARE(changed.count(), 2); // rows 0-1 and row 3; uid 3 kept its value
     QCOMPARE(model.indexForUid(4, 2).data().toString(), QStringLiteral("r"));
 }

@@ -35,12 +35,15 @@ const QString *searchedKeys()
     return keys;
 }
 
+// Display and edit are one value, as in QStandardItemModel.
+int storedRole(int role)
+{
+    return role == Qt::EditRole ? Qt::DisplayRole : role;
+}
+
 quint64 valueKey(int column, int role)
 {
-    // Display and edit are one value, as in QStandardItemModel.
-    if (role == Qt::EditRole)
-        role = Qt::DisplayRole;
-    return (quint64(quint32(column)) << 32) | quint32(role);
+    return (quint64(quint32(column)) << 32) | quint32(storedRole(role));
 }
 
 } // namespace
@@ -105,47 +108,61 @@ void ObjectTreeModel::prepareTexts(Node *node)
         if (!value.isEmpty())
             text += QLatin1Char('\n') + value;
     }
-    node->searchText = text.toCaseFolded();
+    // Folded in its own buffer.
+    node->searchText = std::move(text).toCaseFolded();
     // Case folding maps each UTF-16 unit to one: the sort key is the search text's beginning.
-    node->sortKey = node->searchText.left(node->name.size());
+    node->sortKeyLength = node->name.size();
     m_searchCorpus.set(node->info.uid, node->searchText);
-    m_sortKeyCorpus.set(node->info.uid, node->sortKey);
+    if (m_sortKeyCorpusMade)
+        m_sortKeyCorpus.set(node->info.uid, node->sortKey().toString());
 }
 
 QVector<TYPE_ID> ObjectTreeModel::uidsContaining(const QString &foldedWord,
                                                  SearchedText which) const
 {
-    return (which == SearchedText::SearchText ? m_searchCorpus : m_sortKeyCorpus).find(foldedWord);
+    if (which == SearchedText::SearchText)
+        return m_searchCorpus.find(foldedWord);
+    if (!m_sortKeyCorpusMade) {
+        for (const Node *node : m_nodes)
+            m_sortKeyCorpus.set(node->info.uid, node->sortKey().toString());
+        m_sortKeyCorpusMade = true;
+    }
+    return m_sortKeyCorpus.find(foldedWord);
 }
 
-const QVariant *ObjectTreeModel::Node::value(quint64 key) const
+const QVariant *ObjectTreeModel::Node::value(int column, int role) const
 {
-    for (const auto &entry : values) {
-        if (entry.first == key)
-            return &entry.second;
+    for (const CellValue &cell : values) {
+        if (cell.column == column && cell.role == role)
+            return &cell.value;
     }
     return nullptr;
 }
 
-QVariant &ObjectTreeModel::Node::valueRef(quint64 key)
+QVariant &ObjectTreeModel::Node::valueRef(int column, int role)
 {
-    for (auto &entry : values) {
-        if (entry.first == key)
-            return entry.second;
+    for (CellValue &cell : values) {
+        if (cell.column == column && cell.role == role)
+            return cell.value;
     }
-    values.append({key, QVariant()});
-    return values.last().second;
+    values.append({column, role, QVariant()});
+    return values.last().value;
 }
 
-ObjectTreeModel::Node *ObjectTreeModel::makeNode(const ObjectInfo &object)
+ObjectTreeModel::Node *ObjectTreeModel::makeNode(const ObjectInfo &object, RowValues *values)
 {
     auto *node = new Node;
     node->info = object;
-    if (m_pendingValues) {
-        if (const RowValues *values = m_pendingValues->value(object.uid)) {
-            node->values.reserve(values->size());
-            for (const CellValue &cell : *values)
-                storeValue(node, cell.column, cell.role, cell.value);
+    if (values) {
+        node->values.reserve(values->size());
+        for (CellValue &cell : *values) {
+            const int role = storedRole(cell.role);
+            if (cell.column == 0 && role == ItemRoles::SortText) {
+                node->name = cell.value.toString();
+                node->nameSet = true;
+            } else {
+                node->valueRef(cell.column, role) = std::move(cell.value);
+            }
         }
     }
     prepareTexts(node);
@@ -163,7 +180,7 @@ bool ObjectTreeModel::storeValue(Node *node, int column, int role, const QVarian
         node->name = name;
         return true;
     }
-    QVariant &stored = node->valueRef(valueKey(column, role));
+    QVariant &stored = node->valueRef(column, storedRole(role));
     // Validity first: comparing a new, empty value with a text would try conversions.
     if (stored.isValid() && stored == value)
         return false;
@@ -254,7 +271,7 @@ QModelIndex ObjectTreeModel::add(const ObjectInfo &object)
     Node *parent = placeFor(object, nullptr);
     const int row = parent->children.size();
     beginInsertRows(indexOf(parent), row, row);
-    Node *node = makeNode(object);
+    Node *node = makeNode(object, nullptr);
     attach(node, parent);
     endInsertRows();
     adoptWaiting(node);
@@ -296,22 +313,44 @@ void ObjectTreeModel::update(Node *node, const ObjectInfo &object)
 
 void ObjectTreeModel::add(const QList<ObjectInfo> &objects)
 {
-    if (objects.isEmpty())
-        return;
-    // The objects that are new, by uid; the last of a uid given twice wins.
-    QHash<TYPE_ID, int> fresh;
-    for (int i = 0; i < objects.size(); ++i) {
-        if (m_nodes.contains(objects.at(i).uid))
-            update(m_nodes.value(objects.at(i).uid), objects.at(i));
+    QVector<Arrival> fresh;
+    for (const ObjectInfo &object : objects) {
+        if (Node *node = m_nodes.value(object.uid))
+            update(node, object);
         else
-            fresh.insert(objects.at(i).uid, i);
+            fresh.append({&object, nullptr});
     }
-    if (fresh.isEmpty())
+    addNew(fresh);
+}
+
+void ObjectTreeModel::add(QVector<Row> rows)
+{
+    QVector<Arrival> fresh;
+    for (Row &row : rows) {
+        if (!m_nodes.contains(row.object.uid)) {
+            fresh.append({&row.object, &row.values});
+            continue;
+        }
+        const QModelIndex index = add(row.object);
+        for (const CellValue &cell : qAsConst(row.values))
+            setData(index.siblingAtColumn(cell.column), cell.value, cell.role);
+    }
+    addNew(fresh);
+}
+
+void ObjectTreeModel::addNew(const QVector<Arrival> &arrivals)
+{
+    if (arrivals.isEmpty())
         return;
+    // The arrivals by uid; the last of a uid given twice wins.
+    QHash<TYPE_ID, int> fresh;
+    fresh.reserve(arrivals.size());
+    for (int i = 0; i < arrivals.size(); ++i)
+        fresh.insert(arrivals.at(i).object->uid, i);
     // The new objects form a forest below existing nodes: children by parent uid.
     QHash<TYPE_ID, QVector<int>> freshChildren;
     for (auto it = fresh.cbegin(); it != fresh.cend(); ++it) {
-        const ObjectInfo &object = objects.at(it.value());
+        const ObjectInfo &object = *arrivals.at(it.value()).object;
         if (object.parent != 0 && object.parent != object.uid && fresh.contains(object.parent))
             freshChildren[object.parent].append(it.value());
     }
@@ -320,19 +359,19 @@ void ObjectTreeModel::add(const QList<ObjectInfo> &objects)
         std::sort(it->begin(), it->end());
     // Builds the subtree of one new object below `parent`, without signals.
     std::function<void(int, Node *)> build = [&](int at, Node *parent) {
-        const ObjectInfo &object = objects.at(at);
-        if (m_nodes.contains(object.uid))
+        const Arrival &arrival = arrivals.at(at);
+        if (m_nodes.contains(arrival.object->uid))
             return; // a cycle among the new objects: already placed
-        Node *node = makeNode(object);
+        Node *node = makeNode(*arrival.object, arrival.values);
         attach(node, parent);
-        for (int child : freshChildren.value(object.uid))
+        for (int child : freshChildren.value(arrival.object->uid))
             build(child, node);
     };
     // The roots of that forest, grouped by the node they join.
     QHash<Node *, QVector<int>> groups;
     QVector<Node *> order;
     for (auto it = fresh.cbegin(); it != fresh.cend(); ++it) {
-        const ObjectInfo &object = objects.at(it.value());
+        const ObjectInfo &object = *arrivals.at(it.value()).object;
         if (object.parent != 0 && object.parent != object.uid && fresh.contains(object.parent))
             continue; // built with its parent
         Node *place = placeFor(object, nullptr);
@@ -363,7 +402,7 @@ void ObjectTreeModel::add(const QList<ObjectInfo> &objects)
     }
     std::sort(left.begin(), left.end());
     for (int at : qAsConst(left)) {
-        if (m_nodes.contains(objects.at(at).uid))
+        if (m_nodes.contains(arrivals.at(at).object->uid))
             continue;
         const int row = m_root.children.size();
         if (!reset)
@@ -380,54 +419,37 @@ void ObjectTreeModel::add(const QList<ObjectInfo> &objects)
     }
 }
 
-void ObjectTreeModel::add(const QList<ObjectInfo> &objects, const QVector<RowValues> &values)
+void ObjectTreeModel::setColumnValues(int column, int role,
+                                      const std::function<QVariant(const Node &)> &valueOf)
 {
-    Q_ASSERT(objects.size() == values.size());
-    QList<ObjectInfo> fresh;
-    QHash<TYPE_ID, const RowValues *> freshValues;
-    for (int i = 0; i < objects.size(); ++i) {
-        const ObjectInfo &object = objects.at(i);
-        if (!m_nodes.contains(object.uid)) {
-            fresh.append(object);
-            freshValues.insert(object.uid, &values.at(i));
-            continue;
-        }
-        const QModelIndex row = add(object);
-        for (const CellValue &cell : values.at(i))
-            setData(row.siblingAtColumn(cell.column), cell.value, cell.role);
-    }
-    m_pendingValues = &freshValues;
-    add(fresh);
-    m_pendingValues = nullptr;
-}
-
-void ObjectTreeModel::setColumnValues(int column, int role, const QHash<TYPE_ID, QVariant> &values)
-{
-    // Changed rows by parent, so that each block of neighbours is announced once.
-    QHash<Node *, QVector<int>> changedRows;
-    for (auto it = values.constBegin(); it != values.constEnd(); ++it) {
-        Node *node = m_nodes.value(it.key());
-        if (node && storeValue(node, column, role, it.value())) {
-            if (column == 0 && role == ItemRoles::SortText)
-                prepareTexts(node);
-            changedRows[node->parent].append(node->row);
-        }
-    }
+    // Walked in row order, so that each block of changed neighbours is announced once.
     const QVector<int> roles = (role == Qt::DisplayRole || role == Qt::EditRole)
                                    ? QVector<int>{Qt::DisplayRole, Qt::EditRole}
                                    : QVector<int>{role};
-    for (auto it = changedRows.begin(); it != changedRows.end(); ++it) {
-        QVector<int> &rows = it.value();
-        std::sort(rows.begin(), rows.end());
-        const QModelIndex parent = indexOf(it.key());
-        for (int first = 0; first < rows.size();) {
-            int last = first;
-            while (last + 1 < rows.size() && rows.at(last + 1) == rows.at(last) + 1)
-                ++last;
-            emit dataChanged(index(rows.at(first), column, parent),
-                             index(rows.at(last), column, parent), roles);
-            first = last + 1;
+    QVector<Node *> parents{&m_root};
+    while (!parents.isEmpty()) {
+        Node *parent = parents.takeLast();
+        const QModelIndex parentIndex = indexOf(parent);
+        int first = -1;
+        const auto announce = [&](int last) {
+            if (first >= 0)
+                emit dataChanged(index(first, column, parentIndex),
+                                 index(last, column, parentIndex), roles);
+            first = -1;
+        };
+        for (Node *node : qAsConst(parent->children)) {
+            if (!node->children.isEmpty())
+                parents.append(node);
+            if (storeValue(node, column, role, valueOf(*node))) {
+                if (column == 0 && role == ItemRoles::SortText)
+                    prepareTexts(node);
+                if (first < 0)
+                    first = node->row;
+            } else {
+                announce(node->row - 1);
+            }
         }
+        announce(parent->children.size() - 1);
     }
 }
 
@@ -467,6 +489,7 @@ void ObjectTreeModel::clear()
     m_waiting.clear();
     m_searchCorpus.clear();
     m_sortKeyCorpus.clear();
+    m_sortKeyCorpusMade = false;
     endResetModel();
 }
 
@@ -591,7 +614,7 @@ QVariant ObjectTreeModel::data(const QModelIndex &index, int role) const
         case ItemRoles::SortText:
             return node->name;
         case Qt::DecorationRole: {
-            if (const QVariant *stored = node->value(valueKey(0, role)))
+            if (const QVariant *stored = node->value(0, role))
                 return *stored;
             auto icon = m_icons.find(node->info.type);
             if (icon == m_icons.end())
@@ -604,7 +627,7 @@ QVariant ObjectTreeModel::data(const QModelIndex &index, int role) const
     } else if (column == 1 && (role == Qt::DisplayRole || role == Qt::EditRole)) {
         return node->info.type;
     }
-    const QVariant *stored = node->value(valueKey(column, role));
+    const QVariant *stored = node->value(column, storedRole(role));
     return stored ? *stored : QVariant();
 }
 

@@ -10,6 +10,8 @@
 #include <QStringList>
 #include <QVector>
 
+#include <functional>
+
 // A tree of the store's objects, keyed by uid and built by each object's parent. A child
 // that arrives before its parent waits at the top level and moves under the parent when
 // that comes; it goes back to the top level when its parent is removed. Every lookup by
@@ -22,6 +24,15 @@ class ObjectTreeModel : public QAbstractItemModel
 {
     Q_OBJECT
 public:
+    // A value of a row's cell, as setData() would store it.
+    struct CellValue
+    {
+        int column = 0;
+        int role = Qt::EditRole;
+        QVariant value;
+    };
+    using RowValues = QVector<CellValue>;
+
     // One object in the tree. Exposed read-only so that the proxies above can filter and
     // sort on the prepared texts without going through QVariant.
     struct Node
@@ -31,14 +42,17 @@ public:
         int row = 0;
         QVector<Node *> children;
         QString name;       // role 258 of column 0
-        QString sortKey;    // the name, case-folded
         QString searchText; // the name and the identifying parameters, case-folded
+        int sortKeyLength = 0;
         bool nameSet = false;
-        // What setData stored, by column and role: a handful per row, where a short list
-        // costs a fraction of a hash, for each of 100,000 rows.
-        QVector<QPair<quint64, QVariant>> values;
-        const QVariant *value(quint64 key) const;
-        QVariant &valueRef(quint64 key);
+        // What setData stored, the edit role kept as the display role: a handful per row,
+        // where a short list costs a fraction of a hash, for each of 100,000 rows.
+        RowValues values;
+
+        // The name, case-folded: the beginning of the search text.
+        QStringRef sortKey() const { return QStringRef(&searchText, 0, sortKeyLength); }
+        const QVariant *value(int column, int role) const;
+        QVariant &valueRef(int column, int role);
     };
 
     explicit ObjectTreeModel(QObject *parent = nullptr);
@@ -52,21 +66,20 @@ public:
     // The same for many objects at once, with as few signals as the tree allows.
     void add(const QList<zeral::ObjectInfo> &objects);
 
-    // A value of a row's cell, as setData() would store it.
-    struct CellValue
+    // An object with the values of its row's cells.
+    struct Row
     {
-        int column = 0;
-        int role = Qt::EditRole;
-        QVariant value;
+        zeral::ObjectInfo object;
+        RowValues values;
     };
-    using RowValues = QVector<CellValue>;
-    // Adds or updates the objects together with the values of their cells (`values` parallel
-    // to `objects`). New rows come with their values already in place, so that a sorted or
-    // filtering proxy places each one once; a row that was there gets setData() per value.
-    void add(const QList<zeral::ObjectInfo> &objects, const QVector<RowValues> &values);
-    // Sets one column's value in a role for many rows and announces each block of changed
-    // sibling rows once, as a range; uids the model doesn't hold are skipped.
-    void setColumnValues(int column, int role, const QHash<zeral::TYPE_ID, QVariant> &values);
+    // Adds or updates the objects together with the values of their cells. New rows come
+    // with their values already in place, so that a sorted or filtering proxy places each
+    // one once; a row that was there gets setData() per value. The values are moved into
+    // the rows, not copied: on 100,000 rows that is much of the work.
+    void add(QVector<Row> rows);
+    // Sets one column's value in a role for every row, from a function of its node, and
+    // announces each block of changed sibling rows once, as a range.
+    void setColumnValues(int column, int role, const std::function<QVariant(const Node &)> &valueOf);
     // Removes the row of the uid; its children wait at the top level for it to come back.
     void remove(zeral::TYPE_ID uid);
     void clear();
@@ -109,7 +122,16 @@ private:
     Node *nodeOf(const QModelIndex &index) const;
     QModelIndex indexOf(const Node *node, int column = 0) const;
     void prepareTexts(Node *node);
-    Node *makeNode(const zeral::ObjectInfo &object);
+    // Makes the node of a new object; its cells' values are moved out of `values`.
+    Node *makeNode(const zeral::ObjectInfo &object, RowValues *values);
+    // An object that add() found new, with the values of its cells if it came with some.
+    struct Arrival
+    {
+        const zeral::ObjectInfo *object;
+        RowValues *values;
+    };
+    // Builds the rows of new objects with as few signals as the tree allows.
+    void addNew(const QVector<Arrival> &arrivals);
     // Stores a value without a signal; true if it changed. Column 0's role 258 is the name.
     bool storeValue(Node *node, int column, int role, const QVariant &value);
     // The node the object belongs under: its parent, or the root while that is missing.
@@ -125,14 +147,14 @@ private:
 
     Node m_root;
     QHash<zeral::TYPE_ID, Node *> m_nodes;
-    // While add() with values runs: the values of the rows it makes, by uid.
-    const QHash<zeral::TYPE_ID, const RowValues *> *m_pendingValues = nullptr;
     // Children that came before their parent, by the uid of the parent they wait for.
     QHash<zeral::TYPE_ID, QVector<Node *>> m_waiting;
     int m_columnCount = 2;
     QHash<quint64, QVariant> m_headers;    // by section and role
     mutable QHash<QString, QIcon> m_icons; // by type: a theme lookup is slow
-    // Every node's search text and sort key, kept current with the nodes.
+    // Every node's search text, kept current with the nodes; and the sort keys, made at the
+    // first search in them (few lists search names only) and kept current from then on.
     SearchCorpus m_searchCorpus;
-    SearchCorpus m_sortKeyCorpus;
+    mutable SearchCorpus m_sortKeyCorpus;
+    mutable bool m_sortKeyCorpusMade = false;
 };

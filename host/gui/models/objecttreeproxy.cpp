@@ -4,6 +4,8 @@
 
 #include <QRegularExpression>
 
+#include <algorithm>
+
 using zeral::TYPE_ID;
 
 ObjectTreeProxy::ObjectTreeProxy(QObject *parent)
@@ -363,6 +365,11 @@ bool ObjectTreeProxy::restAccepts(const Node *node) const
         if (listed != (filter.type == MustMatch))
             return false;
     }
+    return acceptsObject(node);
+}
+
+bool ObjectTreeProxy::acceptsObject(const Node *) const
+{
     return true;
 }
 
@@ -370,22 +377,16 @@ bool ObjectTreeProxy::matchesText(const Node *node) const
 {
     if (!textActive())
         return true;
-    QString folded;
-    const QString *text = &node->searchText;
-    if (m_searchIndex.isEmpty()) {
-        if (m_searchRole == ItemRoles::SortText) {
-            text = &node->sortKey;
-        } else {
-            folded
-                = m_model->indexForUid(node->info.uid).data(m_searchRole).toString().toCaseFolded();
-            text = &folded;
-        }
-    }
-    for (const QString &word : m_words) {
-        if (!text->contains(word))
-            return false;
-    }
-    return true;
+    const auto containsAll = [this](const auto &text) {
+        return std::all_of(m_words.cbegin(), m_words.cend(),
+                           [&text](const QString &word) { return text.contains(word); });
+    };
+    if (!m_searchIndex.isEmpty())
+        return containsAll(node->searchText);
+    if (m_searchRole == ItemRoles::SortText)
+        return containsAll(node->sortKey());
+    return containsAll(
+        m_model->indexForUid(node->info.uid).data(m_searchRole).toString().toCaseFolded());
 }
 
 bool ObjectTreeProxy::matchesSelf(const Node *node) const
@@ -459,7 +460,7 @@ bool ObjectTreeProxy::lessThan(const QModelIndex &left, const QModelIndex &right
         const Node *b = m_model->nodeFor(right);
         if (a && b) {
             const int order = sortCaseSensitivity() == Qt::CaseInsensitive
-                                  ? a->sortKey.compare(b->sortKey)
+                                  ? a->sortKey().compare(b->sortKey())
                                   : a->name.compare(b->name);
             return order != 0 ? order < 0 : a->info.uid < b->info.uid;
         }

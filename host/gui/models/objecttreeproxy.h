@@ -95,6 +95,11 @@ protected:
     // A row whose type fails the type filter stays when an object below it passes: for
     // trees whose containers are of no listed type.
     void setTypeFilterKeepsContainers(bool keep);
+    // A further condition of a subclass on an object, asked with the uid and parameter
+    // filters. Whoever changes what it answers calls refilter().
+    virtual bool acceptsObject(const ObjectTreeModel::Node *node) const;
+    // Filters every row anew.
+    void refilter();
 
 private:
     struct ParameterFilter
@@ -112,7 +117,6 @@ private:
     bool matchesText(const Node *node) const;
     bool matchesSelf(const Node *node) const;
     bool accepts(const Node *node) const;
-    void refilter();
     void ensureCounts() const;
     void countMatch(zeral::TYPE_ID uid, int delta) const;
     void ensureCheckCounts() const;

@@ -20,7 +20,7 @@ void UserProxyModel::setCurrentUserUid(zeral::TYPE_ID uid)
     if (uid == m_currentUserUid)
         return;
     m_currentUserUid = uid;
-    invalidateFilter();
+    templateFiltersChanged();
 }
 
 void UserProxyModel::setRoletemplateFilterEnabled(bool enabled)
@@ -28,7 +28,7 @@ void UserProxyModel::setRoletemplateFilterEnabled(bool enabled)
     if (enabled == m_templateFilterEnabled)
         return;
     m_templateFilterEnabled = enabled;
-    invalidateFilter();
+    templateFiltersChanged();
 }
 
 void UserProxyModel::setRoletemplateFilter(const QStringList &ids)
@@ -40,19 +40,42 @@ void UserProxyModel::setRoletemplateFilter(const QStringList &ids)
         return;
     m_templates = std::move(templates);
     m_templatesKnown = true;
-    invalidateFilter();
+    templateFiltersChanged();
 }
 
-bool UserProxyModel::filterAcceptsRow(int sourceRow, const QModelIndex &sourceParent) const
+void UserProxyModel::templateFiltersChanged()
 {
-    if (!ObjectTreeProxy::filterAcceptsRow(sourceRow, sourceParent))
-        return false;
-    if (!m_templateFilterEnabled || !m_templatesKnown || !sourceModel())
-        return true;
-    const ObjectTreeModel::Node *node = sourceModel()->nodeAt(sourceRow, sourceParent);
-    if (!node)
-        return false;
-    if (m_currentUserUid != 0 && node->info.uid == m_currentUserUid)
-        return true;
-    return m_templates.contains(node->info.parameters.value(templateKey()));
+    // Every row that reached this filter did so with a template of the lists: if no answer
+    // on them changes, no row changes, and 100,000 rows needn't be filtered and sorted anew.
+    bool changed = false;
+    for (int own = 0; own < 2; ++own) {
+        for (auto it = m_verdicts[own].begin(); it != m_verdicts[own].end(); ++it) {
+            const bool accepted = acceptsTemplate(it.key(), own);
+            changed = changed || accepted != it.value();
+            it.value() = accepted;
+        }
+    }
+    if (changed)
+        refilter();
+}
+
+bool UserProxyModel::acceptsObject(const ObjectTreeModel::Node *node) const
+{
+    const bool own = m_currentUserUid != 0 && node->info.uid == m_currentUserUid;
+    static const QString none;
+    const auto &parameters = node->info.parameters;
+    const auto found = parameters.constFind(templateKey());
+    const QString &templateId = found != parameters.cend() ? found.value() : none;
+    QHash<QString, bool> &verdicts = m_verdicts[own];
+    const auto verdict = verdicts.constFind(templateId);
+    if (verdict != verdicts.cend())
+        return verdict.value();
+    const bool accepted = acceptsTemplate(templateId, own);
+    verdicts.insert(templateId, accepted);
+    return accepted;
+}
+
+bool UserProxyModel::acceptsTemplate(const QString &templateId, bool own) const
+{
+    return !m_templateFilterEnabled || !m_templatesKnown || own || m_templates.contains(templateId);
 }

@@ -2,10 +2,18 @@
 
 #include <host/gui/models/objecttreeproxy.h>
 
+#include <QHash>
+#include <QSet>
+#include <QStringList>
+
 // The proxy of a list of user accounts: besides the filters of ObjectTreeProxy it shows only
 // users of the role templates that the operator may manage. The operator's own account
 // always shows, whatever its template. Until a list of templates is given, the template
 // filter lets every user through; afterwards exactly the listed templates pass.
+//
+// Whether a user shows depends, beyond the base filters, only on his role template and on
+// whether he is the operator; so the answer is worked out once per template and kept until
+// a filter changes. A site has a few templates and up to 100,000 users.
 class UserProxyModel : public ObjectTreeProxy
 {
     Q_OBJECT
@@ -19,11 +27,19 @@ public:
     void setRoletemplateFilter(const QStringList &ids);
 
 protected:
-    bool filterAcceptsRow(int sourceRow, const QModelIndex &sourceParent) const override;
+    bool acceptsObject(const ObjectTreeModel::Node *node) const override;
+    // Whether users of this template show; `own` for the operator's own account. Subclasses
+    // add their conditions, and call templateFiltersChanged() when those change.
+    virtual bool acceptsTemplate(const QString &templateId, bool own) const;
+    // Works out anew the answers per template, and filters the rows anew if one changed.
+    void templateFiltersChanged();
 
 private:
     zeral::TYPE_ID m_currentUserUid = 0;
     bool m_templateFilterEnabled = false;
     bool m_templatesKnown = false;
     QSet<QString> m_templates;
+    // acceptsTemplate() by template id, for other users [0] and for the operator [1]: of
+    // every template that a row asked about since the proxy was made.
+    mutable QHash<QString, bool> m_verdicts[2];
 };
