@@ -154,8 +154,9 @@ private:
     void usersRemoved(const QList<zeral::TYPE_ID> &uids);
     // The users selected in either user table.
     QSet<zeral::TYPE_ID> selectedUserUids() const;
-    // Whether the users card shows exactly one user, one of these.
-    bool userInfoShowsOneOf(const QSet<zeral::TYPE_ID> &uids) const;
+    // Whether the card shows one user, who is selected and among `uids`.
+    bool userInfoShowsOneOf(const QSet<zeral::TYPE_ID> &selected,
+                            const QList<zeral::TYPE_ID> &uids) const;
 
     // Role templates are read anew at every show and spread by roleTemplatesRead().
     void sendGetRoletemplates();

@@ -201,6 +201,14 @@ void TestObjectTreeModel::valuesComeWithTheRows()
     QCOMPARE(testing::dumpTree(sorted), QStringLiteral("1,2,3,4"));
     QCOMPARE(changed.count(), 2);
 
+    // A cell given twice in a new row: the later value counts, now and when set again.
+    model.add({{dept(5, 0), {Cell{2, Qt::EditRole, "first"}, Cell{2, Qt::DisplayRole, "second"}}}});
+    const QModelIndex twice = model.indexForUid(5, 2);
+    QCOMPARE(twice.data().toString(), QStringLiteral("second"));
+    QVERIFY(model.setData(twice, "third"));
+    QCOMPARE(twice.data(Qt::EditRole).toString(), QStringLiteral("third"));
+    model.remove(5);
+
     // One column for every row: each block of neighbouring changed rows is announced once.
     changed.clear();
     const QHash<zeral::TYPE_ID, QString> texts{{1, "p"}, {2, "q"}, {3, "z"}, {4, "r"}};

@@ -35,6 +35,8 @@ private slots:
     void templateFilter_data();
     void templateFilter();
     void followsTemplateChanges();
+    void refiltersOnlyForAChangedAnswer_data();
+    void refiltersOnlyForAChangedAnswer();
 };
 
 void TestUserProxies::templateFilter_data()
@@ -100,6 +102,43 @@ void TestUserProxies::followsTemplateChanges()
     QCOMPARE(logins(proxy), QStringLiteral("anna"));
     model.remove(4);
     QCOMPARE(proxy.rowCount(), 0);
+}
+
+void TestUserProxies::refiltersOnlyForAChangedAnswer_data()
+{
+    QTest::addColumn<QStringList>("templates");
+    QTest::addColumn<bool>("refiltered");
+    QTest::addColumn<QString>("expected");
+    QTest::addRow("a template nobody has") << QStringList{"RT_OPERATOR", "RT_MOBILE", "RT_X"}
+                                           << false << "anna,boris";
+    QTest::addRow("a listed template dropped") << QStringList{"RT_OPERATOR"} << true << "boris";
+    QTest::addRow("a template of a hidden user added")
+        << QStringList{"RT_OPERATOR", "RT_MOBILE", "RT_SUPERVISOR"} << true << "anna,boris,root";
+}
+
+// The answers are kept per template: a new list that changes none of them leaves every row
+// as it is, without filtering and sorting the whole list again.
+void TestUserProxies::refiltersOnlyForAChangedAnswer()
+{
+    QFETCH(QStringList, templates);
+    QFETCH(bool, refiltered);
+    QFETCH(QString, expected);
+    ObjectTreeModel model;
+    model.add(QList<ObjectInfo>{user(1, "root", "RT_SUPERVISOR"), user(3, "boris", "RT_OPERATOR"),
+                                user(4, "anna", "RT_MOBILE")});
+    UserProxyModel proxy;
+    QAbstractItemModelTester tester(&proxy, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    proxy.setSourceModel(&model);
+    proxy.setSortRole(258);
+    proxy.sort(0);
+    proxy.setRoletemplateFilterEnabled(true);
+    proxy.setRoletemplateFilter({"RT_OPERATOR", "RT_MOBILE"});
+    QCOMPARE(logins(proxy), QStringLiteral("anna,boris"));
+    QSignalSpy layouts(&proxy, &QAbstractItemModel::layoutChanged);
+    proxy.setRoletemplateFilter(templates);
+    QCOMPARE(!layouts.isEmpty(), refiltered);
+    QCOMPARE(logins(proxy), expected);
+    QCOMPARE(proxy.acceptsUid(1), expected.contains("root"));
 }
 
 QTEST_MAIN(TestUserProxies)

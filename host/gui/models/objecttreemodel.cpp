@@ -130,20 +130,21 @@ QVector<TYPE_ID> ObjectTreeModel::uidsContaining(const QString &foldedWord,
     return m_sortKeyCorpus.find(foldedWord);
 }
 
+// From the back: a row may have come with a cell twice, and the later value counts.
 const QVariant *ObjectTreeModel::Node::value(int column, int role) const
 {
-    for (const CellValue &cell : values) {
-        if (cell.column == column && cell.role == role)
-            return &cell.value;
+    for (auto cell = values.crbegin(); cell != values.crend(); ++cell) {
+        if (cell->column == column && cell->role == role)
+            return &cell->value;
     }
     return nullptr;
 }
 
 QVariant &ObjectTreeModel::Node::valueRef(int column, int role)
 {
-    for (CellValue &cell : values) {
-        if (cell.column == column && cell.role == role)
-            return cell.value;
+    for (auto cell = values.rbegin(); cell != values.rend(); ++cell) {
+        if (cell->column == column && cell->role == role)
+            return cell->value;
     }
     values.append({column, role, QVariant()});
     return values.last().value;
@@ -154,15 +155,22 @@ ObjectTreeModel::Node *ObjectTreeModel::makeNode(const ObjectInfo &object, RowVa
     auto *node = new Node;
     node->info = object;
     if (values) {
-        node->values.reserve(values->size());
-        for (CellValue &cell : *values) {
-            const int role = storedRole(cell.role);
-            if (cell.column == 0 && role == ItemRoles::SortText) {
+        // The row's list becomes the node's; column 0's role 258 is the name, kept apart.
+        node->values = std::move(*values);
+        for (CellValue &cell : node->values) {
+            cell.role = storedRole(cell.role);
+            if (cell.column == 0 && cell.role == ItemRoles::SortText) {
                 node->name = cell.value.toString();
                 node->nameSet = true;
-            } else {
-                node->valueRef(cell.column, role) = std::move(cell.value);
             }
+        }
+        if (node->nameSet) {
+            node->values.erase(std::remove_if(node->values.begin(), node->values.end(),
+                                              [](const CellValue &cell) {
+                                                  return cell.column == 0
+                                                         && cell.role == ItemRoles::SortText;
+                                              }),
+                               node->values.end());
         }
     }
     prepareTexts(node);
