@@ -365,7 +365,7 @@ bool ObjectTreeProxy::restAccepts(const Node *node) const
         if (listed != (filter.type == MustMatch))
             return false;
     }
-    return acceptsObject(node);
+    return true;
 }
 
 bool ObjectTreeProxy::acceptsObject(const Node *) const
@@ -391,17 +391,20 @@ bool ObjectTreeProxy::matchesText(const Node *node) const
 
 bool ObjectTreeProxy::matchesSelf(const Node *node) const
 {
-    return typeAccepts(node) && restAccepts(node) && matchesText(node);
+    return typeAccepts(node) && restAccepts(node) && matchesText(node) && acceptsObject(node);
 }
 
 bool ObjectTreeProxy::accepts(const Node *node) const
 {
     if (!restAccepts(node) || (!m_keepContainers && !typeAccepts(node)))
         return false;
-    if (!usesCounts())
-        return true;
-    ensureCounts();
-    return m_matchesBelow.value(node->info.uid) > 0;
+    if (usesCounts()) {
+        ensureCounts();
+        if (m_matchesBelow.value(node->info.uid) <= 0)
+            return false;
+    }
+    // A subclass's condition last: while a text is set, most rows are out before it.
+    return acceptsObject(node);
 }
 
 void ObjectTreeProxy::ensureCounts() const

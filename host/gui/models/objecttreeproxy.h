@@ -95,8 +95,8 @@ protected:
     // A row whose type fails the type filter stays when an object below it passes: for
     // trees whose containers are of no listed type.
     void setTypeFilterKeepsContainers(bool keep);
-    // A further condition of a subclass on an object, asked with the uid and parameter
-    // filters. Whoever changes what it answers calls refilter().
+    // A further condition of a subclass on an object, asked after the proxy's own filters.
+    // Whoever changes what it answers calls refilter().
     virtual bool acceptsObject(const ObjectTreeModel::Node *node) const;
     // Filters every row anew.
     void refilter();
