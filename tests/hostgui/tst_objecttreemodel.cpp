@@ -45,6 +45,7 @@ private slots:
     void cycleStaysAtTop();
     void rolesAndColumns();
     void valuesComeWithTheRows();
+    void codedParameter();
     void storeModelFollowsStore();
     void rolesModelFollowsCatalogue();
 };
@@ -217,6 +218,31 @@ void TestObjectTreeModel::valuesComeWithTheRows()
     });
     QCOMPARE(changed.count(), 2); // rows 0-1 and row 3; uid 3 kept its value
     QCOMPARE(model.indexForUid(4, 2).data().toString(), QStringLiteral("r"));
+}
+
+void TestObjectTreeModel::codedParameter()
+{
+    ObjectTreeModel model;
+    ObjectInfo a = dept(1, 0), b = dept(2, 0), c = dept(3, 0);
+    a.parameters.insert("PT_KIND", "x");
+    b.parameters.insert("PT_KIND", "y");
+    c.parameters.insert("PT_KIND", "x");
+    model.add(QList<ObjectInfo>{a, b});
+    const auto code = [&model](TYPE_ID uid) { return model.node(uid)->code; };
+    QCOMPARE(code(1), -1);
+    // Coded when set, for the nodes there and those that come; the same text, the same code.
+    model.setCodedParameter("PT_KIND");
+    model.add(c);
+    QCOMPARE(code(3), code(1));
+    QVERIFY(code(2) != code(1));
+    QCOMPARE(model.codeText(code(2)), QStringLiteral("y"));
+    // A changed object gets the code of its new text; a missing parameter codes as empty.
+    b.parameters.insert("PT_KIND", "x");
+    model.add(b);
+    QCOMPARE(code(2), code(1));
+    c.parameters.remove("PT_KIND");
+    model.add(c);
+    QCOMPARE(model.codeText(code(3)), QString());
 }
 
 void TestObjectTreeModel::storeModelFollowsStore()

@@ -102,6 +102,14 @@ void TestUserProxies::followsTemplateChanges()
     QCOMPARE(logins(proxy), QStringLiteral("anna"));
     model.remove(4);
     QCOMPARE(proxy.rowCount(), 0);
+
+    // Another parameter coded in the source: the template is read from each object.
+    model.setCodedParameter("PT_LOGIN");
+    model.add(user(5, "vera", "RT_CHIEF"));
+    proxy.setRoletemplateFilter({"RT_MOBILE", "RT_CHIEF"});
+    QCOMPARE(logins(proxy), QStringLiteral("boris,vera"));
+    proxy.setRoletemplateFilter({"RT_MOBILE"});
+    QCOMPARE(logins(proxy), QStringLiteral("boris"));
 }
 
 void TestUserProxies::refiltersOnlyForAChangedAnswer_data()

@@ -117,6 +117,30 @@ void ObjectTreeModel::prepareTexts(Node *node)
         m_sortKeyCorpus.set(node->info.uid, node->sortKey().toString());
 }
 
+void ObjectTreeModel::setCodedParameter(const QString &key)
+{
+    if (key == m_codedKey)
+        return;
+    m_codedKey = key;
+    for (Node *node : qAsConst(m_nodes))
+        setCode(node);
+}
+
+void ObjectTreeModel::setCode(Node *node)
+{
+    if (m_codedKey.isEmpty()) {
+        node->code = -1;
+        return;
+    }
+    const QString text = node->info.parameters.value(m_codedKey);
+    auto code = m_codes.find(text);
+    if (code == m_codes.end()) {
+        code = m_codes.insert(text, m_codeTexts.size());
+        m_codeTexts.append(text);
+    }
+    node->code = code.value();
+}
+
 QVector<TYPE_ID> ObjectTreeModel::uidsContaining(const QString &foldedWord,
                                                  SearchedText which) const
 {
@@ -174,6 +198,7 @@ ObjectTreeModel::Node *ObjectTreeModel::makeNode(const ObjectInfo &object, RowVa
         }
     }
     prepareTexts(node);
+    setCode(node);
     m_nodes.insert(object.uid, node);
     return node;
 }
@@ -295,6 +320,7 @@ void ObjectTreeModel::update(Node *node, const ObjectInfo &object)
         forgetWaiting(node);
     node->info = object;
     prepareTexts(node);
+    setCode(node);
     if (parentChanged) {
         Node *place = placeFor(object, node);
         if (place != node->parent)

@@ -44,6 +44,8 @@ public:
         QString name;       // role 258 of column 0
         QString searchText; // the name and the identifying parameters, case-folded
         int sortKeyLength = 0;
+        // The coded parameter's value as its code (see setCodedParameter), -1 without one.
+        int code = -1;
         bool nameSet = false;
         // What setData stored, the edit role kept as the display role: a handful per row,
         // where a short list costs a fraction of a hash, for each of 100,000 rows.
@@ -94,6 +96,14 @@ public:
     QList<zeral::TYPE_ID> childKeys(zeral::TYPE_ID uid) const;
     QList<zeral::TYPE_ID> parentKeys(zeral::TYPE_ID uid) const;
 
+    // One parameter that a proxy filters many rows on, kept in each node as a small number,
+    // the same for the same text: the proxy then decides once per text and reads the number
+    // from the node at hand, instead of looking the text up in 100,000 objects' parameters.
+    void setCodedParameter(const QString &key);
+    QString codedParameter() const { return m_codedKey; }
+    // The text of a code; every code ever given keeps its text.
+    QString codeText(int code) const { return m_codeTexts.value(code); }
+
     // For the proxies.
     const Node *node(zeral::TYPE_ID uid) const { return m_nodes.value(uid); }
     const Node *nodeAt(int row, const QModelIndex &parent) const;
@@ -122,6 +132,7 @@ private:
     Node *nodeOf(const QModelIndex &index) const;
     QModelIndex indexOf(const Node *node, int column = 0) const;
     void prepareTexts(Node *node);
+    void setCode(Node *node);
     // Makes the node of a new object; its cells' values are moved out of `values`.
     Node *makeNode(const zeral::ObjectInfo &object, RowValues *values);
     // An object that add() found new, with the values of its cells if it came with some.
@@ -157,4 +168,7 @@ private:
     SearchCorpus m_searchCorpus;
     mutable SearchCorpus m_sortKeyCorpus;
     mutable bool m_sortKeyCorpusMade = false;
+    QString m_codedKey;
+    QHash<QString, int> m_codes;
+    QVector<QString> m_codeTexts;
 };

@@ -2,6 +2,8 @@
 
 #include <shared/dbkeys.h>
 
+#include <algorithm>
+
 namespace {
 // Asked for each of many rows at every refilter: made into a QString once.
 const QString &templateKey()
@@ -43,16 +45,29 @@ void UserProxyModel::setRoletemplateFilter(const QStringList &ids)
     templateFiltersChanged();
 }
 
+void UserProxyModel::setSourceModel(QAbstractItemModel *model)
+{
+    for (QVector<qint8> &verdicts : m_verdicts)
+        verdicts.clear();
+    if (auto *tree = qobject_cast<ObjectTreeModel *>(model))
+        tree->setCodedParameter(templateKey());
+    ObjectTreeProxy::setSourceModel(model);
+}
+
 void UserProxyModel::templateFiltersChanged()
 {
     // Every row that reached this filter did so with a template of the lists: if no answer
     // on them changes, no row changes, and 100,000 rows needn't be filtered and sorted anew.
-    bool changed = false;
+    // Without the codes, the lists don't cover every row.
+    bool changed = !sourceModel() || sourceModel()->codedParameter() != templateKey();
     for (int own = 0; own < 2; ++own) {
-        for (auto it = m_verdicts[own].begin(); it != m_verdicts[own].end(); ++it) {
-            const bool accepted = acceptsTemplate(it.key(), own);
-            changed = changed || accepted != it.value();
-            it.value() = accepted;
+        QVector<qint8> &verdicts = m_verdicts[own];
+        for (int code = 0; code < verdicts.size(); ++code) {
+            if (verdicts.at(code) < 0)
+                continue;
+            const qint8 accepted = acceptsTemplate(sourceModel()->codeText(code), own);
+            changed = changed || accepted != verdicts.at(code);
+            verdicts[code] = accepted;
         }
     }
     if (changed)
@@ -62,17 +77,20 @@ void UserProxyModel::templateFiltersChanged()
 bool UserProxyModel::acceptsObject(const ObjectTreeModel::Node *node) const
 {
     const bool own = m_currentUserUid != 0 && node->info.uid == m_currentUserUid;
-    static const QString none;
-    const auto &parameters = node->info.parameters;
-    const auto found = parameters.constFind(templateKey());
-    const QString &templateId = found != parameters.cend() ? found.value() : none;
-    QHash<QString, bool> &verdicts = m_verdicts[own];
-    const auto verdict = verdicts.constFind(templateId);
-    if (verdict != verdicts.cend())
-        return verdict.value();
-    const bool accepted = acceptsTemplate(templateId, own);
-    verdicts.insert(templateId, accepted);
-    return accepted;
+    // A source that codes another parameter: the template is looked up in each object.
+    if (sourceModel()->codedParameter() != templateKey())
+        return acceptsTemplate(node->info.parameters.value(templateKey()), own);
+    const int code = node->code;
+    QVector<qint8> &verdicts = m_verdicts[own];
+    if (code >= verdicts.size()) {
+        const int known = verdicts.size();
+        verdicts.resize(code + 1);
+        std::fill(verdicts.begin() + known, verdicts.end(), qint8(-1));
+    }
+    qint8 &verdict = verdicts[code];
+    if (verdict < 0)
+        verdict = acceptsTemplate(sourceModel()->codeText(code), own);
+    return verdict;
 }
 
 bool UserProxyModel::acceptsTemplate(const QString &templateId, bool own) const

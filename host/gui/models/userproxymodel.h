@@ -2,9 +2,9 @@
 
 #include <host/gui/models/objecttreeproxy.h>
 
-#include <QHash>
 #include <QSet>
 #include <QStringList>
+#include <QVector>
 
 // The proxy of a list of user accounts: besides the filters of ObjectTreeProxy it shows only
 // users of the role templates that the operator may manage. The operator's own account
@@ -19,6 +19,9 @@ class UserProxyModel : public ObjectTreeProxy
     Q_OBJECT
 public:
     explicit UserProxyModel(QObject *parent = nullptr);
+
+    // The source's role template is made its coded parameter.
+    void setSourceModel(QAbstractItemModel *model) override;
 
     void setCurrentUserUid(zeral::TYPE_ID uid);
     zeral::TYPE_ID currentUserUid() const { return m_currentUserUid; }
@@ -39,7 +42,7 @@ private:
     bool m_templateFilterEnabled = false;
     bool m_templatesKnown = false;
     QSet<QString> m_templates;
-    // acceptsTemplate() by template id, for other users [0] and for the operator [1]: of
-    // every template that a row asked about since the proxy was made.
-    mutable QHash<QString, bool> m_verdicts[2];
+    // acceptsTemplate() by the code of the template id in the source, for other users [0]
+    // and for the operator [1]; -1 where no row has asked yet.
+    mutable QVector<qint8> m_verdicts[2];
 };
