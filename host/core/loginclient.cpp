@@ -11,6 +11,8 @@
 
 #include <QCoreApplication>
 
+#include <utility>
+
 namespace command = zeral::proto::command;
 
 LoginClient::LoginClient(ZRServerInterface *server, QObject *parent)
@@ -18,6 +20,7 @@ LoginClient::LoginClient(ZRServerInterface *server, QObject *parent)
     , m_server(server)
 {
     connect(m_server, &ZRServerInterface::connected, this, &LoginClient::onConnected);
+    connect(m_server, &ZRServerInterface::connectionFailed, this, &LoginClient::onConnectionFailed);
     connect(m_server, &ZRServerInterface::pushReceived, this, &LoginClient::onPush);
 }
 
@@ -30,12 +33,24 @@ LoginClient::~LoginClient()
 void LoginClient::login(const QString &login, const QString &password, const QString &clientName)
 {
     m_clientName = clientName;
-    const QString hash = PassHash::encrypt(password, QCryptographicHash::Md5);
+    m_loginAgain = {};
+    sendLogin(login, PassHash::encrypt(password, QCryptographicHash::Md5), true);
+}
+
+void LoginClient::sendLogin(const QString &login, const QString &hash, bool mayRepeat)
+{
     Command request = Command::named(QLatin1String(command::Login));
-    request.data = ZRDataStream::pack(login, hash, clientName);
+    request.data = ZRDataStream::pack(login, hash, m_clientName);
     m_server->send(
         request,
-        [this, login, hash](Command &answer) {
+        [this, login, hash, mayRepeat](Command &answer) {
+            // A server that ends a session closes its connection right after telling so; a
+            // login sent at once may go down with it. It goes out again on the next one.
+            if (answer.status == zeral::proto::StatusConnectionLost && mayRepeat) {
+                m_loginAgain = [this, login, hash] { sendLogin(login, hash, false); };
+                m_loginLostText = answer.errorText();
+                return;
+            }
             if (!answer.isOk()) {
                 emit loginFailed(answer.status, answer.errorText());
                 return;
@@ -63,9 +78,22 @@ void LoginClient::logout()
 
 void LoginClient::onConnected()
 {
+    if (m_loginAgain) {
+        std::exchange(m_loginAgain, {})();
+        return;
+    }
     // A first connection has no session yet; a reconnection picks up the one we had.
     if (AuthData::isLoggedIn())
         resume();
+}
+
+void LoginClient::onConnectionFailed()
+{
+    // No connection to send the login again on: the operator learns why it didn't go.
+    if (m_loginAgain) {
+        m_loginAgain = {};
+        emit loginFailed(zeral::proto::StatusConnectionLost, m_loginLostText);
+    }
 }
 
 void LoginClient::resume()

@@ -4,6 +4,8 @@
 #include <QPointer>
 #include <QString>
 
+#include <functional>
+
 struct Command;
 class ZRServerInterface;
 
@@ -30,7 +32,9 @@ signals:
     void sessionLost(const QString &reason);
 
 private:
+    void sendLogin(const QString &login, const QString &hash, bool mayRepeat);
     void onConnected();
+    void onConnectionFailed();
     void onPush(const Command &push);
     void resume();
     bool readIdentity(const Command &answer, const QString &login, const QString &hash);
@@ -38,4 +42,7 @@ private:
 
     QPointer<ZRServerInterface> m_server; // the studio may tear its router down first
     QString m_clientName;
+    // A login whose connection dropped under it, to send once more on the next connection.
+    std::function<void()> m_loginAgain;
+    QString m_loginLostText;
 };

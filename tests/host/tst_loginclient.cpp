@@ -102,6 +102,48 @@ private slots:
         QCOMPARE(AuthData::passwdHash(), expectedHash);
     }
 
+    // The server closes the connection of a session it ended right after saying so: a login
+    // sent at once goes down with it, and goes out once more on the next connection.
+    void loginDroppedWithItsConnection_data()
+    {
+        QTest::addColumn<QString>("next"); // what happens after the drop
+        QTest::addColumn<int>("reported"); // the status loginFailed tells, 0 for success
+        QTest::addRow("connected again") << "connected" << 0;
+        QTest::addRow("no connection") << "failed" << int(StatusConnectionLost);
+        QTest::addRow("dropped again") << "dropped" << int(StatusConnectionLost);
+    }
+    void loginDroppedWithItsConnection()
+    {
+        QFETCH(QString, next);
+        QFETCH(int, reported);
+        QSignalSpy loggedIn(m_client, &LoginClient::loggedIn);
+        QSignalSpy failed(m_client, &LoginClient::loginFailed);
+        m_client->login(QStringLiteral("user"), QStringLiteral("pw"), QString());
+        m_server->dropConnection();
+        flushAnswers();
+        QCOMPARE(failed.count(), 0);
+        m_server->clearSent();
+        if (next == QLatin1String("failed")) {
+            emit m_server->connectionFailed(QStringLiteral("refused"));
+        } else {
+            m_server->script(QLatin1String(command::Login), answerWith(StatusOk));
+            if (next == QLatin1String("dropped"))
+                m_server->unscript(QLatin1String(command::Login));
+            m_server->setOnline(true);
+            emit m_server->connected();
+            if (next == QLatin1String("dropped"))
+                m_server->dropConnection();
+            QCOMPARE(m_server->lastSent(QLatin1String(command::Login)).name,
+                     QLatin1String(command::Login));
+        }
+        QTRY_COMPARE(loggedIn.count() + failed.count(), 1);
+        QCOMPARE(failed.isEmpty() ? 0 : failed.first().at(0).toInt(), reported);
+        // Once is all: a later connection sends nothing more.
+        m_server->clearSent();
+        emit m_server->connected();
+        QCOMPARE(m_server->lastSent(QLatin1String(command::Login)).name, QString());
+    }
+
     void reconnectResumesTheSession_data()
     {
         QTest::addColumn<int>("status");
