@@ -26,6 +26,14 @@ QString logins(const QAbstractItemModel &model)
     return texts.join(QLatin1Char(','));
 }
 
+// The proxy over the model, sorted by login as the user lists are.
+void showSorted(UserProxyModel &proxy, ObjectTreeModel &model)
+{
+    proxy.setSourceModel(&model);
+    proxy.setSortRole(258);
+    proxy.sort(0);
+}
+
 } // namespace
 
 class TestUserProxies : public QObject
@@ -74,9 +82,7 @@ void TestUserProxies::templateFilter()
                                 user(5, "nobody", "")});
     UserProxyModel proxy;
     QAbstractItemModelTester tester(&proxy, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    proxy.setSourceModel(&model);
-    proxy.setSortRole(258);
-    proxy.sort(0);
+    showSorted(proxy, model);
     proxy.setSearchEnabled(true);
     proxy.setCurrentUserUid(2);
     proxy.setRoletemplateFilterEnabled(enabled);
@@ -136,9 +142,7 @@ void TestUserProxies::refiltersOnlyForAChangedAnswer()
                                 user(4, "anna", "RT_MOBILE")});
     UserProxyModel proxy;
     QAbstractItemModelTester tester(&proxy, QAbstractItemModelTester::FailureReportingMode::QtTest);
-    proxy.setSourceModel(&model);
-    proxy.setSortRole(258);
-    proxy.sort(0);
+    showSorted(proxy, model);
     proxy.setRoletemplateFilterEnabled(true);
     proxy.setRoletemplateFilter({"RT_OPERATOR", "RT_MOBILE"});
     QCOMPARE(logins(proxy), QStringLiteral("anna,boris"));
