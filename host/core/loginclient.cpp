@@ -47,7 +47,9 @@ void LoginClient::sendLogin(const QString &login, const QString &hash, bool mayR
             // A server that ends a session closes its connection right after telling so; a
             // login sent at once may go down with it. It goes out again on the next one.
             if (answer.status == zeral::proto::StatusConnectionLost && mayRepeat) {
-                m_loginAgain = [this, login, hash] { sendLogin(login, hash, false); };
+                m_loginAgain = [this, login, hash] {
+                    sendLogin(login, hash, false);
+                };
                 m_loginLostText = answer.errorText();
                 return;
             }

@@ -228,7 +228,9 @@ void TestObjectTreeModel::codedParameter()
     b.parameters.insert("PT_KIND", "y");
     c.parameters.insert("PT_KIND", "x");
     model.add(QList<ObjectInfo>{a, b});
-    const auto code = [&model](TYPE_ID uid) { return model.node(uid)->code; };
+    const auto code = [&model](TYPE_ID uid) {
+        return model.node(uid)->code;
+    };
     QCOMPARE(code(1), -1);
     // Coded when set, for the nodes there and those that come; the same text, the same code.
     model.setCodedParameter("PT_KIND");

@@ -123,8 +123,8 @@ void TestUserProxies::refiltersOnlyForAChangedAnswer_data()
     QTest::addColumn<QStringList>("templates");
     QTest::addColumn<bool>("refiltered");
     QTest::addColumn<QString>("expected");
-    QTest::addRow("a template nobody has") << QStringList{"RT_OPERATOR", "RT_MOBILE", "RT_X"}
-                                           << false << "anna,boris";
+    QTest::addRow("a template nobody has")
+        << QStringList{"RT_OPERATOR", "RT_MOBILE", "RT_X"} << false << "anna,boris";
     QTest::addRow("a listed template dropped") << QStringList{"RT_OPERATOR"} << true << "boris";
     QTest::addRow("a template of a hidden user added")
         << QStringList{"RT_OPERATOR", "RT_MOBILE", "RT_SUPERVISOR"} << true << "anna,boris,root";

@@ -81,7 +81,8 @@ public:
     void add(QVector<Row> rows);
     // Sets one column's value in a role for every row, from a function of its node, and
     // announces each block of changed sibling rows once, as a range.
-    void setColumnValues(int column, int role, const std::function<QVariant(const Node &)> &valueOf);
+    void setColumnValues(int column, int role,
+                         const std::function<QVariant(const Node &)> &valueOf);
     // Removes the row of the uid; its children wait at the top level for it to come back.
     void remove(zeral::TYPE_ID uid);
     void clear();
