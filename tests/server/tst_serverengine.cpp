@@ -571,6 +571,64 @@ private slots:
         QCOMPARE(second->request(cmd::RoleCatalogue).status, qint32(proto::StatusOk));
     }
 
+    // A session ended on its own connection: by logout, by a second login, or by resuming
+    // another session over it. The old id must be gone for good and the connection go on.
+    void sessionEndedOnItsConnection_data()
+    {
+        QTest::addColumn<QString>("how");
+        QTest::addColumn<int>("sessionsAfter");
+        QTest::addRow("logout") << "logout" << 1;
+        QTest::addRow("second login") << "login" << 2;
+        QTest::addRow("resume of another session") << "resume" << 2;
+    }
+    void sessionEndedOnItsConnection()
+    {
+        QFETCH(QString, how);
+        QFETCH(int, sessionsAfter);
+        auto watcher = m_server->rootClient();
+        auto client = m_server->rootClient();
+        const QByteArray ended = client->session;
+        if (how == QLatin1String("logout")) {
+            QCOMPARE(client->request(cmd::Logout).status, qint32(proto::StatusOk));
+        } else if (how == QLatin1String("login")) {
+            QCOMPARE(client->login(QStringLiteral("root"), QStringLiteral("RootPass1")).status,
+                     qint32(proto::StatusOk));
+        } else {
+            auto away = m_server->rootClient();
+            const QByteArray other = away->session;
+            away->socket.abort();
+            QTRY_COMPARE(m_server->engine->connectionCount(), 2);
+            const Command resume
+                = client->request(QLatin1String(cmd::Resume),
+                                  ZRDataStream::pack(other, QStringLiteral("root"),
+                                                     clientHash(QStringLiteral("RootPass1"))),
+                                  {});
+            QCOMPARE(resume.status, qint32(proto::StatusOk));
+            client->session = other;
+        }
+        QVERIFY(!client->isClosed());
+        QVERIFY(how == QLatin1String("logout") || client->session != ended);
+
+        // Nobody can act or resume under the ended id, and it is no longer listed.
+        QCOMPARE(client->request(QLatin1String(cmd::RoleCatalogue), {}, ended).status,
+                 qint32(how == QLatin1String("logout") ? proto::StatusNotLoggedIn
+                                                       : proto::StatusForbidden));
+        auto again = m_server->client();
+        QCOMPARE(again
+                     ->request(QLatin1String(cmd::Resume),
+                               ZRDataStream::pack(ended, QStringLiteral("root"),
+                                                  clientHash(QStringLiteral("RootPass1"))),
+                               {})
+                     .status,
+                 qint32(proto::StatusNotFound));
+        const Command info = watcher->request(cmd::GetSessionsInfo);
+        QHash<QByteArray, zeral::ConnectedUserInfo> sessions;
+        ZRDataStream infoIn(info.data);
+        infoIn >> sessions;
+        QCOMPARE(sessions.size(), sessionsAfter);
+        QVERIFY(!sessions.contains(ended));
+    }
+
     void mailIsHeldWithoutRelay()
     {
         auto root = m_server->rootClient();

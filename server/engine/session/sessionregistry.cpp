@@ -41,7 +41,7 @@ const Session *SessionRegistry::find(const QByteArray &id) const
     return m_sessions.value(id).get();
 }
 
-void SessionRegistry::end(const QByteArray &id, const QDateTime &now)
+void SessionRegistry::end(QByteArray id, const QDateTime &now)
 {
     if (m_sessions.remove(id) > 0)
         m_ended.insert(id, now);

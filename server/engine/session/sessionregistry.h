@@ -16,8 +16,9 @@ public:
     Session *find(const QByteArray &id);
     const Session *find(const QByteArray &id) const;
     // Forgets the session and remembers for a while that it was ended at `now`, so that its
-    // id is never given out again while a client may still try to resume it.
-    void end(const QByteArray &id, const QDateTime &now);
+    // id is never given out again while a client may still try to resume it. The id is taken
+    // by value: callers pass the session's own id, which goes with the session.
+    void end(QByteArray id, const QDateTime &now);
     bool wasEnded(const QByteArray &id) const { return m_ended.contains(id); }
 
     // The session lost its connection at `now`; the resume window starts.
