@@ -233,6 +233,7 @@ UserCtl::UserCtl(QWidget *parent)
 
 UserCtl::~UserCtl()
 {
+    delete m_data;
     delete m_ui;
 }
 
