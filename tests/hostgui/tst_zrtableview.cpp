@@ -4,6 +4,7 @@
 #include <QHeaderView>
 #include <QMenu>
 #include <QSignalSpy>
+#include <QSortFilterProxyModel>
 #include <QStandardItemModel>
 #include <QtTest>
 
@@ -30,6 +31,10 @@ private slots:
     void headerMenuShowsAndHidesColumns();
     void uniformRowHeights_data();
     void uniformRowHeights();
+    void columnsFitTheirContentsOnce_data();
+    void columnsFitTheirContentsOnce();
+    void selectionLostToARefilterIsReported_data();
+    void selectionLostToARefilterIsReported();
 };
 
 void TestZRTableView::hiddenByDefault_data()
@@ -145,6 +150,134 @@ void TestZRTableView::uniformRowHeights()
     model->setData(model->index(0, 0), threeLines);
     view.resizeRowsToContents();
     QCOMPARE(view.rowHeight(1) > oneLine, uniform);
+}
+
+void TestZRTableView::columnsFitTheirContentsOnce_data()
+{
+    QTest::addColumn<bool>("rowsBeforeShow");
+    QTest::addColumn<bool>("stateRestored");
+    QTest::addRow("rows, then shown") << true << false;
+    QTest::addRow("shown, then the rows") << false << false;
+    QTest::addRow("a saved state wins") << true << true;
+}
+
+void TestZRTableView::columnsFitTheirContentsOnce()
+{
+    QFETCH(bool, rowsBeforeShow);
+    QFETCH(bool, stateRestored);
+    const QString login = QStringLiteral("operator12-with-a-long-login");
+    ZRTableView view;
+    view.resize(900, 300);
+    auto *model = new QStandardItemModel(0, 6, &view);
+    new QAbstractItemModelTester(model, QAbstractItemModelTester::FailureReportingMode::QtTest,
+                                 &view);
+    view.setModel(model);
+    const int narrow = 40;
+    for (int column = 0; column < 6; ++column)
+        view.horizontalHeader()->resizeSection(column, narrow);
+    // What the screen does at its start: the operator's saved state, or none yet.
+    QCOMPARE(view.restoreHeaderState(stateRestored ? view.headerState() : QByteArray()),
+             stateRestored);
+    const auto addRows = [model, &login] {
+        for (const QString &text : {QStringLiteral("root"), login})
+            model->appendRow({new QStandardItem(text), new QStandardItem(QStringLiteral("x"))});
+    };
+    if (rowsBeforeShow)
+        addRows();
+    QSignalSpy reports(&view, &ZRTableView::headerStateChanged);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&view));
+    if (!rowsBeforeShow)
+        addRows();
+
+    const int needed = view.fontMetrics().horizontalAdvance(login);
+    if (stateRestored) {
+        QTest::qWait(0); // a fit would be queued; let it run if there were one
+        QCOMPARE(view.columnWidth(0), narrow);
+        return;
+    }
+    QTRY_VERIFY(view.columnWidth(0) >= needed);
+    QVERIFY(view.columnWidth(1) < needed); // each column by its own contents
+    // The fit is the table's own doing and isn't saved as the operator's layout.
+    QVERIFY(!view.findChild<QTimer *>()->isActive());
+    QCOMPARE(reports.count(), 0);
+    // The operator widens no more than once: later rows leave his widths alone.
+    view.horizontalHeader()->resizeSection(0, narrow);
+    model->appendRow(new QStandardItem(login + login));
+    QTest::qWait(0);
+    QCOMPARE(view.columnWidth(0), narrow);
+}
+
+namespace {
+// Refilters in one pass, as the object tree proxy does: the base class announces it as a new
+// layout, not as removed rows.
+class OnePassFilter : public QSortFilterProxyModel
+{
+public:
+    using QSortFilterProxyModel::QSortFilterProxyModel;
+    void setHidden(const QString &text)
+    {
+        m_hidden = text;
+        invalidate();
+    }
+
+protected:
+    bool filterAcceptsRow(int row, const QModelIndex &parent) const override
+    {
+        return sourceModel()->index(row, 0, parent).data().toString() != m_hidden;
+    }
+
+private:
+    QString m_hidden;
+};
+} // namespace
+
+void TestZRTableView::selectionLostToARefilterIsReported_data()
+{
+    QTest::addColumn<QString>("change");
+    QTest::addColumn<int>("selectedAfter");
+    QTest::addColumn<int>("reports");
+    QTest::addRow("refilter hides the selected row") << "hide b" << 1 << 1;
+    QTest::addRow("refilter hides another row") << "hide c" << 2 << 0;
+    QTest::addRow("sorted") << "sort" << 2 << 0;
+    QTest::addRow("reset") << "reset" << 0 << 1;
+}
+
+void TestZRTableView::selectionLostToARefilterIsReported()
+{
+    QFETCH(QString, change);
+    QFETCH(int, selectedAfter);
+    QFETCH(int, reports);
+    ZRTableView view;
+    auto *source = new QStandardItemModel(&view);
+    for (const char *text : {"a", "b", "c"})
+        source->appendRow(new QStandardItem(QLatin1String(text)));
+    auto *proxy = new OnePassFilter(&view);
+    proxy->setSourceModel(source);
+    new QAbstractItemModelTester(proxy, QAbstractItemModelTester::FailureReportingMode::QtTest,
+                                 &view);
+    view.setModel(proxy);
+    view.setSelectionBehavior(QAbstractItemView::SelectRows);
+    view.selectRow(0);
+    view.selectionModel()->select(proxy->index(1, 0),
+                                  QItemSelectionModel::Select | QItemSelectionModel::Rows);
+    view.selectionModel()->setCurrentIndex(proxy->index(1, 0), QItemSelectionModel::NoUpdate);
+    QSignalSpy selection(view.selectionModel(), &QItemSelectionModel::selectionChanged);
+    QSignalSpy current(view.selectionModel(), &QItemSelectionModel::currentChanged);
+
+    if (change == QLatin1String("hide b"))
+        proxy->setHidden(QStringLiteral("b"));
+    else if (change == QLatin1String("hide c"))
+        proxy->setHidden(QStringLiteral("c"));
+    else if (change == QLatin1String("sort"))
+        proxy->sort(0, Qt::DescendingOrder);
+    else
+        proxy->setSourceModel(new QStandardItemModel(&view));
+
+    QCOMPARE(view.selectionModel()->selectedRows().size(), selectedAfter);
+    QCOMPARE(selection.count(), reports);
+    // The current row was "b": it goes with the refilter that hides it, and with the reset.
+    QCOMPARE(current.count(), reports);
 }
 
 QTEST_MAIN(TestZRTableView)

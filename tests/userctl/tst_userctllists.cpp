@@ -176,6 +176,45 @@ private slots:
         QCOMPARE(H::shownUids(h.users).size(), 6);
     }
 
+    // The filter box or a change can take the selected user out of view; the card and the
+    // actions must then follow what the view still has selected.
+    void selectionLostToTheViewIsFollowed_data()
+    {
+        QTest::addColumn<QString>("how");
+        QTest::addColumn<QList<TYPE_ID>>("selected");
+        QTest::addColumn<int>("left");
+        QTest::addRow("filter hides the one selected") << "filter" << QList<TYPE_ID>{3} << 0;
+        QTest::addRow("filter hides one of two") << "filter" << QList<TYPE_ID>{3, 4} << 1;
+        QTest::addRow("filter keeps him") << "keep" << QList<TYPE_ID>{4} << 1;
+        QTest::addRow("turned mobile") << "template" << QList<TYPE_ID>{3} << 0;
+    }
+    void selectionLostToTheViewIsFollowed()
+    {
+        QFETCH(QString, how);
+        QFETCH(QList<TYPE_ID>, selected);
+        QFETCH(int, left);
+        H h;
+        h.answerTemplates();
+        H::select(h.users, selected);
+        QVERIFY(h.child("actionRemove")->isEnabled());
+        auto *card = h.child<QWidget>("userInfo")->findChild<UserInfoWidget *>();
+        QTRY_COMPARE(card->uids().size(), selected.size());
+
+        if (how == QLatin1String("template")) {
+            zeral::LocalStorage::instance()->applyChanged(Users,
+                                                          {H::user(3, "ivanov", "RT_MOBILE")});
+        } else {
+            QVERIFY(QMetaObject::invokeMethod(h.screen, "applyUserFilter",
+                                              Q_ARG(QString, QStringLiteral("petr"))));
+        }
+        QCOMPARE(h.users->selectionModel()->selectedRows().size(), left);
+        QCOMPARE(h.child("actionRemove")->isEnabled(), left > 0);
+        QCOMPARE(h.child("actionBlockChange")->isEnabled(), left > 0);
+        QCOMPARE(h.child("actionProperties")->isEnabled(), left == 1);
+        QCOMPARE(h.child("actionFingerptint")->isEnabled(), left == 1);
+        QTRY_COMPARE(card->uids().size(), left);
+    }
+
     void headerLayoutSurvivesARestart()
     {
         QTemporaryDir kept;

@@ -1,5 +1,7 @@
 #include "zrtableview.h"
 
+#include <host/gui/models/trackedselectionmodel.h>
+
 #include <QHeaderView>
 #include <QMenu>
 #include <QTimer>
@@ -46,6 +48,7 @@ bool ZRTableView::restoreHeaderState(const QByteArray &state)
     const bool restored = !state.isEmpty() && horizontalHeader()->restoreState(state);
     if (!restored)
         applyDefaultColumns();
+    m_columnsSettled = m_columnsSettled || restored;
     m_restoring = false;
     m_reportTimer->stop();
     m_lastReported = headerState();
@@ -79,11 +82,26 @@ void ZRTableView::setModel(QAbstractItemModel *model)
 {
     m_restoring = true;
     QTableView::setModel(model);
+    if (model) {
+        // The plain selection model the base class has just made is nobody else's.
+        QItemSelectionModel *plain = selectionModel();
+        setSelectionModel(new TrackedSelectionModel(model, this));
+        delete plain;
+    }
     m_uniformRowHint = -1;
     if (model) {
         const auto forget = [this] {
             m_uniformRowHint = -1;
         };
+        // The first rows may come after the first show; the fit waits for the view to have
+        // laid them out.
+        const auto fitLater = [this] {
+            if (!m_columnsSettled)
+                QTimer::singleShot(0, this, &ZRTableView::fitColumnsOnce);
+        };
+        connect(model, &QAbstractItemModel::rowsInserted, this, fitLater);
+        connect(model, &QAbstractItemModel::modelReset, this, fitLater);
+        connect(model, &QAbstractItemModel::layoutChanged, this, fitLater);
         connect(model, &QAbstractItemModel::dataChanged, this, forget);
         connect(model, &QAbstractItemModel::modelReset, this, forget);
         connect(model, &QAbstractItemModel::layoutChanged, this, forget);
@@ -92,6 +110,34 @@ void ZRTableView::setModel(QAbstractItemModel *model)
     }
     applyDefaultColumns();
     m_restoring = false;
+    m_lastReported = headerState();
+}
+
+void ZRTableView::showEvent(QShowEvent *event)
+{
+    QTableView::showEvent(event);
+    fitColumnsOnce();
+}
+
+void ZRTableView::fitColumnsOnce()
+{
+    if (m_columnsSettled || !isVisible() || !model() || model()->rowCount(rootIndex()) == 0)
+        return;
+    m_columnsSettled = true;
+    // Shown, the table measures only the rows in sight: cheap however many rows it has.
+    // A column gets at most half the width, so that one long text can't push the others out.
+    QHeaderView *header = horizontalHeader();
+    const int stretched = header->stretchLastSection() ? lastVisibleSection() : -1;
+    const int widest = qMax(header->defaultSectionSize(), viewport()->width() / 2);
+    m_restoring = true;
+    for (int column = 0; column < header->count(); ++column) {
+        if (header->isSectionHidden(column) || header->visualIndex(column) == stretched)
+            continue;
+        const int fit = qMax(sizeHintForColumn(column), header->sectionSizeHint(column));
+        header->resizeSection(column, qMin(fit, widest));
+    }
+    m_restoring = false;
+    m_reportTimer->stop();
     m_lastReported = headerState();
 }
 

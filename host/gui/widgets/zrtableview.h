@@ -10,6 +10,10 @@ class QTimer;
 // hidden through the header's context menu. Every change of that layout is reported once,
 // a moment after it settles, with the header's state, which restoreHeaderState() takes
 // back. Columns hidden by default stay hidden until a restored state shows them.
+//
+// Until the operator's state is restored, the columns fit their contents when the table is
+// first shown with rows, so that no text is cut before anybody has arranged anything. The
+// selection reports rows that a refilter or a reset takes away (TrackedSelectionModel).
 class ZRTableView : public QTableView
 {
     Q_OBJECT
@@ -40,7 +44,13 @@ public:
 signals:
     void headerStateChanged(QByteArray state);
 
+protected:
+    void showEvent(QShowEvent *event) override;
+
 private:
+    // Fits the shown columns to their contents once, when shown with rows, unless a saved
+    // state was restored; later changes of the rows leave the widths alone.
+    void fitColumnsOnce();
     void scheduleStateReport();
     void reportState();
     void applyDefaultColumns();
@@ -53,4 +63,5 @@ private:
     QTimer *m_reportTimer = nullptr;
     QByteArray m_lastReported;
     bool m_restoring = false;
+    bool m_columnsSettled = false; // fitted, or arranged by a restored state
 };
