@@ -18,7 +18,11 @@ constexpr int StateIconSize = 16;
 
 UsersItemDelegate::UsersItemDelegate(QObject *parent)
     : StyledItemDelegate(parent)
-{}
+{
+    // The columns drawn here stand on the first line of the cell; the login and the others
+    // the base draws keep to that line too, so the texts of a row share one baseline.
+    setNameVerticalAlignment(Qt::AlignTop);
+}
 
 void UsersItemDelegate::setRoleTemplates(zeral::ROLETEMPLATES_HASH rt_hash)
 {

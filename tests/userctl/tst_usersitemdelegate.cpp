@@ -3,8 +3,28 @@
 #include <src/mobileuseritemdelegate.h>
 #include <tests/support/builders.h>
 
+#include <QPainter>
 #include <QStandardItemModel>
+#include <QTableView>
 #include <QtTest>
+
+namespace {
+// The rows of pixels with ink in an image painted on white: first and last.
+QPair<int, int> inkRows(const QImage &image)
+{
+    int first = -1, last = -1;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            if (image.pixel(x, y) != qRgb(255, 255, 255)) {
+                first = first < 0 ? y : first;
+                last = y;
+                break;
+            }
+        }
+    }
+    return {first, last};
+}
+} // namespace
 
 class TestUsersItemDelegate : public QObject
 {
@@ -50,6 +70,44 @@ private slots:
         QTEST(UsersItemDelegate::stateIconName(state), "icon");
         QVERIFY(QIcon::hasThemeIcon(UsersItemDelegate::stateIconName(state)));
         QTEST(UsersItemDelegate(nullptr).cellText(cell(5), today), "text");
+    }
+
+    // The login (drawn by the base) and the full name (drawn here) on one baseline, however
+    // high the view makes its rows.
+    void textsShareOneBaseline_data()
+    {
+        QTest::addColumn<int>("rowHeight");
+        QTest::addRow("one line") << 20;
+        QTest::addRow("the icon's height") << 28;
+        QTest::addRow("tall") << 44;
+    }
+    void textsShareOneBaseline()
+    {
+        QFETCH(int, rowHeight);
+        const QString surname = QStringLiteral("Ivanov");
+        model.setData(cell(0), surname, ItemRoles::SortText);
+        model.setData(cell(0), QVariantHash{{QStringLiteral("PT_SURNAME"), surname}},
+                      ItemRoles::Parameters);
+        QTableView view; // gives the style and palette, as the users table does
+        view.setModel(&model);
+        UsersItemDelegate delegate(nullptr);
+        delegate.setIconSize(24, 24);
+        QStyleOptionViewItem option;
+        option.initFrom(&view);
+        option.widget = &view;
+        option.palette.setColor(QPalette::Text, Qt::black);
+        option.rect = QRect(0, 0, 160, rowHeight);
+        const auto paint = [&](int column) {
+            QImage image(option.rect.size(), QImage::Format_RGB32);
+            image.fill(Qt::white);
+            QPainter painter(&image);
+            delegate.paint(&painter, option, cell(column));
+            painter.end();
+            return inkRows(image);
+        };
+        const QPair<int, int> login = paint(0);
+        QVERIFY(login.first >= 0);
+        QCOMPARE(login, paint(3));
     }
 
     void mobileWarning_data()

@@ -39,6 +39,11 @@ void StyledItemDelegate::setSpacing(int spacing)
     m_spacing = spacing;
 }
 
+void StyledItemDelegate::setNameVerticalAlignment(Qt::Alignment alignment)
+{
+    m_nameVerticalAlignment = alignment & Qt::AlignVertical_Mask;
+}
+
 void StyledItemDelegate::paint(QPainter *painter, const QStyleOptionViewItem &option,
                                const QModelIndex &index) const
 {
@@ -201,7 +206,7 @@ void StyledItemDelegate::drawName(QPainter *painter, const QStyleOptionViewItem 
     const QString text
         = option.fontMetrics.elidedText(name(index), option.textElideMode, rect.width());
     Qt::Alignment alignment = option.displayAlignment & Qt::AlignHorizontal_Mask;
-    painter->drawText(rect, int(alignment | Qt::AlignVCenter | Qt::TextSingleLine), text);
+    painter->drawText(rect, int(alignment | m_nameVerticalAlignment | Qt::TextSingleLine), text);
 }
 
 QString StyledItemDelegate::name(const QModelIndex &index) const

@@ -18,6 +18,10 @@ public:
     void setIconSize(int width, int height);
     QSize iconSize() const { return m_iconSize; }
     void setSpacing(int spacing);
+    // Where the name stands in the height of its cell: centred (the default), or on the
+    // cell's first line (Qt::AlignTop) for delegates whose own columns draw there, so that
+    // all texts of a row share one baseline.
+    void setNameVerticalAlignment(Qt::Alignment alignment);
 
     void paint(QPainter *painter, const QStyleOptionViewItem &option,
                const QModelIndex &index) const override;
@@ -36,7 +40,7 @@ public:
     // has none.
     virtual int drawStatusIcons(QPainter *painter, const QModelIndex &index,
                                 const QRect &rect) const;
-    // Draws name(index) elided into `rect`, vertically centred.
+    // Draws name(index) elided into `rect`, vertically as setNameVerticalAlignment says.
     virtual void drawName(QPainter *painter, const QStyleOptionViewItem &option,
                           const QModelIndex &index, const QRect &rect) const;
     // The text of the item: the text shown (role 258) where the model gives one, else its
@@ -64,4 +68,5 @@ private:
     QMargins m_margins;
     QSize m_iconSize{16, 16};
     int m_spacing = 4;
+    Qt::Alignment m_nameVerticalAlignment = Qt::AlignVCenter;
 };
