@@ -40,8 +40,10 @@ QString datasetTitle(const QString &dataname)
 {
     static const QHash<QString, const char *> titles = {
         {QString(), QT_TRANSLATE_NOOP("StudioController", "роли")},
-        {QLatin1String(zeral::USER_DATANAME), QT_TRANSLATE_NOOP("StudioController", "пользователи")},
-        {QLatin1String(zeral::SUBJECT_DATANAME), QT_TRANSLATE_NOOP("StudioController", "сотрудники")},
+        {QLatin1String(zeral::USER_DATANAME),
+         QT_TRANSLATE_NOOP("StudioController", "пользователи")},
+        {QLatin1String(zeral::SUBJECT_DATANAME),
+         QT_TRANSLATE_NOOP("StudioController", "сотрудники")},
         {QLatin1String(zeral::ORGSTRUCTURE_DATANAME),
          QT_TRANSLATE_NOOP("StudioController", "организационная структура")},
         {QLatin1String(zeral::REPORT_DATANAME), QT_TRANSLATE_NOOP("StudioController", "отчёты")},
@@ -51,7 +53,8 @@ QString datasetTitle(const QString &dataname)
          QT_TRANSLATE_NOOP("StudioController", "настройки мониторинга")},
         {QLatin1String(zeral::POLICY_DATANAME),
          QT_TRANSLATE_NOOP("StudioController", "политики доступа")},
-        {QLatin1String(zeral::DB_DATANAME), QT_TRANSLATE_NOOP("StudioController", "настройки системы")},
+        {QLatin1String(zeral::DB_DATANAME),
+         QT_TRANSLATE_NOOP("StudioController", "настройки системы")},
         {QLatin1String(zeral::JOB_DATANAME), QT_TRANSLATE_NOOP("StudioController", "должности")},
     };
     const char *title = titles.value(dataname);
@@ -83,6 +86,7 @@ StudioController::StudioController(const StudioOptions &options, QObject *parent
     connect(m_router, &ZRServerInterface::connectionLost, this,
             &StudioController::onConnectionLost);
     connect(m_router, &ZRServerInterface::stateChanged, this, &StudioController::onStateChanged);
+    connect(m_router, &ZRServerInterface::reconnecting, this, &StudioController::onReconnecting);
     connect(m_login, &LoginClient::loggedIn, this, &StudioController::onLoggedIn);
     connect(m_login, &LoginClient::loginFailed, this, &StudioController::onLoginFailed);
     connect(m_login, &LoginClient::resumed, this, &StudioController::onResumed);
@@ -125,8 +129,7 @@ void StudioController::setPhase(Phase phase)
 void StudioController::start()
 {
     m_loginDialog = new LoginDialog;
-    connect(m_loginDialog, &LoginDialog::loginRequested, this,
-            &StudioController::onLoginRequested);
+    connect(m_loginDialog, &LoginDialog::loginRequested, this, &StudioController::onLoginRequested);
     connect(m_loginDialog, &LoginDialog::quitRequested, this, &StudioController::quit);
     m_loginDialog->setLogin(Settings::value(QLatin1String(studio::settings::LastLogin)).toString());
     m_loginDialog->show();
@@ -174,7 +177,8 @@ bool StudioController::askRootPassword()
             quit();
             return false;
         }
-        if (m_embedded->setRootPassword(PassHash::encrypt(dialog.password(), QCryptographicHash::Md5)))
+        if (m_embedded->setRootPassword(
+                PassHash::encrypt(dialog.password(), QCryptographicHash::Md5)))
             break;
         QMessageBox::warning(&dialog, dialog.windowTitle(),
                              tr("Сервер не сохранил пароль. Попробуйте ещё раз; если ошибка "
@@ -281,7 +285,8 @@ void StudioController::onLoginFailed(qint32 status, const QString &reason)
                    .arg(m_loginDialog->serverText(), reason);
         break;
     default:
-        text = tr("Войти не удалось: %1").arg(reason.isEmpty() ? tr("ошибка %1").arg(status) : reason);
+        text = tr("Войти не удалось: %1")
+                   .arg(reason.isEmpty() ? tr("ошибка %1").arg(status) : reason);
         break;
     }
     qCInfo(lcStudio) << "login refused with status" << status;
@@ -320,7 +325,8 @@ void StudioController::onLoadProgress(int step, int steps, const QString &datana
     if (m_phase == Phase::Loading)
         m_loginDialog->setBusy(text, step, steps);
     else if (m_phase == Phase::Reloading && m_mainWindow)
-        m_mainWindow->showNotice(tr("Связь восстановлена. %1…").arg(text), MessageWidget::Information);
+        m_mainWindow->showNotice(tr("Связь восстановлена. %1…").arg(text),
+                                 MessageWidget::Information);
 }
 
 void StudioController::onLoadFinished()
@@ -434,6 +440,20 @@ void StudioController::onConnectionLost(const QString &reason)
                                 "изменения, отправленные до разрыва, могли не сохраниться.")
                                  .arg(reason),
                              MessageWidget::Warning);
+}
+
+void StudioController::onReconnecting(int attempt)
+{
+    // Logged in, the router brings the session back by itself. Before that, only the attempt
+    // under way may try its server once more (a login that went down with its connection is
+    // sent again); a server the operator has left or changed is not called in the background.
+    const bool loggedIn
+        = m_phase == Phase::Loading || m_phase == Phase::Running || m_phase == Phase::Reloading;
+    if (loggedIn || (m_phase == Phase::LoggingIn && attempt == 1))
+        return;
+    qCInfo(lcStudio) << "not reconnecting to" << m_router->host() << m_router->port() << "in phase"
+                     << m_phase;
+    m_router->disconnectFromServer();
 }
 
 void StudioController::onResumed()

@@ -76,6 +76,7 @@ private:
     void closeMainWindow();
     void onStateChanged(ZRServerInterface::State state);
     void onConnectionLost(const QString &reason);
+    void onReconnecting(int attempt);
     void onResumed();
     void onSessionLost(const QString &reason);
     void logout();

@@ -20,7 +20,7 @@ LoginClient::LoginClient(ZRServerInterface *server, QObject *parent)
     , m_server(server)
 {
     connect(m_server, &ZRServerInterface::connected, this, &LoginClient::onConnected);
-    connect(m_server, &ZRServerInterface::connectionFailed, this, &LoginClient::onConnectionFailed);
+    connect(m_server, &ZRServerInterface::stateChanged, this, &LoginClient::onStateChanged);
     connect(m_server, &ZRServerInterface::pushReceived, this, &LoginClient::onPush);
 }
 
@@ -89,10 +89,12 @@ void LoginClient::onConnected()
         resume();
 }
 
-void LoginClient::onConnectionFailed()
+void LoginClient::onStateChanged(ZRServerInterface::State state)
 {
-    // No connection to send the login again on: the operator learns why it didn't go.
-    if (m_loginAgain) {
+    // No connection to send the login again on (the connection failed, or the server was
+    // given up): the operator learns why it didn't go, and the login never goes to another
+    // server connected later.
+    if (state == ZRServerInterface::State::Disconnected && m_loginAgain) {
         m_loginAgain = {};
         emit loginFailed(zeral::proto::StatusConnectionLost, m_loginLostText);
     }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <host/core/zrserverinterface.h>
+
 #include <QObject>
 #include <QPointer>
 #include <QString>
@@ -34,7 +36,7 @@ signals:
 private:
     void sendLogin(const QString &login, const QString &hash, bool mayRepeat);
     void onConnected();
-    void onConnectionFailed();
+    void onStateChanged(ZRServerInterface::State state);
     void onPush(const Command &push);
     void resume();
     bool readIdentity(const Command &answer, const QString &login, const QString &hash);

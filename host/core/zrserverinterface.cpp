@@ -337,5 +337,6 @@ void ZRServerInterface::scheduleReconnect()
         = int(qMin<qint64>(qint64(m_firstReconnectDelayMs) << shift, m_maxReconnectDelayMs));
     ++m_reconnectAttempt;
     emit reconnecting(m_reconnectAttempt, delay);
-    m_reconnectTimer->start(delay);
+    if (m_state == State::Reconnecting) // a listener may have given the server up meanwhile
+        m_reconnectTimer->start(delay);
 }

@@ -28,6 +28,7 @@
 #include <QPushButton>
 #include <QTcpServer>
 #include <QTcpSocket>
+#include <QTimer>
 #include <QTreeWidget>
 #include <QtTest>
 
@@ -308,6 +309,51 @@ private slots:
             submitLogin(m_studio->loginDialog(), login, QStringLiteral("Passw0rd"));
             QTRY_COMPARE(m_studio->phase(), Phase::Running);
         }
+    }
+
+    // Before login, a server is tried no more than the attempt under way needs: once more
+    // while a login is on its way, not at all from a dialog that waits for the operator.
+    void serverDroppingTheLoginIsTriedOnceMore()
+    {
+        // Takes connections and closes each as soon as the login arrives.
+        QTcpServer dropping;
+        QVERIFY(dropping.listen(QHostAddress::LocalHost));
+        int accepted = 0;
+        connect(&dropping, &QTcpServer::newConnection, this, [&] {
+            while (QTcpSocket *socket = dropping.nextPendingConnection()) {
+                ++accepted;
+                connect(socket, &QTcpSocket::readyRead, socket, &QTcpSocket::abort);
+            }
+        });
+        startStudio();
+        ZRServerInterface *router = m_studio->router();
+        router->setReconnectDelays(10, 20);
+        submitLogin(m_studio->loginDialog(), QStringLiteral("root"), QStringLiteral("RootPass1"),
+                    QStringLiteral("127.0.0.1:%1").arg(dropping.serverPort()));
+        QTRY_COMPARE(m_studio->phase(), Phase::Login);
+        QTRY_VERIFY2(m_studio->loginDialog()->messageText().contains(
+                         QStringLiteral("прервалась во время входа")),
+                     qPrintable(m_studio->loginDialog()->messageText()));
+        QVERIFY(!m_studio->loginDialog()->isBusy());
+        QTRY_COMPARE(router->state(), ZRServerInterface::State::Disconnected);
+        QCOMPARE(accepted, 2);
+        QVERIFY(!router->findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly)
+                     ->isActive()); // nothing left to call it again
+    }
+
+    void serverLostWhileTheDialogWaitsIsLeftAlone()
+    {
+        startStudio();
+        ZRServerInterface *router = m_studio->router();
+        router->setReconnectDelays(10, 20);
+        submitLogin(m_studio->loginDialog(), QStringLiteral("root"), QStringLiteral("wrong"));
+        QTRY_COMPARE(m_studio->phase(), Phase::Login);
+        QCOMPARE(router->state(), ZRServerInterface::State::Connected);
+        // The operator reads the refusal, and meanwhile the server goes away.
+        m_server->engine->stop();
+        QTRY_COMPARE(router->state(), ZRServerInterface::State::Disconnected);
+        QVERIFY(!router->findChild<QTimer *>(QString(), Qt::FindDirectChildrenOnly)->isActive());
+        QCOMPARE(m_studio->phase(), Phase::Login);
     }
 
     void anotherOperatorGetsScreensOfHisOwn()

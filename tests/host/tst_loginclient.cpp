@@ -110,6 +110,7 @@ private slots:
         QTest::addColumn<int>("reported"); // the status loginFailed tells, 0 for success
         QTest::addRow("connected again") << "connected" << 0;
         QTest::addRow("no connection") << "failed" << int(StatusConnectionLost);
+        QTest::addRow("server given up") << "given up" << int(StatusConnectionLost);
         QTest::addRow("dropped again") << "dropped" << int(StatusConnectionLost);
     }
     void loginDroppedWithItsConnection()
@@ -123,8 +124,11 @@ private slots:
         flushAnswers();
         QCOMPARE(failed.count(), 0);
         m_server->clearSent();
-        if (next == QLatin1String("failed")) {
-            emit m_server->connectionFailed(QStringLiteral("refused"));
+        if (next == QLatin1String("failed") || next == QLatin1String("given up")) {
+            // As the router does: disconnected, and for a failed connect the reason follows.
+            emit m_server->stateChanged(ZRServerInterface::State::Disconnected);
+            if (next == QLatin1String("failed"))
+                emit m_server->connectionFailed(QStringLiteral("refused"));
         } else {
             m_server->script(QLatin1String(command::Login), answerWith(StatusOk));
             if (next == QLatin1String("dropped"))
