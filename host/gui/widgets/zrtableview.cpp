@@ -125,10 +125,11 @@ void ZRTableView::fitColumnsOnce()
         return;
     m_columnsSettled = true;
     // Shown, the table measures only the rows in sight: cheap however many rows it has.
-    // A column gets at most half the width, so that one long text can't push the others out.
+    // A column gets at most about forty characters, so that one long text can't push the
+    // others out; the width of the view is no measure, since splitters may still move.
     QHeaderView *header = horizontalHeader();
     const int stretched = header->stretchLastSection() ? lastVisibleSection() : -1;
-    const int widest = qMax(header->defaultSectionSize(), viewport()->width() / 2);
+    const int widest = qMax(header->defaultSectionSize(), 40 * fontMetrics().averageCharWidth());
     m_restoring = true;
     for (int column = 0; column < header->count(); ++column) {
         if (header->isSectionHidden(column) || header->visualIndex(column) == stretched)
