@@ -30,6 +30,8 @@ LoginLocksDialog::LoginLocksDialog(ZRServerInterface *server, QWidget *parent)
     m_ui->messageLine->setCloseButtonVisible(false);
     m_ui->messageLine->setWordWrap(true);
     m_ui->messageLine->hide();
+    m_ui->refreshButton->setIcon(QIcon::fromTheme(QStringLiteral("action-update")));
+    m_ui->unlockButton->setIcon(QIcon::fromTheme(QStringLiteral("action-unlock")));
     m_ui->locksView->setModel(m_model);
     m_ui->locksView->horizontalHeader()->setSectionResizeMode(QHeaderView::ResizeToContents);
     m_ui->locksView->horizontalHeader()->setStretchLastSection(true);

@@ -109,7 +109,7 @@ void MainWindow::buildMenus()
     // The window is made for one operator: what he may do is known now. The server checks it
     // again on every request.
     if (AuthData::roles().contains(QLatin1String(zeral::role::USER_UPDATE))) {
-        QAction *locks = studioMenu->addAction(QIcon::fromTheme(QStringLiteral("object-lock")),
+        QAction *locks = studioMenu->addAction(QIcon::fromTheme(QStringLiteral("action-lock")),
                                                tr("Заблокированные входы…"));
         locks->setObjectName(QStringLiteral("actionLoginLocks"));
         connect(locks, &QAction::triggered, this, &MainWindow::showLoginLocks);
