@@ -96,24 +96,6 @@ private slots:
         QCOMPARE(delay, lastDelayMs);
     }
 
-    void theFailureThatLocksSaysSo()
-    {
-        LoginThrottle throttle = make();
-        for (int i = 1; i < 5; ++i)
-            QVERIFY(!throttle.recordFailure(QStringLiteral("root"), QStringLiteral("a"))
-                         .lockedUntil.isValid());
-        const LoginThrottle::Failure fifth
-            = throttle.recordFailure(QStringLiteral("root"), QStringLiteral("a"));
-        QCOMPARE(fifth.lockedUntil, m_now.addSecs(300));
-        QCOMPARE(fifth.failures, 5);
-        const QList<LoginLock> locks = throttle.locks();
-        QCOMPARE(locks.size(), 1);
-        QCOMPARE(locks[0].login, QStringLiteral("root"));
-        QCOMPARE(locks[0].address, QStringLiteral("a"));
-        QCOMPARE(locks[0].failures, 5);
-        QCOMPARE(locks[0].lockedUntil, m_now.addSecs(300));
-    }
-
     void lockRunsOut()
     {
         LoginThrottle throttle = make();
