@@ -30,6 +30,7 @@ void registerMetaTypes()
     registerWithStreams<_ROLETEMPLATE_INFO>("zeral::_ROLETEMPLATE_INFO");
     registerWithStreams<_TEMPLATE_DATA>("zeral::_TEMPLATE_DATA");
     registerWithStreams<ConnectedUserInfo>("zeral::ConnectedUserInfo");
+    registerWithStreams<LoginLockInfo>("zeral::LoginLockInfo");
     registerWithStreams<_EMAIL_MESSAGE>("zeral::_EMAIL_MESSAGE");
     registerWithStreams<TaskInfo>("zeral::TaskInfo");
     registerWithStreams<RoleEntry>("zeral::RoleEntry");

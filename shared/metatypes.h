@@ -3,6 +3,7 @@
 #include <shared/connecteduserinfo.h>
 #include <shared/emailmessage.h>
 #include <shared/inheritdata.h>
+#include <shared/loginlockinfo.h>
 #include <shared/objectinfo.h>
 #include <shared/objectpermission.h>
 #include <shared/roleentry.h>
@@ -25,6 +26,7 @@ Q_DECLARE_METATYPE(zeral::OBJECT_PERMISSION)
 Q_DECLARE_METATYPE(zeral::_ROLETEMPLATE_INFO)
 Q_DECLARE_METATYPE(zeral::_TEMPLATE_DATA)
 Q_DECLARE_METATYPE(zeral::ConnectedUserInfo)
+Q_DECLARE_METATYPE(zeral::LoginLockInfo)
 Q_DECLARE_METATYPE(zeral::_EMAIL_MESSAGE)
 Q_DECLARE_METATYPE(zeral::TaskInfo)
 Q_DECLARE_METATYPE(zeral::RoleEntry)

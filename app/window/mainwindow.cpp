@@ -1,10 +1,13 @@
 #include "mainwindow.h"
 
 #include <app/startup/studiosettings.h>
+#include <app/window/loginlocksdialog.h>
 
+#include <host/core/authdata.h>
 #include <host/core/settings.h>
 #include <host/core/zrplugininterface.h>
 #include <host/gui/widgets/pluginwidget.h>
+#include <shared/rolenames.h>
 
 #include <QActionGroup>
 #include <QApplication>
@@ -103,6 +106,14 @@ void MainWindow::buildMenus()
                                             tr("Сменить пользователя"));
     logout->setObjectName(QStringLiteral("actionLogout"));
     connect(logout, &QAction::triggered, this, &MainWindow::logoutRequested);
+    // The window is made for one operator: what he may do is known now. The server checks it
+    // again on every request.
+    if (AuthData::roles().contains(QLatin1String(zeral::role::USER_UPDATE))) {
+        QAction *locks = studioMenu->addAction(QIcon::fromTheme(QStringLiteral("action-lock")),
+                                               tr("Заблокированные входы…"));
+        locks->setObjectName(QStringLiteral("actionLoginLocks"));
+        connect(locks, &QAction::triggered, this, &MainWindow::showLoginLocks);
+    }
     studioMenu->addSeparator();
     QAction *quit = studioMenu->addAction(tr("Выход"));
     quit->setShortcut(QKeySequence::Quit);
@@ -134,6 +145,14 @@ void MainWindow::buildMenus()
                                         m_server->port())
                                              : QString()));
     });
+}
+
+void MainWindow::showLoginLocks()
+{
+    auto *dialog = new LoginLocksDialog(m_server.data(), this);
+    dialog->setObjectName(QStringLiteral("loginLocksDialog"));
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->open();
 }
 
 void MainWindow::chooseLanguage(const QString &language)

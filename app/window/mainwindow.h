@@ -71,6 +71,8 @@ private:
     QTreeWidgetItem *navigationItem(int screenIndex, int tabIndex) const;
     void saveLayout();
     void chooseLanguage(const QString &language);
+    // The logins locked after failed attempts, for an operator who may change users.
+    void showLoginLocks();
 
     QPointer<ZRServerInterface> m_server;
     QList<Screen> m_screens;

@@ -61,6 +61,9 @@ inline constexpr char GetSessionsInfo[] = "data.get_sessions_info";
 inline constexpr char GetUserFingers[] = "data.get_user_fingers";
 inline constexpr char EnrolFinger[] = "data.enrol_finger";
 inline constexpr char RemoveFinger[] = "data.remove_finger";
+// Logins locked after failed attempts, for operators who may change users.
+inline constexpr char LoginLocks[] = "admin.login_locks";
+inline constexpr char UnlockLogin[] = "admin.unlock_login";
 // Names kept as the clients know them.
 inline constexpr char SendEmail[] = "send_email";
 inline constexpr char DisconnectUsers[] = "datamanager.disconnect_users";

@@ -41,9 +41,13 @@ public:
     QList<QString> roles;
     QHash<quint64, Command> answers; // answers not yet taken by request()
 
-    bool connectTo(quint16 port)
+    // `from` picks the client's own address, another of 127/8, so that one machine can be
+    // several peers.
+    bool connectTo(quint16 port, const QHostAddress &from = QHostAddress())
     {
         QObject::connect(&socket, &QTcpSocket::readyRead, this, [this] { readAll(); });
+        if (!from.isNull() && !socket.bind(from))
+            return false;
         socket.connectToHost(QHostAddress::LocalHost, port);
         return socket.waitForConnected(5000);
     }
@@ -140,10 +144,10 @@ struct Server
             engine->setRootPassword(clientHash(QStringLiteral("RootPass1")));
         return error;
     }
-    std::unique_ptr<WireClient> client()
+    std::unique_ptr<WireClient> client(const QHostAddress &from = QHostAddress())
     {
         auto client = std::make_unique<WireClient>();
-        client->connectTo(engine->port());
+        client->connectTo(engine->port(), from);
         return client;
     }
     std::unique_ptr<WireClient> rootClient()

@@ -1,14 +1,12 @@
-// What the server keeps per client and per attempt stays bounded: throttle entries and ended
-// sessions are forgotten once they no longer matter, and a client that doesn't read its
-// answers is dropped.
+// What the server keeps per client stays bounded: ended sessions are forgotten once they no
+// longer matter, and a client that doesn't read its answers is dropped. (The login throttle's
+// own bounds are tested with it.)
 
 #include "serverharness.h"
 
-#include <server/engine/session/loginthrottle.h>
 #include <server/engine/session/sessionregistry.h>
 
 using namespace harness;
-using zeral::server::LoginThrottle;
 using zeral::server::SessionRegistry;
 namespace proto = zeral::proto;
 
@@ -16,28 +14,6 @@ class TestServerLimits : public QObject
 {
     Q_OBJECT
 private slots:
-    void throttleForgetsWhenLockAndWindowAreOver()
-    {
-        QDateTime now(QDate(2024, 3, 1), QTime(10, 0));
-        LoginThrottle::Policy policy;
-        LoginThrottle throttle([&now] { return now; }, policy);
-        throttle.recordFailure(QStringLiteral("once"));
-        for (int i = 0; i < policy.lockAfter; ++i)
-            throttle.recordFailure(QStringLiteral("locked"));
-        QVERIFY(throttle.lockedFor(QStringLiteral("locked")) > 0);
-        throttle.forgetStale();
-        QCOMPARE(throttle.size(), 2);
-
-        // The lock is over but the failures are still recent: both are kept.
-        now = now.addSecs(policy.lockSeconds + 60);
-        throttle.forgetStale();
-        QCOMPARE(throttle.size(), 2);
-
-        now = now.addSecs(policy.failureWindowSeconds);
-        throttle.forgetStale();
-        QCOMPARE(throttle.size(), 0);
-    }
-
     void endedSessionsAreForgottenAfterTheResumeWindow()
     {
         SessionRegistry registry;

@@ -106,6 +106,8 @@ void TestStreams::records_data()
     QTest::addRow("ConnectedUserInfo") << roundTripOf(
         ConnectedUserInfo{QStringLiteral("admin"), QStringLiteral("[::1]:50123"), connected,
                           connected.addSecs(3600), QByteArray::fromHex("00ff10e2")});
+    QTest::addRow("LoginLockInfo") << roundTripOf(
+        LoginLockInfo{QStringLiteral("Root"), QStringLiteral("::1"), 5, connected.addSecs(300)});
 
     // An empty body asks the server to render the mail from the parameters.
     EMAIL_MESSAGE message{QStringLiteral("operator@example.org"),

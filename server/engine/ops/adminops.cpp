@@ -11,6 +11,7 @@
 #include <server/engine/serverlogging.h>
 #include <shared/connecteduserinfo.h>
 #include <shared/emailmessage.h>
+#include <shared/loginlockinfo.h>
 #include <shared/rolenames.h>
 
 #include <QCoreApplication>
@@ -80,6 +81,62 @@ Reply AdminOps::disconnectUsers(Request &request)
     for (const QByteArray &id : qAsConst(ids))
         request.afterCommit.append([this, id, reason] { m_closeSession(id, reason); });
     return Reply::changed(0, QStringLiteral("disconnected: ") % logins.join(QLatin1Char(' ')));
+}
+
+Reply AdminOps::loginLocks(Request &request)
+{
+    if (!request.command.data.isEmpty())
+        return Reply::fail(proto::StatusMalformed,
+                           tr("Запрос заблокированных входов не читается."));
+    if (!Rights(*request.session).has(role::USER_UPDATE))
+        return Reply::fail(proto::StatusForbidden,
+                           tr("Недостаточно прав для просмотра заблокированных входов: нужно "
+                              "право изменять пользователей. Обратитесь к администратору."));
+    QList<LoginLockInfo> locks;
+    for (const LoginLock &lock : m_state.throttle->locks())
+        locks.append({lock.login, lock.address, lock.failures, lock.lockedUntil.toUTC()});
+    return Reply::ok(ZRDataStream::pack(locks, m_state.clock().toUTC()));
+}
+
+Reply AdminOps::unlockLogin(Request &request)
+{
+    QString login, address;
+    if (!payload::read(request.command, login, address) || login.isEmpty())
+        return Reply::fail(proto::StatusMalformed, tr("Запрос снятия блокировки не читается."));
+    const Rights rights(*request.session);
+    if (!rights.has(role::USER_UPDATE))
+        return Reply::fail(proto::StatusForbidden,
+                           tr("Недостаточно прав для снятия блокировки входа: нужно право "
+                              "изменять пользователей. Обратитесь к администратору."));
+    // Lifting a lock lets that address guess again: only for a user the operator may manage.
+    const TYPE_ID user = m_state.store->usersWithLogin(login, Qt::CaseInsensitive).value(0);
+    if (user) {
+        ObjectInfo info;
+        m_state.store->read(user, &info);
+        if (!rights.canManage(Pushes::roleTemplateOf(info)))
+            return Reply::fail(proto::StatusForbidden,
+                               tr("Недостаточно прав для снятия блокировки входа «%1».").arg(login),
+                               user);
+    }
+    const QList<LoginLock> lifted = m_state.throttle->unlock(login, address);
+    if (lifted.isEmpty())
+        return Reply::fail(proto::StatusNotFound,
+                           tr("Вход «%1» не заблокирован: блокировка уже снята или истекла. "
+                              "Обновите список.")
+                               .arg(login),
+                           user);
+    QStringList detail;
+    for (const LoginLock &lock : lifted) {
+        detail.append(QStringLiteral("%1 at %2 (%3 failures, locked until %4)")
+                          .arg(lock.login, lock.address)
+                          .arg(lock.failures)
+                          .arg(lock.lockedUntil.toUTC().toString(Qt::ISODate)));
+    }
+    qCInfo(lcServerSession) << "operator" << request.session->login << "unlocked"
+                            << detail.join(QStringLiteral(", "));
+    return Reply::changed(user,
+                          QStringLiteral("login unlocked: ") % detail.join(QStringLiteral(", ")),
+                          ZRDataStream::pack(qint32(lifted.size())));
 }
 
 Reply AdminOps::sendEmail(Request &request)

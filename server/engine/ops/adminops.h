@@ -9,7 +9,7 @@ namespace zeral::server {
 
 struct ServerState;
 
-// The sessions of others, and mail.
+// The sessions of others, logins locked after failed attempts, and mail.
 class AdminOps
 {
     Q_DECLARE_TR_FUNCTIONS(AdminOps)
@@ -21,6 +21,8 @@ public:
 
     Reply sessionsInfo(Request &request);
     Reply disconnectUsers(Request &request);
+    Reply loginLocks(Request &request);
+    Reply unlockLogin(Request &request);
     Reply sendEmail(Request &request);
 
 private:

@@ -50,6 +50,8 @@ Dispatcher::Dispatcher(ServerState &state, QObject *parent)
     route(c::ExecSql, true, std::bind(&SqlOps::execSql, &m_sqlOps, _1));
     route(c::GetSessionsInfo, true, std::bind(&AdminOps::sessionsInfo, &m_adminOps, _1));
     route(c::DisconnectUsers, true, std::bind(&AdminOps::disconnectUsers, &m_adminOps, _1));
+    route(c::LoginLocks, true, std::bind(&AdminOps::loginLocks, &m_adminOps, _1));
+    route(c::UnlockLogin, true, std::bind(&AdminOps::unlockLogin, &m_adminOps, _1));
     route(c::SendEmail, true, std::bind(&AdminOps::sendEmail, &m_adminOps, _1));
 }
 

@@ -12,14 +12,29 @@
 
 namespace zeral::server {
 
+namespace {
+
+// The address failures are counted under: an IPv4 client of a dual-stack listener is the
+// same client as over IPv4.
+QString throttleAddress(const ClientConnection *connection)
+{
+    const QHostAddress address = connection->peerAddress();
+    bool isIPv4 = false;
+    const quint32 ipv4 = address.toIPv4Address(&isIPv4);
+    return isIPv4 ? QHostAddress(ipv4).toString() : address.toString();
+}
+
+} // namespace
+
 SessionOps::SessionOps(ServerState &state)
     : m_state(state)
 {}
 
-Reply SessionOps::authenticate(const QString &login, const QString &clientHash, TYPE_ID *uid)
+Reply SessionOps::authenticate(const QString &login, const QString &clientHash,
+                               const QString &address, TYPE_ID *uid)
 {
     LoginThrottle &throttle = *m_state.throttle;
-    if (const qint64 seconds = throttle.lockedFor(login); seconds > 0) {
+    if (const qint64 seconds = throttle.lockedFor(login, address); seconds > 0) {
         return Reply::fail(proto::StatusLoginLocked,
                            tr("Вход под именем «%1» временно закрыт после нескольких неудачных "
                               "попыток. Повторите через %2 мин.")
@@ -43,7 +58,17 @@ Reply SessionOps::authenticate(const QString &login, const QString &clientHash, 
         Reply reply = Reply::fail(proto::StatusLoginFailed,
                                   tr("Неверное имя пользователя или пароль. Проверьте раскладку "
                                      "клавиатуры и повторите."));
-        reply.delayMs = throttle.recordFailure(login);
+        const LoginThrottle::Failure failure = throttle.recordFailure(login, address);
+        reply.delayMs = failure.delayMs;
+        if (failure.lockedUntil.isValid()) {
+            // The audit log keeps the refusal that locked the login, recognisably.
+            reply.detail = QStringLiteral("login locked at %1 until %2 after %3 failures; %4")
+                               .arg(address, failure.lockedUntil.toUTC().toString(Qt::ISODate))
+                               .arg(failure.failures)
+                               .arg(reply.detail);
+            qCWarning(lcServerSession) << "login" << login << "locked at" << address << "until"
+                                       << failure.lockedUntil.toUTC();
+        }
         return reply;
     }
     ObjectInfo user;
@@ -55,7 +80,7 @@ Reply SessionOps::authenticate(const QString &login, const QString &clientHash, 
             tr("Учётная запись «%1» заблокирована. Обратитесь к администратору.").arg(login),
             found);
     }
-    throttle.recordSuccess(login);
+    throttle.recordSuccess(login, address);
     *uid = found;
     return Reply::ok();
 }
@@ -88,7 +113,7 @@ Reply SessionOps::login(Request &request)
         return Reply::fail(proto::StatusMalformed, tr("Запрос входа не читается."));
     request.claimedLogin = login;
     TYPE_ID uid = 0;
-    Reply checked = authenticate(login, clientHash, &uid);
+    Reply checked = authenticate(login, clientHash, throttleAddress(request.connection), &uid);
     if (!checked.isOk())
         return checked;
     if (request.session)
@@ -122,7 +147,7 @@ Reply SessionOps::resume(Request &request)
                            tr("Сессия завершена. Войдите в систему заново."));
     }
     TYPE_ID uid = 0;
-    Reply checked = authenticate(login, clientHash, &uid);
+    Reply checked = authenticate(login, clientHash, throttleAddress(request.connection), &uid);
     if (!checked.isOk())
         return checked;
     if (uid != session->uid)

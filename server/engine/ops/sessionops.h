@@ -20,8 +20,10 @@ public:
     Reply logout(Request &request);
 
 private:
-    // Checks login and client hash; on success `uid` is the user's.
-    Reply authenticate(const QString &login, const QString &clientHash, TYPE_ID *uid);
+    // Checks login and client hash, with the failures of that login from that peer address;
+    // on success `uid` is the user's.
+    Reply authenticate(const QString &login, const QString &clientHash, const QString &address,
+                       TYPE_ID *uid);
     Reply identity(const Session &session) const;
     void attach(Session *session, ClientConnection *connection);
 
