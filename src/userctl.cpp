@@ -1,5 +1,6 @@
 #include "userctl.h"
 #include "ui_userctl.h"
+#include "userctl_p.h"
 
 #include <src/connectedusersinfowidget.h>
 #include <src/connectedusersmodel.h>
@@ -60,10 +61,11 @@
 #include <QTabBar>
 #include <QTimer>
 
+using namespace userctl::detail;
+
 namespace {
 
 // Task kinds and the data keys their processors read.
-const QString PropertyPrefix = QStringLiteral("property-");
 const QString InheritChildPrefix = QStringLiteral("inherit-child-");
 const QString InheritParentPrefix = QStringLiteral("inherit-parent-");
 const QString ObjectPrefix = QStringLiteral("object-");
@@ -146,34 +148,6 @@ bool isKeyPress(const QEvent *event)
 }
 
 const QString UsersHeaderStateKey = QStringLiteral("userctl/users_header_state");
-
-// The uids of the selected rows of a users table: column 0 shows the uid.
-QList<zeral::TYPE_ID> selectedUids(const QAbstractItemView *table)
-{
-    QList<zeral::TYPE_ID> uids;
-    if (const QItemSelectionModel *selection = table->selectionModel()) {
-        const QModelIndexList rows = selection->selectedRows(0);
-        for (const QModelIndex &row : rows)
-            uids.append(row.data(Qt::DisplayRole).toUInt());
-    }
-    return uids;
-}
-
-QModelIndexList selectedRows(const QAbstractItemView *table)
-{
-    return table->selectionModel() ? table->selectionModel()->selectedRows(0) : QModelIndexList();
-}
-
-bool isBlocked(const zeral::ObjectInfo &user)
-{
-    return user.parameters.value(QLatin1String(db::user::OBJECTSTATE)).toLower()
-           == QLatin1String("b");
-}
-
-const zeral::ObjectInfo &storedUser(zeral::TYPE_ID uid)
-{
-    return zeral::LocalStorage::instance()->constObject(uid, QLatin1String(zeral::USER_DATANAME));
-}
 
 // "Блокировать" while any of the users is unblocked, "Разблокировать" otherwise.
 void setBlockActionState(QAction *action, const QList<zeral::TYPE_ID> &uids)
