@@ -523,24 +523,6 @@ bool UserCtl::eventFilter(QObject *watched, QEvent *event)
     return QObject::eventFilter(watched, event);
 }
 
-// --- Parts of the screen that come with the lists, the dialogs and the sessions -------------
-
-void UserCtl::showNewMobileUserWizardsHandler(Command &) {}
-
-void UserCtl::showMobileUserPropertiesHandler(Command &) {}
-
-void UserCtl::addButtonClicked() {}
-
-void UserCtl::userEditFinished() {}
-
-void UserCtl::showUserProperties() {}
-
-void UserCtl::cancelChanged() {}
-
-void UserCtl::addMobileButtonClicked() {}
-
-void UserCtl::showMobileUserProperties() {}
-
 void UserCtl::applyUserFilter(QString text)
 {
     const QWidget *page = m_ui->tabWidget->currentWidget();
