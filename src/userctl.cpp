@@ -1,6 +1,9 @@
+// UserCtl: construction, the plugin interface, building the screen, its tabs and keys. The
+// other parts of the class stand in userctl_*.cpp, one file per concern; what they share is in
+// userctl_p.h.
+
 #include "userctl.h"
 #include "ui_userctl.h"
-#include "userctl_p.h"
 
 #include <src/connectedusersinfowidget.h>
 #include <src/connectedusersmodel.h>
@@ -14,54 +17,30 @@
 
 #include <host/core/authdata.h>
 #include <host/core/data.h>
-#include <host/core/dbquery.h>
-#include <host/core/dbresult.h>
 #include <host/core/localstorage.h>
 #include <host/core/logging.h>
 #include <host/core/protocol.h>
 #include <host/core/settings.h>
-#include <host/core/zrdatastream.h>
-#include <host/core/zrglobals.h>
-#include <host/gui/biometrics/authorizationwidget.h>
-#include <host/gui/dialogs/validatingdialog.h>
-#include <host/gui/models/fastproxymodel.h>
 #include <host/gui/models/itemroles.h>
 #include <host/gui/models/objecttreemodel.h>
 #include <host/gui/widgets/hiddenpanel.h>
 #include <host/gui/widgets/styleditemdelegate.h>
-#include <host/gui/widgets/treeview.h>
 #include <host/gui/widgets/zractionsinserthelper.h>
 #include <host/gui/widgets/zractionstoolbar.h>
 #include <host/gui/widgets/zrguiglobals.h>
-#include <host/gui/wizards/deleteobjectwizard.h>
 #include <shared/datasets.h>
-#include <shared/dbkeys.h>
-#include <shared/emailmessage.h>
-#include <shared/inheritdata.h>
 #include <shared/rolenames.h>
 
-#include <QClipboard>
-#include <QCoreApplication>
 #include <QDateTime>
-#include <QDialogButtonBox>
-#include <QGuiApplication>
 #include <QHBoxLayout>
 #include <QHeaderView>
 #include <QHostInfo>
 #include <QItemSelectionModel>
 #include <QKeyEvent>
-#include <QLocale>
-#include <QMessageBox>
-#include <QMetaMethod>
 #include <QNetworkInterface>
-#include <QPushButton>
-#include <QSet>
-#include <QSettings>
 #include <QSortFilterProxyModel>
 #include <QTabBar>
 #include <QTimer>
-
-using namespace userctl::detail;
 
 namespace {
 

@@ -1,8 +1,9 @@
 // UserCtl, blocking: the selection of a users table is blocked or unblocked as a whole, one
 // save task per user.
 
-#include "ui_userctl.h"
 #include "userctl.h"
+
+#include "ui_userctl.h"
 #include "userctl_p.h"
 
 #include <host/core/zrglobals.h>

@@ -2,8 +2,9 @@
 // templates for the dialogs and wizards that ask), the template counts a dialog waits for,
 // and the studio's enrolment screen.
 
-#include "ui_userctl.h"
 #include "userctl.h"
+
+#include "ui_userctl.h"
 #include "userctl_p.h"
 
 #include <host/core/data.h>
@@ -43,6 +44,8 @@ QString confirmerTemplateName(const QString &id, const QString &serverName)
 }
 
 } // namespace
+
+// --- Confirmation --------------------------------------------------------------------------
 
 void UserCtl::verifyEdit()
 {
@@ -136,6 +139,8 @@ void UserCtl::templatesRead(Command &command)
     emit startVerify();
 }
 
+// --- Template counts -----------------------------------------------------------------------
+
 void UserCtl::fingerExistsRead(Command &command)
 {
     if (command.status != zeral::proto::StatusOk) {
@@ -151,6 +156,8 @@ void UserCtl::fingerExistsRead(Command &command)
             emit userTemplatesRead(it.key(), int(it.value()));
     }
 }
+
+// --- Enrolment -----------------------------------------------------------------------------
 
 void UserCtl::fingerprintButtonClicked()
 {

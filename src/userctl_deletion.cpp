@@ -1,8 +1,9 @@
 // UserCtl, deleting users: the deletion wizard, with its confirmation page when the operator's
 // deletions need one; "root" is never handed to it.
 
-#include "ui_userctl.h"
 #include "userctl.h"
+
+#include "ui_userctl.h"
 #include "userctl_p.h"
 
 #include <src/rolecontainer.h>

@@ -1,8 +1,9 @@
 // UserCtl, the user lists: the model follows the store's changes, the role templates come
 // with every show, the selection drives the actions and the side panels.
 
-#include "ui_userctl.h"
 #include "userctl.h"
+
+#include "ui_userctl.h"
 #include "userctl_p.h"
 
 #include <src/rolecontainer.h>
@@ -12,6 +13,7 @@
 
 #include <host/core/authdata.h>
 #include <host/core/data.h>
+#include <host/core/localstorage.h>
 #include <host/core/logging.h>
 #include <host/core/protocol.h>
 #include <host/core/settings.h>
@@ -21,6 +23,8 @@
 #include <host/gui/models/itemroles.h>
 #include <host/gui/models/objecttreemodel.h>
 #include <host/gui/widgets/treeview.h>
+#include <shared/datasets.h>
+#include <shared/dbkeys.h>
 
 #include <QCoreApplication>
 #include <QHeaderView>
@@ -64,6 +68,7 @@ QString fillNamePattern(const QString &pattern, const QString &surname, const QS
     return pattern.arg(surname, name, patronymic);
 }
 
+// Where the operator's layout of the users table's header is kept.
 const QString UsersHeaderStateKey = QStringLiteral("userctl/users_header_state");
 
 // "Блокировать" while any of the users is unblocked, "Разблокировать" otherwise.
@@ -80,6 +85,8 @@ void setBlockActionState(QAction *action, const QList<zeral::TYPE_ID> &uids)
 }
 
 } // namespace
+
+// --- The store's changes -------------------------------------------------------------------
 
 void UserCtl::dataChanged(QString dataname, QList<zeral::TYPE_ID> uids)
 {
@@ -182,6 +189,8 @@ void UserCtl::usersRemoved(const QList<zeral::TYPE_ID> &uids)
     }
 }
 
+// --- Selection and the side panels ---------------------------------------------------------
+
 QSet<zeral::TYPE_ID> UserCtl::selectedUserUids() const
 {
     QSet<zeral::TYPE_ID> selected;
@@ -244,6 +253,8 @@ void UserCtl::updateUserInfo()
         setCurrentUserInfoRoles();
     }
 }
+
+// --- Role templates ------------------------------------------------------------------------
 
 void UserCtl::sendGetRoletemplates()
 {
@@ -333,6 +344,8 @@ void UserCtl::setCurrentUserInfoRoles()
         panel->treeView()->expandAll();
     }
 }
+
+// --- The users table's header --------------------------------------------------------------
 
 void UserCtl::saveUsersHeaderState(QByteArray header_state)
 {

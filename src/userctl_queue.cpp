@@ -3,6 +3,7 @@
 // queue, tell the window that asked and start the next one.
 
 #include "userctl.h"
+
 #include "userctl_p.h"
 
 #include <host/core/authdata.h>
@@ -73,6 +74,8 @@ QList<zeral::OBJECT_PERMISSION> permissionsOfTask(const zeral::TaskInfo &task)
 
 } // namespace
 
+// --- The queue -----------------------------------------------------------------------------
+
 void UserCtl::addTask(zeral::TaskInfo task)
 {
     m_taskQueue.tasks.append(task);
@@ -100,6 +103,8 @@ void UserCtl::notifyReceiver(const zeral::TaskInfo &task, zeral::TYPE_ID uid)
     QMetaObject::invokeMethod(task.receiver, task.method.toLatin1().constData(),
                               Qt::QueuedConnection, Q_ARG(zeral::TYPE_ID, uid));
 }
+
+// --- The processors ------------------------------------------------------------------------
 
 bool UserCtl::processSaveObject(const zeral::TaskInfo &task)
 {
@@ -200,6 +205,8 @@ bool UserCtl::processSaveToClipboard(const zeral::TaskInfo &task)
     QMetaObject::invokeMethod(this, "saveClipboardHandler", Qt::QueuedConnection);
     return true;
 }
+
+// --- The result handlers -------------------------------------------------------------------
 
 std::optional<zeral::TaskInfo> UserCtl::takeAnsweredTask()
 {

@@ -1,8 +1,9 @@
 // UserCtl, the sessions tab: polled while in view, rebuilt from each answer, and the
 // disconnecting of the selected sessions.
 
-#include "ui_userctl.h"
 #include "userctl.h"
+
+#include "ui_userctl.h"
 #include "userctl_p.h"
 
 #include <src/connectedusersinfowidget.h>
@@ -12,11 +13,14 @@
 
 #include <host/core/authdata.h>
 #include <host/core/data.h>
+#include <host/core/localstorage.h>
 #include <host/core/logging.h>
 #include <host/core/protocol.h>
 #include <host/core/zrdatastream.h>
 #include <host/gui/models/fastproxymodel.h>
 #include <host/gui/widgets/treeview.h>
+#include <shared/datasets.h>
+#include <shared/dbkeys.h>
 #include <shared/rolenames.h>
 
 #include <QDateTime>
@@ -24,6 +28,8 @@
 #include <QTimer>
 
 using namespace userctl::detail;
+
+// --- The poll ------------------------------------------------------------------------------
 
 void UserCtl::getSessionsInfo()
 {
@@ -133,6 +139,8 @@ bool UserCtl::canDisconnect(const QString &login)
            && target != QLatin1String(templates::ADMINISTRATOR);
 }
 
+// --- Selection and the side panels ---------------------------------------------------------
+
 void UserCtl::connectedUserSelectionChanged()
 {
     // The row's category says whether the session may be cut; the action also needs the right.
@@ -172,6 +180,8 @@ void UserCtl::updateConnectedUsersInfoWidget()
         rows.append(m_connectedUsersProxy->mapToSource(row));
     m_connectedUserInfo->setCurrent(rows);
 }
+
+// --- Disconnecting -------------------------------------------------------------------------
 
 void UserCtl::disconnectUser()
 {
