@@ -1,0 +1,353 @@
+// UserCtl, the task queue: every write of the screen and of its dialogs and wizards is a task.
+// The processors send a task's request; the result handlers take the answered task off the
+// queue, tell the window that asked and start the next one.
+
+#include "userctl.h"
+
+#include "userctl_p.h"
+
+#include <host/core/authdata.h>
+#include <host/core/data.h>
+#include <host/core/logging.h>
+#include <host/core/protocol.h>
+#include <host/core/settings.h>
+#include <host/core/zrdatastream.h>
+#include <shared/emailmessage.h>
+#include <shared/inheritdata.h>
+#include <shared/objectpermission.h>
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QLocale>
+
+using namespace userctl::detail;
+
+namespace {
+
+// Task kinds and the data keys their processors read.
+const QString InheritChildPrefix = QStringLiteral("inherit-child-");
+const QString InheritParentPrefix = QStringLiteral("inherit-parent-");
+const QString ObjectPrefix = QStringLiteral("object-");
+
+// The right every permission task grants on its objects.
+constexpr qint32 TaskPermission = 12;
+
+QString dataText(const zeral::TaskInfo &task, const QString &key)
+{
+    return task.data.value(key).toString();
+}
+
+// The object a save or create task describes: type, parent and one parameter per
+// "property-" key.
+zeral::ObjectInfo objectOfTask(const zeral::TaskInfo &task)
+{
+    zeral::ObjectInfo object;
+    object.uid = task.uid;
+    object.type = dataText(task, QStringLiteral("object_type"));
+    object.parent = task.data.value(QStringLiteral("parent")).toUInt();
+    const QList<QString> keys = task.data.uniqueKeys();
+    for (const QString &key : keys) {
+        if (key.startsWith(PropertyPrefix)) {
+            QString name = key;
+            object.parameters.insert(name.remove(PropertyPrefix), task.data.value(key).toString());
+        }
+    }
+    return object;
+}
+
+// The permissions of a permission task: one per "object-" key; the value is not read.
+QList<zeral::OBJECT_PERMISSION> permissionsOfTask(const zeral::TaskInfo &task)
+{
+    QList<zeral::OBJECT_PERMISSION> permissions;
+    const QList<QString> keys = task.data.uniqueKeys();
+    for (const QString &key : keys) {
+        if (!key.startsWith(ObjectPrefix))
+            continue;
+        zeral::OBJECT_PERMISSION permission;
+        permission.subject = task.uid;
+        permission.object = key.mid(ObjectPrefix.size()).toUInt();
+        permission.permission = TaskPermission;
+        permissions.append(permission);
+    }
+    return permissions;
+}
+
+} // namespace
+
+// --- The queue -----------------------------------------------------------------------------
+
+void UserCtl::addTask(zeral::TaskInfo task)
+{
+    m_taskQueue.tasks.append(task);
+    // A running task's result handler starts the next one.
+    if (m_taskQueue.tasks.size() >= 2 || m_taskQueue.paused)
+        return;
+    announceStarted(m_taskQueue.processNext());
+}
+
+void UserCtl::processNextTask()
+{
+    announceStarted(m_taskQueue.processNext());
+}
+
+void UserCtl::announceStarted(const zeral::TaskInfo &started)
+{
+    if (!started.type.isEmpty())
+        emit showMessage(tr("%1").arg(m_taskQueue.current().startMessage));
+}
+
+void UserCtl::notifyReceiver(const zeral::TaskInfo &task, zeral::TYPE_ID uid)
+{
+    if (!task.receiver || task.method.isEmpty())
+        return;
+    QMetaObject::invokeMethod(task.receiver, task.method.toLatin1().constData(),
+                              Qt::QueuedConnection, Q_ARG(zeral::TYPE_ID, uid));
+}
+
+// --- The processors ------------------------------------------------------------------------
+
+bool UserCtl::processSaveObject(const zeral::TaskInfo &task)
+{
+    qCDebug(ucc()) << "process task" << task.type << task.uid << task.data;
+    m_data->updateObject(objectOfTask(task), handler(&UserCtl::objectSavedHandler));
+    return true;
+}
+
+bool UserCtl::processCreateObject(const zeral::TaskInfo &task)
+{
+    qCDebug(ucc()) << "process task" << task.type << task.uid << task.data;
+    zeral::ObjectInfo object = objectOfTask(task);
+    object.uid = 0;
+    QList<zeral::_INHERIT_DATA> links;
+    const QList<QString> keys = task.data.uniqueKeys();
+    for (const QString &key : keys) {
+        zeral::_INHERIT_DATA link;
+        if (key.startsWith(InheritChildPrefix)) {
+            link.child = task.data.value(key).toUInt();
+            link.linkType = key.mid(InheritChildPrefix.size()).toUInt();
+        } else if (key.startsWith(InheritParentPrefix)) {
+            link.parent = task.data.value(key).toUInt();
+            link.linkType = key.mid(InheritParentPrefix.size()).toUInt();
+        } else {
+            continue;
+        }
+        links.append(link);
+    }
+    m_data->addObject(object, links, handler(&UserCtl::objectCreatedHandler));
+    return true;
+}
+
+bool UserCtl::processPrescribeUser(const zeral::TaskInfo &task)
+{
+    qCDebug(ucc()) << "process task" << task.type << task.uid << task.data;
+    m_data->roleTemplatePrescribeUser(task.uid, dataText(task, QStringLiteral("PT_ROLETEMPLATE")),
+                                      handler(&UserCtl::prescribeUserHandler));
+    return true;
+}
+
+bool UserCtl::processDeleteObject(const zeral::TaskInfo &task)
+{
+    qCDebug(ucc()) << "process task" << task.type << task.uid << task.data;
+    zeral::ObjectInfo object;
+    object.uid = task.uid;
+    object.type = dataText(task, QStringLiteral("object_type"));
+    m_data->removeObject(object, handler(&UserCtl::deleteObjectHandler));
+    return true;
+}
+
+bool UserCtl::processUpdatePermissions(const zeral::TaskInfo &task)
+{
+    qCDebug(ucc()) << "process task" << task.type << task.uid << task.data;
+    m_data->updatePermissions(task.uid, permissionsOfTask(task),
+                              handler(&UserCtl::updatePermissionsHandler));
+    return true;
+}
+
+bool UserCtl::processAddPermissions(const zeral::TaskInfo &task)
+{
+    qCDebug(ucc()) << "process task" << task.type << task.uid << task.data;
+    m_data->addPermissions(permissionsOfTask(task), handler(&UserCtl::updatePermissionsHandler));
+    return true;
+}
+
+bool UserCtl::processSendEmail(const zeral::TaskInfo &task)
+{
+    qCDebug(ucc()) << "process task" << task.type << task.uid << task.data;
+    const QString language
+        = Settings::value(QStringLiteral("mainwindow/language"), QLocale().name())
+              .toString()
+              .left(2);
+    zeral::_EMAIL_MESSAGE message;
+    message.to = dataText(task, QStringLiteral("addr_to"));
+    message.subject = tr("Zeral-Desk v6 Mobile");
+    message.parameters.insert(QLatin1String(zeral::email::LOCALE), language);
+    message.parameters.insert(QLatin1String(zeral::email::IS_MOBILE_TOKEN), true);
+    message.parameters.insert(QLatin1String(zeral::email::GREETINGS),
+                              task.data.value(QStringLiteral("greetings")));
+    message.parameters.insert(QLatin1String(zeral::email::TOKEN),
+                              dataText(task, QStringLiteral("auth_data")));
+
+    Command command = newCommand();
+    command.name = QLatin1String(zeral::proto::command::SendEmail);
+    command.type = zeral::proto::NamedCommand;
+    ZRDataStream out(&command.data, QIODevice::WriteOnly);
+    out << message << AuthData::user();
+    sendQuery(command, handler(&UserCtl::sendEmailHandler));
+    return true;
+}
+
+bool UserCtl::processSaveToClipboard(const zeral::TaskInfo &task)
+{
+    qCDebug(ucc()) << "process task" << task.type << task.uid << task.data;
+    QGuiApplication::clipboard()->setText(dataText(task, QStringLiteral("text")),
+                                          QClipboard::Clipboard);
+    // Later, so that the task is set up as the running one like any other first.
+    QMetaObject::invokeMethod(this, "saveClipboardHandler", Qt::QueuedConnection);
+    return true;
+}
+
+// --- The result handlers -------------------------------------------------------------------
+
+std::optional<zeral::TaskInfo> UserCtl::takeAnsweredTask()
+{
+    // Answers are tied to the queue by order only: the running task is the one answered. No
+    // task is made for an empty queue, since every new task draws a number.
+    if (m_taskQueue.tasks.isEmpty())
+        return std::nullopt;
+    std::optional<zeral::TaskInfo> answered = m_taskQueue.current();
+    m_taskQueue.processed();
+    return answered;
+}
+
+void UserCtl::failShownTask(const zeral::TaskInfo &failed)
+{
+    notifyReceiver(failed, 0);
+    m_taskQueue.removeTasks(failed);
+    emit showMessage(failed.errorMessage);
+}
+
+void UserCtl::finishShownTask(Command &command, const char *doneLog, const char *failLog)
+{
+    const std::optional<zeral::TaskInfo> answered = takeAnsweredTask();
+    if (!answered)
+        return;
+    const zeral::TaskInfo &t = *answered;
+    if (command.status == zeral::proto::StatusOk) {
+        notifyReceiver(t, t.uid);
+        qCDebug(ucc()) << doneLog << t.uid;
+    } else {
+        qCWarning(ucc()) << failLog << t.uid << command.status;
+        failShownTask(t);
+    }
+    processNextTask();
+}
+
+void UserCtl::objectSavedHandler(Command &command)
+{
+    finishShownTask(command, "object saved", "fail save object");
+}
+
+void UserCtl::objectCreatedHandler(Command &command)
+{
+    const std::optional<zeral::TaskInfo> answered = takeAnsweredTask();
+    if (!answered)
+        return;
+    const zeral::TaskInfo &t = *answered;
+    if (command.status == zeral::proto::StatusOk) {
+        qint32 uid = 0;
+        ZRDataStream in(command.data);
+        in >> uid;
+        m_templateWatchUids.append(zeral::TYPE_ID(uid));
+        notifyReceiver(t, zeral::TYPE_ID(uid));
+        qCDebug(ucc()) << "object created" << uid;
+    } else {
+        qCWarning(ucc()) << "fail create object" << command.status;
+        failShownTask(t);
+    }
+    processNextTask();
+}
+
+void UserCtl::prescribeUserHandler(Command &command)
+{
+    finishShownTask(command, "user prescribed", "fail prescribe user");
+}
+
+void UserCtl::deleteObjectHandler(Command &command)
+{
+    const std::optional<zeral::TaskInfo> answered = takeAnsweredTask();
+    if (!answered)
+        return;
+    const zeral::TaskInfo &t = *answered;
+    if (command.status == zeral::proto::StatusOk) {
+        notifyReceiver(t, t.uid);
+    } else {
+        qCWarning(ucc()) << "fail delete object" << t.uid << command.status;
+        m_taskQueue.removeTasks(t);
+        notifyReceiver(t, 0);
+    }
+    processNextTask();
+}
+
+void UserCtl::sendEmailHandler(Command &command)
+{
+    const std::optional<zeral::TaskInfo> answered = takeAnsweredTask();
+    if (!answered)
+        return;
+    const zeral::TaskInfo &t = *answered;
+    if (command.status == zeral::proto::StatusOk) {
+        notifyReceiver(t, t.uid);
+        qCDebug(ucc()) << "email sent" << t.uid;
+    } else {
+        qCWarning(ucc()) << "fail send email" << command.status;
+        notifyReceiver(t, 0);
+        m_taskQueue.removeTasks(t);
+    }
+    processNextTask();
+}
+
+void UserCtl::updatePermissionsHandler(Command &command)
+{
+    const std::optional<zeral::TaskInfo> answered = takeAnsweredTask();
+    if (!answered)
+        return;
+    const zeral::TaskInfo &t = *answered;
+    if (command.status == zeral::proto::StatusOk) {
+        notifyReceiver(t, t.uid);
+    } else {
+        qCWarning(ucc()) << "fail update permissions" << t.uid << command.status;
+        m_taskQueue.removeTasks(t);
+        notifyReceiver(t, 0);
+    }
+    // The open dialog gets the rights as the server has them now, whatever happened.
+    m_data->getPermissions({t.uid}, handler(&UserCtl::getPermissionsHandler));
+    processNextTask();
+}
+
+void UserCtl::saveClipboardHandler()
+{
+    qCDebug(ucc()) << "save clipboard, queue empty:"
+                   << (m_taskQueue.tasks.isEmpty() ? "true" : "false");
+    const std::optional<zeral::TaskInfo> answered = takeAnsweredTask();
+    if (!answered)
+        return;
+    const zeral::TaskInfo &t = *answered;
+    notifyReceiver(t, t.uid);
+    qCDebug(ucc()) << "text saved to clipboard" << t.uid;
+    processNextTask();
+}
+
+void UserCtl::getPermissionsHandler(Command &command)
+{
+    QList<zeral::OBJECT_PERMISSION> permissions;
+    if (command.status == zeral::proto::StatusOk) {
+        ZRDataStream in(command.data);
+        in >> permissions;
+    }
+    emit permissionsRead(permissions);
+}
+
+void UserCtl::emptyHandler(Command &command)
+{
+    qCDebug(ucc())
+        << QStringLiteral("cmd error object:%1 status:%2").arg(command.name).arg(command.status);
+}

@@ -1,0 +1,216 @@
+// UserCtl, the sessions tab: polled while in view, rebuilt from each answer, and the
+// disconnecting of the selected sessions.
+
+#include "userctl.h"
+
+#include "ui_userctl.h"
+#include "userctl_p.h"
+
+#include <src/connectedusersinfowidget.h>
+#include <src/connectedusersmodel.h>
+#include <src/rolecontainer.h>
+#include <src/userroleinfowidget.h>
+
+#include <host/core/authdata.h>
+#include <host/core/data.h>
+#include <host/core/localstorage.h>
+#include <host/core/logging.h>
+#include <host/core/protocol.h>
+#include <host/core/zrdatastream.h>
+#include <host/gui/models/fastproxymodel.h>
+#include <host/gui/widgets/treeview.h>
+#include <shared/datasets.h>
+#include <shared/dbkeys.h>
+#include <shared/rolenames.h>
+
+#include <QDateTime>
+#include <QSortFilterProxyModel>
+#include <QTimer>
+
+using namespace userctl::detail;
+
+// --- The poll ------------------------------------------------------------------------------
+
+void UserCtl::getSessionsInfo()
+{
+    m_data->getSessionsInfo(handler(&UserCtl::getSessionsInfoResult));
+}
+
+void UserCtl::getSessionsInfoResult(Command &command)
+{
+    ZRDataStream in(command.data);
+    if (command.status != zeral::proto::StatusOk) {
+        QString text;
+        in >> text;
+        qCWarning(ucc()) << "An error has occurred while getting session info:" << text
+                         << command.status;
+        return;
+    }
+    QHash<QByteArray, zeral::ConnectedUserInfo> sessions;
+    QDateTime serverTime;
+    in >> sessions >> serverTime;
+    if (!serverTime.isValid()) {
+        qCDebug(ucc()) << "empty server time, using local time";
+        serverTime = QDateTime::currentDateTime();
+    }
+
+    ZRTableView *table = m_ui->connectedUsersList;
+    const bool nothingSelected = selectedRows(table).isEmpty();
+    QVariantMap savedSelection;
+    if (selectedRows(table).size() == 1)
+        savedSelection
+            = table->currentIndex().data(ConnectedUsersModel::SessionIdentityRole).toMap();
+
+    m_connectedUsersModel->clear();
+    m_connectedUsersModel->setCurrentServerTime(serverTime);
+    const QHash<QString, zeral::TYPE_ID> &uidsByLogin = userUidsByLogin();
+    const QString undefinedTemplate = tr("Не определено");
+    QVector<ConnectedUsersModel::ModelRecord> records;
+    records.reserve(sessions.size());
+    for (const zeral::ConnectedUserInfo &session : qAsConst(sessions)) {
+        if (session.ipPort.isEmpty())
+            continue;
+        ConnectedUsersModel::ModelRecord record;
+        static_cast<zeral::ConnectedUserInfo &>(record) = session;
+        const QString templateId = m_loginTemplates.value(session.user);
+        if (m_roleTemplates.contains(templateId))
+            record.roleTemplate = roleTemplateName(templateId);
+        if (record.roleTemplate.isEmpty())
+            record.roleTemplate = undefinedTemplate;
+        record.category = canDisconnect(session.user) ? 1 : 4;
+        record.userId = uidsByLogin.value(session.user);
+        records.append(record);
+    }
+    m_connectedUsersModel->addRecords(records);
+
+    if (nothingSelected) {
+        connectedUserSelectionChanged();
+    } else {
+        // A session is recognised across polls by its address and port.
+        const QVariant savedAddress = savedSelection.value(QStringLiteral("ipPort"));
+        for (int row = 0; row < m_connectedUsersModel->rowCount(); ++row) {
+            const QModelIndex index = m_connectedUsersProxy->index(row, 0);
+            if (savedSelection.isEmpty())
+                break;
+            if (index.data(ConnectedUsersModel::SessionIdentityRole)
+                    .toMap()
+                    .value(QStringLiteral("ipPort"))
+                == savedAddress) {
+                table->setCurrentIndex(index);
+                break;
+            }
+        }
+    }
+    table->resizeRowsToContents();
+}
+
+const QHash<QString, zeral::TYPE_ID> &UserCtl::userUidsByLogin()
+{
+    // One pass over the store instead of one per session, and only after the users changed;
+    // the first user of a login in the store's order wins.
+    if (m_loginUidsValid)
+        return m_loginUids;
+    QHash<QString, zeral::TYPE_ID> &uids = m_loginUids;
+    uids.clear();
+    const auto &users
+        = zeral::LocalStorage::instance()->constObjects(QLatin1String(zeral::USER_DATANAME));
+    for (auto it = users.constBegin(); it != users.constEnd(); ++it) {
+        const QString login = it.value().parameters.value(QLatin1String(db::user::LOGIN));
+        if (!uids.contains(login))
+            uids.insert(login, it.key());
+    }
+    m_loginUidsValid = true;
+    return uids;
+}
+
+bool UserCtl::canDisconnect(const QString &login)
+{
+    namespace templates = zeral::roletemplate;
+    const QString operatorTemplate = AuthData::roletemplateId();
+    const QString target = m_loginTemplates[login];
+    if (operatorTemplate == QLatin1String(templates::SUPERVISOR))
+        return true;
+    if (operatorTemplate == QLatin1String(templates::ADMINISTRATOR)
+        && target != QLatin1String(templates::SUPERVISOR))
+        return true;
+    if (!userctl::RoleContainer::canRoleDisconnect())
+        return false;
+    return target != QLatin1String(templates::SUPERVISOR)
+           && target != QLatin1String(templates::ADMINISTRATOR);
+}
+
+// --- Selection and the side panels ---------------------------------------------------------
+
+void UserCtl::connectedUserSelectionChanged()
+{
+    // The row's category says whether the session may be cut; the action also needs the right.
+    const QModelIndexList categories
+        = m_ui->connectedUsersList->selectionModel()
+              ? m_ui->connectedUsersList->selectionModel()->selectedRows(6)
+              : QModelIndexList();
+    m_ui->actionDisconnect->setEnabled(categories.size() == 1
+                                       && userctl::RoleContainer::canRoleDisconnect()
+                                       && categories.first().data().toInt() == 1);
+    setCurrentConnectedUserInfoRoles();
+    updateConnectedUsersInfoWidgetLazy();
+}
+
+void UserCtl::setCurrentConnectedUserInfoRoles()
+{
+    const QModelIndexList rows = selectedRows(m_ui->connectedUsersList);
+    QString templateId;
+    if (rows.size() == 1)
+        templateId = m_loginTemplates.value(rows.first().data().toString());
+    m_connectedUserRolesInfo->model()->setChecked(m_roleTemplates.value(templateId).roles);
+    m_connectedUserRolesInfo->treeView()->expandAll();
+}
+
+void UserCtl::updateConnectedUsersInfoWidgetLazy()
+{
+    if (m_connectedUserInfoTimer && !m_connectedUserInfoTimer->isActive())
+        m_connectedUserInfoTimer->start();
+}
+
+void UserCtl::updateConnectedUsersInfoWidget()
+{
+    if (!m_connectedUserInfo)
+        return;
+    QList<QModelIndex> rows;
+    for (const QModelIndex &row : selectedRows(m_ui->connectedUsersList))
+        rows.append(m_connectedUsersProxy->mapToSource(row));
+    m_connectedUserInfo->setCurrent(rows);
+}
+
+// --- Disconnecting -------------------------------------------------------------------------
+
+void UserCtl::disconnectUser()
+{
+    QList<QByteArray> sessionIds;
+    for (const QModelIndex &row : selectedRows(m_ui->connectedUsersList)) {
+        const QVariantMap identity = row.data(ConnectedUsersModel::SessionIdentityRole).toMap();
+        if (identity.contains(QStringLiteral("sessionId")))
+            sessionIds.append(identity.value(QStringLiteral("sessionId")).toByteArray());
+    }
+    Command command = newCommand();
+    command.name = QLatin1String(zeral::proto::command::DisconnectUsers);
+    command.type = zeral::proto::NamedCommand;
+    command.sessionId = m_data->sessionId();
+    ZRDataStream out(&command.data, QIODevice::WriteOnly);
+    out << qint32(sessionIds.size());
+    for (const QByteArray &id : qAsConst(sessionIds))
+        out << id;
+    sendQuery(command, handler(&UserCtl::disconnectUserResult));
+}
+
+void UserCtl::disconnectUserResult(Command &command)
+{
+    ZRDataStream in(command.data);
+    if (command.status == zeral::proto::StatusOk)
+        return;
+    QString text;
+    in >> text;
+    // Whatever the server refused, this is what the operator is told.
+    qCWarning(ucc()) << "An error has occurred while getting session info:" << text
+                     << command.status;
+    showPopupMessage(tr("Вы не можете отключить себя!"), MessageWidget::Icon(0), 0);
+}
