@@ -66,9 +66,10 @@ bool SqlFunctions::install(sqlite3 *db)
                   == SQLITE_OK;
 }
 
-ReadOnlyScope::ReadOnlyScope(sqlite3 *db, int timeLimitMs)
+ReadOnlyScope::ReadOnlyScope(sqlite3 *db, int timeLimitMs, const QAtomicInt *stop)
     : m_db(db)
     , m_deadline(timeLimitMs)
+    , m_stop(stop)
     , m_previousLengthLimit(sqlite3_limit(db, SQLITE_LIMIT_LENGTH, MaxValueBytes))
 {
     sqlite3_set_authorizer(m_db, &ReadOnlyScope::authorize, this);
@@ -86,9 +87,11 @@ ReadOnlyScope::~ReadOnlyScope()
 int ReadOnlyScope::progress(void *self)
 {
     auto *scope = static_cast<ReadOnlyScope *>(self);
-    if (scope->m_deadline.hasExpired())
+    if (scope->m_stop && scope->m_stop->loadRelaxed() != 0)
+        scope->m_stopped = true;
+    else if (scope->m_deadline.hasExpired())
         scope->m_timedOut = true;
-    return scope->m_timedOut ? 1 : 0;
+    return scope->m_timedOut || scope->m_stopped ? 1 : 0;
 }
 
 int ReadOnlyScope::authorize(void *self, int action, const char *a, const char *, const char *,
