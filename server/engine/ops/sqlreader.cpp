@@ -39,6 +39,8 @@ SqlReader::~SqlReader()
 {
     if (!m_db.isValid())
         return;
+    if (m_db.isOpen())
+        SqlFunctions::remove(handleOf(m_db));
     m_db.close();
     m_db = QSqlDatabase();
     QSqlDatabase::removeDatabase(m_connectionName);

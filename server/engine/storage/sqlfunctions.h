@@ -16,6 +16,9 @@ class SqlFunctions
 {
 public:
     static bool install(sqlite3 *db);
+    // Takes them off again; to be called before the connection closes, which it would
+    // otherwise refuse while their statements (prepared once, kept) are alive.
+    static void remove(sqlite3 *db);
 
     SqlFunctions() = delete;
 };
