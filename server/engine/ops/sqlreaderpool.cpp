@@ -2,33 +2,10 @@
 
 #include <host/core/dbquery.h>
 #include <server/engine/ops/sqlreader.h>
-#include <server/engine/serverlogging.h>
 
 #include <QThread>
 
-#ifdef Q_OS_LINUX
-#include <sys/resource.h>
-#include <sys/syscall.h>
-#include <unistd.h>
-#endif
-
 namespace zeral::server {
-
-namespace {
-
-// Statements run at a lower priority than the engine's thread, so that a login (whose
-// password check alone takes milliseconds of CPU) is not shared out among busy statements.
-// On Linux the nice value is per thread; elsewhere the workers keep the process's.
-void lowerThisThreadsPriority()
-{
-#ifdef Q_OS_LINUX
-    const int niceness = 10;
-    if (setpriority(PRIO_PROCESS, static_cast<id_t>(syscall(SYS_gettid)), niceness) != 0)
-        qCDebug(lcServer) << "client SQL workers keep the server's priority";
-#endif
-}
-
-} // namespace
 
 struct SqlReaderPool::Worker
 {
@@ -93,10 +70,8 @@ SqlReaderPool::Admission SqlReaderPool::submit(const QByteArray &sessionId, cons
     QMetaObject::invokeMethod(
         &w->context,
         [this, w, query, path, timeLimitMs] {
-            if (!w->reader) {
-                lowerThisThreadsPriority();
+            if (!w->reader)
                 w->reader = std::make_unique<SqlReader>(path, timeLimitMs, &w->stop);
-            }
             const Reply reply = w->reader->run(query);
             // Back in the pool's thread; dropped with the pool if it has gone meanwhile.
             QMetaObject::invokeMethod(
