@@ -171,6 +171,23 @@ private slots:
         QVERIFY(!op.answers.contains(running));
     }
 
+    void stopDoesNotWaitForAStatement()
+    {
+        // A statement that its time limit would let run for a minute.
+        Server server;
+        zeral::server::ServerEngine::Options options;
+        options.clientSqlTimeLimitMs = 60000;
+        QCOMPARE(server.start(options), QString());
+        auto root = server.rootClient();
+        root->post(cmd::ExecSql, sqlPayload(endless));
+        QCOMPARE(root->request(cmd::RoleCatalogue).status, qint32(proto::StatusOk));
+        QElapsedTimer clock;
+        clock.start();
+        server.engine->stop();
+        QVERIFY2(clock.elapsed() < 10000, qPrintable(QString::number(clock.elapsed())));
+        QTRY_VERIFY(root->isClosed());
+    }
+
     // A test that failed half-way leaves no statement running for the next one.
     void cleanup()
     {
