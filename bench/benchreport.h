@@ -24,4 +24,15 @@ inline void report(const char *name, const QVector<double> &values)
     std::fflush(stdout);
 }
 
+// The figure below which `percent` per cent of the runs lie (the slowest run at 100).
+inline void reportPercentile(const char *name, QVector<double> values, int percent)
+{
+    if (values.isEmpty())
+        return;
+    std::sort(values.begin(), values.end());
+    const int index = qMin(values.size() - 1, values.size() * percent / 100);
+    std::printf("%s %.3f\n", name, values.at(index));
+    std::fflush(stdout);
+}
+
 } // namespace bench

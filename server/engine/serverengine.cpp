@@ -43,6 +43,8 @@ QString ServerEngine::openDatabase()
     state->clock = m_options.clock;
     state->resumeWindowSeconds = m_options.resumeWindowSeconds;
     state->clientSqlTimeLimitMs = m_options.clientSqlTimeLimitMs;
+    state->clientSqlWorkers = m_options.clientSqlWorkers;
+    state->clientSqlPerSession = m_options.clientSqlPerSession;
     QString error = state->database.open(m_options.databasePath);
     if (!error.isEmpty())
         return error;

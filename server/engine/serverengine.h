@@ -46,8 +46,11 @@ public:
         int handshakeTimeoutMs = 10000;
         // Answers and pushes a client may leave unread before it is dropped.
         qint64 maxSendBufferBytes = 64 * 1024 * 1024;
-        // How long one statement of data.exec_sql may run before it is stopped: the server
-        // answers nobody else meanwhile.
+        // Statements of data.exec_sql run in worker threads of their own, beside the event
+        // loop: this many at once, at most `clientSqlPerSession` of one session (more are
+        // refused), each stopped after `clientSqlTimeLimitMs`.
+        int clientSqlWorkers = 4;
+        int clientSqlPerSession = 2;
         int clientSqlTimeLimitMs = 10000;
     };
 
@@ -60,7 +63,8 @@ public:
     // Opens the database and listens. Empty on success, else a sentence for the operator.
     QString start();
     // Closes every connection and the database; a request in flight has already finished,
-    // since requests run to their end in this thread.
+    // since requests run to their end in this thread, and a client statement still running
+    // in a worker is stopped (its answer dropped).
     void stop();
     bool isListening() const;
     quint16 port() const;

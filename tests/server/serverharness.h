@@ -65,17 +65,31 @@ public:
     }
     bool isClosed() const { return socket.state() == QAbstractSocket::UnconnectedState; }
 
-    Command request(const QString &name, const QByteArray &data, const QByteArray &sessionId)
+    // Sends a request without waiting; its id, for awaitAnswer().
+    quint64 post(const QString &name, const QByteArray &data, const QByteArray &sessionId)
     {
         Command command = Command::named(name, sessionId);
         command.type = zeral::proto::NamedCommand;
         command.id = ++m_nextId;
         command.data = data;
         socket.write(FrameCodec::encode(command));
-        QDeadlineTimer deadline(10000);
-        while (!answers.contains(command.id) && !deadline.hasExpired() && !isClosed())
+        return command.id;
+    }
+    quint64 post(const char *name, const QByteArray &data = {})
+    {
+        return post(QLatin1String(name), data, session);
+    }
+    // The answer to request `id`; an empty command (status 0) if none came within `timeoutMs`.
+    Command awaitAnswer(quint64 id, int timeoutMs = 10000)
+    {
+        QDeadlineTimer deadline(timeoutMs);
+        while (!answers.contains(id) && !deadline.hasExpired() && !isClosed())
             QTest::qWait(5);
-        return answers.take(command.id);
+        return answers.take(id);
+    }
+    Command request(const QString &name, const QByteArray &data, const QByteArray &sessionId)
+    {
+        return awaitAnswer(post(name, data, sessionId));
     }
     Command request(const char *name, const QByteArray &data = {})
     {

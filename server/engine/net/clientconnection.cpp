@@ -57,16 +57,34 @@ void ClientConnection::send(const Command &command)
 {
     if (m_closing || m_socket->state() != QAbstractSocket::ConnectedState)
         return;
-    m_socket->write(FrameCodec::encode(command));
-    m_socket->flush();
-    if (m_socket->bytesToWrite() > m_maxSendBufferBytes) {
-        qCWarning(lcServerNet) << "dropping" << peer() << "- it left" << m_socket->bytesToWrite()
+    m_queued += FrameCodec::encode(command);
+    const qint64 unsent = m_socket->bytesToWrite() + m_queued.size();
+    if (unsent > m_maxSendBufferBytes) {
+        qCWarning(lcServerNet) << "dropping" << peer() << "- it left" << unsent
                                << "bytes of answers unread";
         m_closing = true;
+        m_queued.clear();
         m_socket->abort(); // what is queued would never be read
         if (m_socket->state() == QAbstractSocket::UnconnectedState)
             finish();
+        return;
     }
+    // The frames of one request (its pushes and its answer) leave together once it has been
+    // handled: one write, one segment, whatever the client does with its acknowledgements.
+    if (!m_writeScheduled) {
+        m_writeScheduled = true;
+        QMetaObject::invokeMethod(this, &ClientConnection::writeQueued, Qt::QueuedConnection);
+    }
+}
+
+void ClientConnection::writeQueued()
+{
+    m_writeScheduled = false;
+    if (m_queued.isEmpty() || m_socket->state() != QAbstractSocket::ConnectedState)
+        return;
+    m_socket->write(m_queued);
+    m_queued.clear();
+    m_socket->flush();
 }
 
 void ClientConnection::close(const QString &reason)
@@ -74,6 +92,7 @@ void ClientConnection::close(const QString &reason)
     if (m_closing)
         return;
     qCInfo(lcServerNet) << "closing the connection of" << peer() << "-" << reason;
+    writeQueued();
     m_closing = true;
     m_socket->disconnectFromHost(); // writes what is queued first
     if (m_socket->state() == QAbstractSocket::UnconnectedState)

@@ -29,6 +29,8 @@ public:
     explicit ClientConnection(QSslSocket *socket, Limits limits, QObject *parent = nullptr);
     ~ClientConnection() override;
 
+    // Queues the frame; everything queued within one turn of the event loop (the pushes of a
+    // change and its answer) leaves in one write at the end of that turn.
     void send(const Command &command);
     // Sends what is queued and closes; `reason` goes to the log.
     void close(const QString &reason);
@@ -47,12 +49,15 @@ signals:
 
 private:
     void readFrames();
+    void writeQueued();
     void finish(); // emits closed() once
 
     QSslSocket *m_socket;
     QHostAddress m_peerAddress;
     quint16 m_peerPort = 0;
     QByteArray m_sessionId;
+    QByteArray m_queued; // frames sent in this turn of the event loop, not yet written
+    bool m_writeScheduled = false;
     qint64 m_maxSendBufferBytes;
     bool m_closing = false;
     bool m_finished = false;

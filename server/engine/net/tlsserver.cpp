@@ -24,6 +24,9 @@ void TlsServer::incomingConnection(qintptr descriptor)
         delete socket;
         return;
     }
+    // Answers are small and awaited: they leave at once, not when the client has
+    // acknowledged the previous segment.
+    socket->setSocketOption(QAbstractSocket::LowDelayOption, 1);
     if (encrypts()) {
         socket->setLocalCertificate(m_certificate);
         socket->setPrivateKey(m_key);

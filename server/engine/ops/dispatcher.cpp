@@ -25,7 +25,7 @@ Dispatcher::Dispatcher(ServerState &state, QObject *parent)
 {
     namespace c = proto::command;
     const auto route = [this](const char *name, bool needsSession, auto handler) {
-        m_routes.insert(QLatin1String(name), {needsSession, handler});
+        m_routes.insert(QLatin1String(name), {needsSession, true, handler});
     };
     using std::placeholders::_1;
     route(c::Login, false, std::bind(&SessionOps::login, &m_sessionOps, _1));
@@ -47,7 +47,8 @@ Dispatcher::Dispatcher(ServerState &state, QObject *parent)
     route(c::GetUserFingers, true, std::bind(&BiometricOps::userFingers, &m_biometricOps, _1));
     route(c::EnrolFinger, true, std::bind(&BiometricOps::enrolFinger, &m_biometricOps, _1));
     route(c::RemoveFinger, true, std::bind(&BiometricOps::removeFinger, &m_biometricOps, _1));
-    route(c::ExecSql, true, std::bind(&SqlOps::execSql, &m_sqlOps, _1));
+    m_routes.insert(QLatin1String(c::ExecSql),
+                    {true, false, std::bind(&SqlOps::execSql, &m_sqlOps, _1)});
     route(c::GetSessionsInfo, true, std::bind(&AdminOps::sessionsInfo, &m_adminOps, _1));
     route(c::DisconnectUsers, true, std::bind(&AdminOps::disconnectUsers, &m_adminOps, _1));
     route(c::LoginLocks, true, std::bind(&AdminOps::loginLocks, &m_adminOps, _1));
@@ -118,7 +119,7 @@ void Dispatcher::dispatch(ClientConnection *connection, const Command &command)
     Session *session = m_state.sessions.find(connection->sessionId());
     if (!session && !connection->sessionId().isEmpty())
         connection->setSessionId({}); // ended elsewhere
-    Request request{command, connection, session, {}, {}, {}};
+    Request request{command, connection, session, {}, {}, {}, {}};
     AuditEntry audit;
     audit.at = m_state.clock();
     audit.peer = connection->peer();
@@ -143,6 +144,15 @@ void Dispatcher::dispatch(ClientConnection *connection, const Command &command)
                             tr("Команда пришла с чужим идентификатором сессии."));
     } else if (route->needsSession && !refresh(session, &reply)) {
         request.session = nullptr;
+    } else if (!route->inTransaction) {
+        request.answerLater = [this, to = QPointer<ClientConnection>(connection),
+                               sessionId = session ? session->id : QByteArray(), command,
+                               audit](const Reply &later) {
+            answerLater(to, sessionId, command, audit, later);
+        };
+        reply = route->handle(request);
+        if (reply.answeredLater)
+            return;
     } else if (!m_state.database.begin()) {
         reply = Reply::fail(proto::StatusInternal,
                             tr("База данных сервера занята или недоступна. Повторите позже."));
@@ -172,14 +182,8 @@ void Dispatcher::dispatch(ClientConnection *connection, const Command &command)
             request.afterCommit.clear();
         }
     }
-    if (!reply.isOk()) {
-        audit.object = reply.object;
-        audit.status = reply.status;
-        audit.detail = reply.detail;
-        AuditLog::record(m_state.database.connection(), audit);
-        qCInfo(lcServer) << "refused" << command.name << "from" << connection->peer() << "status"
-                         << reply.status << "-" << reply.detail;
-    }
+    if (!reply.isOk())
+        recordRefusal(audit, reply, connection->peer());
     for (const Command &push : qAsConst(request.pushes))
         broadcast(push);
     for (const auto &action : qAsConst(request.afterCommit))
@@ -187,6 +191,32 @@ void Dispatcher::dispatch(ClientConnection *connection, const Command &command)
     if (reply.isOk() && reply.change)
         endRevokedSessions(audit.operatorLogin);
     answer(connection, command, reply);
+}
+
+void Dispatcher::recordRefusal(AuditEntry &audit, const Reply &reply, const QString &peer)
+{
+    audit.object = reply.object;
+    audit.status = reply.status;
+    audit.detail = reply.detail;
+    AuditLog::record(m_state.database.connection(), audit);
+    qCInfo(lcServer) << "refused" << audit.command << "from" << peer << "status" << reply.status
+                     << "-" << reply.detail;
+}
+
+void Dispatcher::answerLater(const QPointer<ClientConnection> &connection,
+                             const QByteArray &sessionId, const Command &request, AuditEntry audit,
+                             const Reply &reply)
+{
+    if (!reply.isOk())
+        recordRefusal(audit, reply, audit.peer);
+    // Rows read for a session that ended (or a client that left) are nobody's business now,
+    // least of all of the next session on the same connection.
+    if (!connection || connection->sessionId() != sessionId || !m_state.sessions.find(sessionId)) {
+        qCInfo(lcServer) << "client SQL answer dropped: the session of" << audit.operatorLogin
+                         << "or its connection ended while the statement ran";
+        return;
+    }
+    answer(connection, request, reply);
 }
 
 void Dispatcher::answer(ClientConnection *connection, const Command &request, const Reply &reply)

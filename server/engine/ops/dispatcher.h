@@ -9,15 +9,18 @@
 
 #include <QHash>
 #include <QObject>
+#include <QPointer>
 
 namespace zeral::server {
 
 struct ServerState;
+struct AuditEntry;
 class ClientConnection;
 
 // Runs every request: finds its handler, checks the session, runs it in one transaction,
 // writes the audit log, sends the pushes of a committed change to every session and then the
-// answer.
+// answer. A request that only reads outside the transaction (client SQL) is handed to a
+// worker; its answer comes back through Request::answerLater.
 class Dispatcher : public QObject
 {
     Q_OBJECT
@@ -39,12 +42,16 @@ private:
     struct Route
     {
         bool needsSession = true;
+        bool inTransaction = true; // false: the handler reads on a connection of its own
         std::function<Reply(Request &)> handle;
     };
     // Brings the session's template and roles up to date; false if the account is gone
     // or blocked, which ends the session.
     bool refresh(Session *session, Reply *refusal);
     void answer(ClientConnection *connection, const Command &request, const Reply &reply);
+    void recordRefusal(AuditEntry &audit, const Reply &reply, const QString &peer);
+    void answerLater(const QPointer<ClientConnection> &connection, const QByteArray &sessionId,
+                     const Command &request, AuditEntry audit, const Reply &reply);
 
     ServerState &m_state;
     SessionOps m_sessionOps;

@@ -13,6 +13,13 @@ Reply Reply::ok(QByteArray data)
     return reply;
 }
 
+Reply Reply::later()
+{
+    Reply reply;
+    reply.answeredLater = true;
+    return reply;
+}
+
 Reply Reply::changed(TYPE_ID object, QString detail, QByteArray data)
 {
     Reply reply = ok(std::move(data));

@@ -15,11 +15,14 @@ struct Reply
     QByteArray data;
     TYPE_ID object = 0;
     QString detail;
-    bool change = false; // an applied change, logged in the audit log
-    int delayMs = 0;     // the answer is held back (slowed logins)
+    bool change = false;        // an applied change, logged in the audit log
+    int delayMs = 0;            // the answer is held back (slowed logins)
+    bool answeredLater = false; // the handler answers later, through Request::answerLater
 
     bool isOk() const { return status == proto::StatusOk; }
     static Reply ok(QByteArray data = {});
+    // The answer follows once work beside the event loop is done.
+    static Reply later();
     static Reply changed(TYPE_ID object, QString detail, QByteArray data = {});
     static Reply fail(qint32 status, const QString &text, TYPE_ID object = 0);
     // The storage failed under a request; the transaction was rolled back.

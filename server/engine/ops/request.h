@@ -25,6 +25,10 @@ struct Request
 
     QList<Command> pushes;                    // to every session, before the answer
     QList<std::function<void()>> afterCommit; // after the pushes, before the answer
+    // For a handler that returns Reply::later(): call it (in the engine's thread) with the
+    // reply once it is there. It logs a refusal and answers, unless the connection or the
+    // session went away meanwhile.
+    std::function<void(const Reply &)> answerLater;
 };
 
 } // namespace zeral::server

@@ -32,6 +32,8 @@ struct ServerState
     TYPE_ID rootUid = 0;
     int resumeWindowSeconds = 600;    // how long a session waits for its client to come back
     int clientSqlTimeLimitMs = 10000; // how long one statement of data.exec_sql may run
+    int clientSqlWorkers = 4;         // data.exec_sql statements in flight, in all
+    int clientSqlPerSession = 2;      // ... and of one session
 };
 
 } // namespace zeral::server

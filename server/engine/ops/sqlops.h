@@ -3,25 +3,27 @@
 #include <QCoreApplication>
 #include <server/engine/ops/request.h>
 
+#include <memory>
+
 namespace zeral::server {
 
 struct ServerState;
+class SqlReaderPool;
 
-// data.exec_sql: statements from a client, run read-only.
+// data.exec_sql: statements from a client, run read-only by the workers of a SqlReaderPool;
+// the answer follows later through Request::answerLater.
 class SqlOps
 {
     Q_DECLARE_TR_FUNCTIONS(SqlOps)
 
 public:
-    static constexpr int MaxRows = 10000;
-    // Well below a frame's limit, so that the answer always reaches the client.
-    static constexpr qint64 MaxAnswerBytes = 32 * 1024 * 1024;
-
     explicit SqlOps(ServerState &state);
+    ~SqlOps(); // stops the running statements
     Reply execSql(Request &request);
 
 private:
     ServerState &m_state;
+    std::unique_ptr<SqlReaderPool> m_pool;
 };
 
 } // namespace zeral::server

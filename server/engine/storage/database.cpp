@@ -68,6 +68,8 @@ void Database::close()
 {
     if (!m_db.isValid())
         return;
+    if (m_db.isOpen())
+        SqlFunctions::remove(handle());
     m_db.close();
     m_db = QSqlDatabase();
     QSqlDatabase::removeDatabase(m_connectionName);
