@@ -347,6 +347,8 @@ void UserPermissions::setCurrentModel(int index)
     m_currentProxy->setSortCaseSensitivity(Qt::CaseInsensitive);
 
     TreeView *view = m_ui->objectView;
+    // The header keeps the root of the tree before; it must not meet the new model's rows.
+    view->setRootIndex(QModelIndex());
     view->setModel(m_currentProxy);
     setRootIndex();
     view->setColumnHidden(1, true);
