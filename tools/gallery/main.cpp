@@ -33,5 +33,6 @@ int main(int argc, char *argv[])
     }
     gallery::shootWidgets(dir);
     gallery::shootWizards(dir);
+    gallery::shootUserPermissions(dir);
     return 0;
 }
