@@ -411,25 +411,52 @@ private slots:
     void permissionsAreReplacedAsAWhole()
     {
         auto root = m_server->rootClient();
+        auto other = m_server->rootClient();
         const TYPE_ID uid = addUser(*root, QStringLiteral("frank"), QStringLiteral("RT_OPERATOR"));
         const TYPE_ID a = addUser(*root, QStringLiteral("objA"), QString());
         const TYPE_ID b = addUser(*root, QStringLiteral("objB"), QString());
+        const TYPE_ID c = addUser(*root, QStringLiteral("objC"), QString());
+        // Every session hears of the user whose permissions changed, and only of him.
+        const auto pushedUsers = [&other, uid] {
+            // A round trip of that session first: whatever was pushed before has reached it.
+            other->request(cmd::GetPermissions, ZRDataStream::pack(QList<quint32>{uid}));
+            QList<TYPE_ID> uids;
+            for (const Command &push : other->pushesNamed(cmd::DataChanged)) {
+                QString dataset;
+                QList<ObjectInfo> objects;
+                ZRDataStream in(push.data);
+                in >> dataset;
+                zeral::wire::readList(in, objects);
+                for (const ObjectInfo &object : qAsConst(objects))
+                    uids.append(object.uid);
+            }
+            other->pushes.clear();
+            return uids;
+        };
+        QTRY_COMPARE(other->pushesNamed(cmd::DataChanged).size(), 4);
+        other->pushes.clear();
         QCOMPARE(root->request(cmd::AddPermissions,
                                ZRDataStream::pack(QList<zeral::OBJECT_PERMISSION>{{uid, a, 12}}))
                      .status,
                  qint32(proto::StatusOk));
+        QCOMPARE(pushedUsers(), QList<TYPE_ID>{uid});
+        // The editor's set replaces the stored one as a whole, in one request.
         QCOMPARE(
             root->request(cmd::UpdatePermissions,
-                          ZRDataStream::pack(uid, QList<zeral::OBJECT_PERMISSION>{{uid, b, 12}}))
+                          ZRDataStream::pack(
+                              uid, QList<zeral::OBJECT_PERMISSION>{{uid, b, 12}, {uid, c, 12}}))
                 .status,
             qint32(proto::StatusOk));
+        QCOMPARE(pushedUsers(), QList<TYPE_ID>{uid});
         const Command answer
             = root->request(cmd::GetPermissions, ZRDataStream::pack(QList<quint32>{uid}));
         QCOMPARE(answer.status, qint32(proto::StatusOk));
         QList<zeral::OBJECT_PERMISSION> permissions;
         ZRDataStream in(answer.data);
         zeral::wire::readList(in, permissions);
-        QCOMPARE(permissions, (QList<zeral::OBJECT_PERMISSION>{{uid, b, 12}}));
+        std::sort(permissions.begin(), permissions.end(),
+                  [](const auto &x, const auto &y) { return x.object < y.object; });
+        QCOMPARE(permissions, (QList<zeral::OBJECT_PERMISSION>{{uid, b, 12}, {uid, c, 12}}));
         // A permission on an object that doesn't exist fails the whole set.
         QCOMPARE(root->request(
                          cmd::UpdatePermissions,
@@ -439,6 +466,20 @@ private slots:
                  qint32(proto::StatusNotFound));
         QCOMPARE(root->request(cmd::GetPermissions, ZRDataStream::pack(QList<quint32>{uid})).data,
                  answer.data);
+        // So does an operator who may not hand out permissions, and nobody hears of it.
+        QVERIFY(addUser(*root, QStringLiteral("guard"), QStringLiteral("RT_SECURITY")) != 0);
+        auto security = m_server->client();
+        QCOMPARE(security->login(QStringLiteral("guard"), QStringLiteral("Passw0rd")).status,
+                 qint32(proto::StatusOk));
+        QCOMPARE(
+            security
+                ->request(cmd::UpdatePermissions,
+                          ZRDataStream::pack(uid, QList<zeral::OBJECT_PERMISSION>{{uid, a, 12}}))
+                .status,
+            qint32(proto::StatusForbidden));
+        QCOMPARE(root->request(cmd::GetPermissions, ZRDataStream::pack(QList<quint32>{uid})).data,
+                 answer.data);
+        QVERIFY(!pushedUsers().contains(uid));
     }
 
     void sessionsAndDisconnect()

@@ -34,5 +34,6 @@ int main(int argc, char *argv[])
     gallery::shootWidgets(dir);
     gallery::shootWizards(dir);
     gallery::shootUserRoles(dir);
+    gallery::shootUserPermissions(dir);
     return 0;
 }

@@ -217,6 +217,10 @@ ICONS = {
         f'<rect x="2.5" y="3.5" width="19" height="13" rx="1.5" fill="{PAPER}" {stroke()}/>'
         f'<path d="M8.5 20.5 H15.5 M12 16.5 V20.5" fill="none" {stroke()}/>'
         f'<path d="M5 10.5 H8 L9.8 7 L12.5 13.5 L14.3 10.5 H19" fill="none" {stroke(RED, 1.75)}/>',
+    "plugin-monitoring":
+        f'<rect x="2.5" y="3.5" width="19" height="13" rx="1.5" fill="{LIGHT_BLUE}" {stroke()}/>'
+        f'<path d="M8.5 20.5 H15.5 M12 16.5 V20.5" fill="none" {stroke()}/>'
+        f'<path d="M5 10.5 H8 L9.8 7 L12.5 13.5 L14.3 10.5 H19" fill="none" {stroke(BLUE, 1.75)}/>',
     "object-OT_TERM_ZR_NOVA_E":
         f'<rect x="6" y="2.5" width="12" height="19" rx="2" fill="{LIGHT_GREY}" {stroke()}/>'
         f'<rect x="8.5" y="5" width="7" height="5" rx="0.6" fill="{LIGHT_BLUE}" {stroke(INK, 1.2)}/>'

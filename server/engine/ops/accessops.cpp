@@ -122,6 +122,9 @@ Reply AccessOps::addPermissions(Request &request)
     Reply stored = storePermissions(permissions);
     if (!stored.isOk())
         return stored;
+    // Permissions are no objects of the store; their user is, and every session learns that
+    // he changed (an open editor of his reads his permissions again).
+    request.pushes.append(Pushes::changedObjects(*m_state.store, subjects.values()));
     return Reply::changed(subjects.size() == 1 ? *subjects.cbegin() : 0,
                           QStringLiteral("added %1 permissions").arg(permissions.size()));
 }
@@ -146,6 +149,7 @@ Reply AccessOps::updatePermissions(Request &request)
     Reply stored = storePermissions(permissions);
     if (!stored.isOk())
         return stored;
+    request.pushes.append(Pushes::changedObjects(*m_state.store, {uid}));
     return Reply::changed(uid, QStringLiteral("set %1 permissions").arg(permissions.size()));
 }
 

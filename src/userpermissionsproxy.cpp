@@ -1,0 +1,5 @@
+#include "userpermissionsproxy.h"
+
+UserPermissionsProxy::UserPermissionsProxy(QObject *parent)
+    : GrantedProxyModel(parent)
+{}
