@@ -158,8 +158,10 @@ Qt::ItemFlags FastProxyModel::flags(const QModelIndex &index) const
         result &= ~Qt::ItemIsEditable;
     if (m_checkable && index.column() == 0)
         result |= Qt::ItemIsUserCheckable;
+    // Disabled items keep their check boxes, drawn greyed: a tree that only shows what is
+    // granted still shows it by its checks. Nobody can change them (see setData).
     if (m_disabledAll)
-        result &= ~(Qt::ItemIsEnabled | Qt::ItemIsUserCheckable);
+        result &= ~Qt::ItemIsEnabled;
     return result;
 }
 
