@@ -5,6 +5,7 @@
 
 #include "ui_userctl.h"
 #include "userctl_p.h"
+#include "usertaskdata.h"
 
 #include <host/core/zrglobals.h>
 #include <shared/dbkeys.h>
@@ -62,10 +63,7 @@ void UserCtl::changeUserBlockState(zeral::OBJECT_UID_SET blocked, zeral::OBJECT_
         zeral::TaskInfo task;
         task.uid = user.uid;
         task.type = QStringLiteral("save_object");
-        task.data.insert(QStringLiteral("object_type"), user.type);
-        task.data.insert(QStringLiteral("parent"), user.parent);
-        for (auto it = user.parameters.constBegin(); it != user.parameters.constEnd(); ++it)
-            task.data.insert(PropertyPrefix + it.key(), it.value());
+        UserTaskData::putObject(&task, user);
         task.receiver = this;
         task.method = QStringLiteral("userBlockChangeResult");
         const QString name = ZRGlobals::objectName(user);

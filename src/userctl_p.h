@@ -16,9 +16,6 @@
 
 namespace userctl::detail {
 
-// The data key of a save or create task that carries one parameter of its object.
-inline const QString PropertyPrefix = QStringLiteral("property-");
-
 // The uids of the selected rows of a users table: column 0 shows the uid.
 inline QList<zeral::TYPE_ID> selectedUids(const QAbstractItemView *table)
 {

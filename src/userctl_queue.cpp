@@ -5,6 +5,7 @@
 #include "userctl.h"
 
 #include "userctl_p.h"
+#include "usertaskdata.h"
 
 #include <host/core/authdata.h>
 #include <host/core/data.h>
@@ -27,49 +28,10 @@ namespace {
 // Task kinds and the data keys their processors read.
 const QString InheritChildPrefix = QStringLiteral("inherit-child-");
 const QString InheritParentPrefix = QStringLiteral("inherit-parent-");
-const QString ObjectPrefix = QStringLiteral("object-");
-
-// The right every permission task grants on its objects.
-constexpr qint32 TaskPermission = 12;
 
 QString dataText(const zeral::TaskInfo &task, const QString &key)
 {
     return task.data.value(key).toString();
-}
-
-// The object a save or create task describes: type, parent and one parameter per
-// "property-" key.
-zeral::ObjectInfo objectOfTask(const zeral::TaskInfo &task)
-{
-    zeral::ObjectInfo object;
-    object.uid = task.uid;
-    object.type = dataText(task, QStringLiteral("object_type"));
-    object.parent = task.data.value(QStringLiteral("parent")).toUInt();
-    const QList<QString> keys = task.data.uniqueKeys();
-    for (const QString &key : keys) {
-        if (key.startsWith(PropertyPrefix)) {
-            QString name = key;
-            object.parameters.insert(name.remove(PropertyPrefix), task.data.value(key).toString());
-        }
-    }
-    return object;
-}
-
-// The permissions of a permission task: one per "object-" key; the value is not read.
-QList<zeral::OBJECT_PERMISSION> permissionsOfTask(const zeral::TaskInfo &task)
-{
-    QList<zeral::OBJECT_PERMISSION> permissions;
-    const QList<QString> keys = task.data.uniqueKeys();
-    for (const QString &key : keys) {
-        if (!key.startsWith(ObjectPrefix))
-            continue;
-        zeral::OBJECT_PERMISSION permission;
-        permission.subject = task.uid;
-        permission.object = key.mid(ObjectPrefix.size()).toUInt();
-        permission.permission = TaskPermission;
-        permissions.append(permission);
-    }
-    return permissions;
 }
 
 } // namespace
@@ -109,14 +71,14 @@ void UserCtl::notifyReceiver(const zeral::TaskInfo &task, zeral::TYPE_ID uid)
 bool UserCtl::processSaveObject(const zeral::TaskInfo &task)
 {
     qCDebug(ucc()) << "process task" << task.type << task.uid << task.data;
-    m_data->updateObject(objectOfTask(task), handler(&UserCtl::objectSavedHandler));
+    m_data->updateObject(UserTaskData::object(task), handler(&UserCtl::objectSavedHandler));
     return true;
 }
 
 bool UserCtl::processCreateObject(const zeral::TaskInfo &task)
 {
     qCDebug(ucc()) << "process task" << task.type << task.uid << task.data;
-    zeral::ObjectInfo object = objectOfTask(task);
+    zeral::ObjectInfo object = UserTaskData::object(task);
     object.uid = 0;
     QList<zeral::_INHERIT_DATA> links;
     const QList<QString> keys = task.data.uniqueKeys();
@@ -158,7 +120,7 @@ bool UserCtl::processDeleteObject(const zeral::TaskInfo &task)
 bool UserCtl::processUpdatePermissions(const zeral::TaskInfo &task)
 {
     qCDebug(ucc()) << "process task" << task.type << task.uid << task.data;
-    m_data->updatePermissions(task.uid, permissionsOfTask(task),
+    m_data->updatePermissions(task.uid, UserTaskData::permissions(task),
                               handler(&UserCtl::updatePermissionsHandler));
     return true;
 }
@@ -166,7 +128,8 @@ bool UserCtl::processUpdatePermissions(const zeral::TaskInfo &task)
 bool UserCtl::processAddPermissions(const zeral::TaskInfo &task)
 {
     qCDebug(ucc()) << "process task" << task.type << task.uid << task.data;
-    m_data->addPermissions(permissionsOfTask(task), handler(&UserCtl::updatePermissionsHandler));
+    m_data->addPermissions(UserTaskData::permissions(task),
+                           handler(&UserCtl::updatePermissionsHandler));
     return true;
 }
 

@@ -2,6 +2,8 @@
 
 #include "ui_userpermissions.h"
 
+#include <src/usertaskdata.h>
+
 #include <host/core/authdata.h>
 #include <host/core/localstorage.h>
 #include <host/core/logging.h>
@@ -31,9 +33,6 @@ const QString PolicyData = QString::fromLatin1(zeral::POLICY_DATANAME);
 const QString MonitoringData = QString::fromLatin1(zeral::MONITORING_DATANAME);
 const QString HiddenKey = QString::fromLatin1(db::object::HIDDEN);
 const QString TrueText = QStringLiteral("true");
-
-// The value of every "object-" key of a permission task; the queue reads only the keys.
-constexpr int TaskObjectValue = 7;
 
 // The devices of the tree of access objects: what it shows, and what may be checked in it.
 QStringList placingDevices()
@@ -267,10 +266,7 @@ void UserPermissions::applyChanges()
         }
     }
 
-    QList<TYPE_ID> ordered(uids.cbegin(), uids.cend());
-    std::sort(ordered.begin(), ordered.end());
-    for (TYPE_ID uid : qAsConst(ordered))
-        task.data.insert(QStringLiteral("object-%1").arg(uid), TaskObjectValue);
+    UserTaskData::putPermissionObjects(&task, uids);
     emit appendTask(task);
 }
 

@@ -3,6 +3,7 @@
 
 #include <src/mobileuserhelper.h>
 #include <src/rolecontainer.h>
+#include <src/usertaskdata.h>
 
 #include <host/core/authdata.h>
 #include <host/core/localstorage.h>
@@ -23,7 +24,6 @@
 namespace {
 // The role of the roles tree that keeps the catalogue's own order.
 constexpr int RoleOrderSortRole = 259;
-const QString PropertyPrefix = QStringLiteral("property-");
 } // namespace
 
 UserRoles::UserRoles(QWidget *parent)
@@ -181,10 +181,7 @@ void UserRoles::applyChanges()
     zeral::TaskInfo save;
     save.uid = m_current.uid;
     save.type = QStringLiteral("save_object");
-    save.data.insert(QStringLiteral("object_type"), m_current.type);
-    save.data.insert(QStringLiteral("parent"), m_current.parent);
-    for (auto it = user.parameters.cbegin(); it != user.parameters.cend(); ++it)
-        save.data.insert(PropertyPrefix + it.key(), it.value());
+    UserTaskData::putObject(&save, user);
     save.receiver = this;
     save.method = QStringLiteral("saved");
     const QString name = ZRGlobals::objectName(m_current);
