@@ -26,7 +26,8 @@ class ObjectTreeProxy : public QSortFilterProxyModel
 {
     Q_OBJECT
 public:
-    enum FilterType { MustMatch = 0, MustNotMatch = 1 };
+    // Fixed to int: a mode read from elsewhere may hold any number, and is then refused.
+    enum FilterType : int { MustMatch = 0, MustNotMatch = 1 };
     Q_ENUM(FilterType)
 
     explicit ObjectTreeProxy(QObject *parent = nullptr);
