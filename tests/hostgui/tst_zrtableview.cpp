@@ -167,7 +167,7 @@ void TestZRTableView::columnsFitTheirContentsOnce()
     QFETCH(bool, stateRestored);
     const QString login = QStringLiteral("operator12-with-a-long-login");
     ZRTableView view;
-    view.resize(900, 300);
+    view.resize(900, 120); // a few rows in sight, as in a window still being laid out
     auto *model = new QStandardItemModel(0, 6, &view);
     new QAbstractItemModelTester(model, QAbstractItemModelTester::FailureReportingMode::QtTest,
                                  &view);
@@ -178,9 +178,12 @@ void TestZRTableView::columnsFitTheirContentsOnce()
     // What the screen does at its start: the operator's saved state, or none yet.
     QCOMPARE(view.restoreHeaderState(stateRestored ? view.headerState() : QByteArray()),
              stateRestored);
+    // The long login stands below the rows in sight: the fit must not measure only those.
     const auto addRows = [model, &login] {
-        for (const QString &text : {QStringLiteral("root"), login})
-            model->appendRow({new QStandardItem(text), new QStandardItem(QStringLiteral("x"))});
+        for (int row = 0; row < 40; ++row)
+            model->appendRow({new QStandardItem(QStringLiteral("root")),
+                              new QStandardItem(QStringLiteral("x"))});
+        model->appendRow({new QStandardItem(login), new QStandardItem(QStringLiteral("x"))});
     };
     if (rowsBeforeShow)
         addRows();

@@ -3,8 +3,10 @@
 #include <host/gui/models/itemroles.h>
 
 #include <QApplication>
+#include <QFontMetricsF>
 #include <QMouseEvent>
 #include <QPainter>
+#include <QtMath>
 
 namespace {
 const QMargins DefaultMargins(4, 2, 4, 2);
@@ -94,7 +96,10 @@ QSize StyledItemDelegate::sizeHint(const QStyleOptionViewItem &option,
     QStyleOptionViewItem opt = option;
     initStyleOption(&opt, index);
     const QFontMetrics metrics(opt.font);
-    int width = leftMargin() + metrics.horizontalAdvance(name(index)) + rightMargin();
+    // The exact advance, rounded up: drawName elides a text that is a fraction of a pixel
+    // wider than its room, and the rounded advance may be that fraction short.
+    const int textWidth = qCeil(QFontMetricsF(opt.font).horizontalAdvance(name(index)));
+    int width = leftMargin() + textWidth + rightMargin();
     int height = metrics.height();
     if (hasCheck(index)) {
         const QStyle *style = styleOf(opt);

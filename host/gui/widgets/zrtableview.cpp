@@ -9,6 +9,8 @@
 namespace {
 // Resizing by dragging sends many signals; one report follows when it has settled.
 constexpr int ReportDelay = 300;
+// How many rows, from the top, the first fit of the columns measures.
+constexpr int FitSampleRows = 1000;
 } // namespace
 
 ZRTableView::ZRTableView(QWidget *parent)
@@ -124,7 +126,6 @@ void ZRTableView::fitColumnsOnce()
     if (m_columnsSettled || !isVisible() || !model() || model()->rowCount(rootIndex()) == 0)
         return;
     m_columnsSettled = true;
-    // Shown, the table measures only the rows in sight: cheap however many rows it has.
     // A column gets at most about forty characters, so that one long text can't push the
     // others out; the width of the view is no measure, since splitters may still move.
     QHeaderView *header = horizontalHeader();
@@ -134,12 +135,28 @@ void ZRTableView::fitColumnsOnce()
     for (int column = 0; column < header->count(); ++column) {
         if (header->isSectionHidden(column) || header->visualIndex(column) == stretched)
             continue;
-        const int fit = qMax(sizeHintForColumn(column), header->sectionSizeHint(column));
+        const int fit = qMax(contentWidth(column), header->sectionSizeHint(column));
         header->resizeSection(column, qMin(fit, widest));
     }
     m_restoring = false;
     m_reportTimer->stop();
     m_lastReported = headerState();
+}
+
+int ZRTableView::contentWidth(int column) const
+{
+    // Not the rows in sight, which are few while the window is still being laid out, nor all
+    // rows, which may be 100,000: the first rows of the order stand for the rest.
+    const int rows = qMin(model()->rowCount(rootIndex()), FitSampleRows);
+    const QStyleOptionViewItem option = viewOptions();
+    int width = 0;
+    for (int row = 0; row < rows; ++row) {
+        const QModelIndex index = model()->index(row, column, rootIndex());
+        width = qMax(width, itemDelegate(index)->sizeHint(option, index).width());
+    }
+    // The grid line takes a pixel of the cell, and some delegates keep a gap at the right of
+    // their text that their size hint doesn't count: room for one more character covers both.
+    return width + fontMetrics().averageCharWidth();
 }
 
 void ZRTableView::setUniformRowHeights(bool uniform)

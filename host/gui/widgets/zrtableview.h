@@ -51,6 +51,7 @@ private:
     // Fits the shown columns to their contents once, when shown with rows, unless a saved
     // state was restored; later changes of the rows leave the widths alone.
     void fitColumnsOnce();
+    int contentWidth(int column) const;
     void scheduleStateReport();
     void reportState();
     void applyDefaultColumns();
