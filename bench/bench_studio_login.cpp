@@ -9,7 +9,8 @@
 // Prints "name value" lines (milliseconds, or MB for the memory) for bench/run, and on stderr
 // the time the database took to build (not a figure: it is made once) and every dataset's
 // share of the load. `bench_studio_login DBFILE` keeps the database in that file and reuses it
-// on the next run; without it the database lives in a temporary folder.
+// on the next run; without it the database lives in a temporary folder. `bench_studio_login
+// DBFILE EMPLOYEES ACCOUNTS` makes a smaller site, for a profiler.
 #include "benchreport.h"
 
 #include <host/core/authdata.h>
@@ -45,8 +46,9 @@ namespace command = zeral::proto::command;
 
 namespace {
 
-constexpr int employees = 100000;
-constexpr int accounts = 100000;
+// The site's size; a profiler may ask for a smaller one after the file name.
+int employees = 100000;
+int accounts = 100000;
 
 [[noreturn]] void fail(const char *what)
 {
@@ -149,6 +151,10 @@ int main(int argc, char **argv)
     const QString databasePath
         = argc > 1 ? QString::fromLocal8Bit(argv[1]) : dir.filePath(QStringLiteral("bench.db"));
     Settings::useFile(dir.filePath(QStringLiteral("studio.ini")));
+    if (argc > 3) {
+        employees = QByteArray(argv[2]).toInt();
+        accounts = QByteArray(argv[3]).toInt();
+    }
 
     ServerEngine::Options options;
     options.databasePath = databasePath;
