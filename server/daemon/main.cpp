@@ -89,6 +89,10 @@ int main(int argc, char *argv[])
     const QCommandLineOption demoSize(QStringLiteral("demo-size"),
                                       QStringLiteral("Employees of the demo organisation."),
                                       QStringLiteral("N"), QStringLiteral("300"));
+    const QCommandLineOption demoUsers(
+        QStringLiteral("demo-users"),
+        QStringLiteral("Accounts of the demo besides its own, for trying a large site."),
+        QStringLiteral("M"), QStringLiteral("0"));
     const QCommandLineOption tlsCert(QStringLiteral("tls-cert"),
                                      QStringLiteral("PEM certificate: serve over TLS."),
                                      QStringLiteral("FILE"));
@@ -100,7 +104,7 @@ int main(int argc, char *argv[])
     const QCommandLineOption initRoot(
         QStringLiteral("init-root-password"),
         QStringLiteral("Read root's password from the first line of stdin, store it, exit."));
-    parser.addOptions({db, listen, demo, demoSize, tlsCert, tlsKey, smtp, initRoot});
+    parser.addOptions({db, listen, demo, demoSize, demoUsers, tlsCert, tlsKey, smtp, initRoot});
     parser.process(app);
 
     QTextStream err(stderr);
@@ -119,6 +123,11 @@ int main(int argc, char *argv[])
     options.demoSize = parser.value(demoSize).toInt(&sizeOk);
     if (!sizeOk || options.demoSize < 0) {
         err << "zr-server: --demo-size wants a number of employees\n";
+        return 2;
+    }
+    options.demoUsers = parser.value(demoUsers).toInt(&sizeOk);
+    if (!sizeOk || options.demoUsers < 0) {
+        err << "zr-server: --demo-users wants a number of accounts\n";
         return 2;
     }
     options.tlsCertificatePath = parser.value(tlsCert);

@@ -52,7 +52,7 @@ QString ServerEngine::openDatabase()
     Seeder seeder(state->database, *state->store);
     error = seeder.seedBase();
     if (error.isEmpty() && m_options.demo)
-        error = seeder.seedDemo(m_options.demoSize);
+        error = seeder.seedDemo(m_options.demoSize, m_options.demoUsers);
     if (!error.isEmpty())
         return tr("Не удалось заполнить базу данных %1: %2").arg(m_options.databasePath, error);
     state->rootUid = state->store->setting(QLatin1String(Seeder::RootUidSetting)).toUInt();

@@ -34,6 +34,7 @@ public:
         quint16 port = 0; // 0: any free port, see port()
         bool demo = false;
         int demoSize = 300; // employees of the demo organisation
+        int demoUsers = 0;  // accounts the demo has besides its own (DemoData::bulkUsers)
         QString tlsCertificatePath;
         QString tlsKeyPath;
         QString smtpUrl; // empty: mails are kept in the outbox

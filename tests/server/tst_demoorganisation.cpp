@@ -21,6 +21,7 @@ private slots:
     void recordsAreConsistent_data();
     void recordsAreConsistent();
     void hasWhatTheScreensShow();
+    void bulkAccountsSpreadOverTemplates();
     void buildsLargeOrganisationQuickly();
 };
 
@@ -69,18 +70,26 @@ void TestDemoOrganisation::recordsAreConsistent_data()
 {
     QTest::addColumn<int>("employees");
     QTest::addColumn<TYPE_ID>("firstUid");
-    QTest::addRow("no staff") << 0 << TYPE_ID(2);
-    QTest::addRow("one employee") << 1 << TYPE_ID(10);
-    QTest::addRow("small firm") << 37 << TYPE_ID(5);
-    QTest::addRow("server default") << 300 << TYPE_ID(3);
-    QTest::addRow("holding") << 5000 << TYPE_ID(1000);
+    QTest::addColumn<int>("extraUsers");
+    QTest::addRow("no staff") << 0 << TYPE_ID(2) << 0;
+    QTest::addRow("one employee") << 1 << TYPE_ID(10) << 0;
+    QTest::addRow("small firm") << 37 << TYPE_ID(5) << 0;
+    QTest::addRow("server default") << 300 << TYPE_ID(3) << 0;
+    QTest::addRow("holding") << 5000 << TYPE_ID(1000) << 0;
+    // More accounts than employees: mobile ones run out of employees to belong to.
+    QTest::addRow("accounts, no staff") << 0 << TYPE_ID(2) << 120;
+    QTest::addRow("accounts beyond the staff") << 37 << TYPE_ID(5) << 400;
+    QTest::addRow("holding with accounts") << 5000 << TYPE_ID(1000) << 5000;
 }
 
 void TestDemoOrganisation::recordsAreConsistent()
 {
     QFETCH(int, employees);
     QFETCH(TYPE_ID, firstUid);
-    const DemoData data = DemoOrganisation::build(employees, firstUid);
+    QFETCH(int, extraUsers);
+    const DemoData data = DemoOrganisation::build(employees, firstUid, extraUsers);
+    const QSet<TYPE_ID> bulk(data.bulkUsers.cbegin(), data.bulkUsers.cend());
+    QCOMPARE(bulk.size(), extraUsers);
 
     QSet<QString> knownKeys;
     for (const char *key :
@@ -134,7 +143,10 @@ void TestDemoOrganisation::recordsAreConsistent()
         QVERIFY(!login.isEmpty() && login != QLatin1String("root"));
         QVERIFY(insertNew(logins, login));
         QVERIFY(!user.parameters.contains(QLatin1String(db::user::PASSHASH)));
-        QCOMPARE(data.passwords.value(user.uid), DemoOrganisation::demoPassword());
+        // A bulk account has the demo password too, stored under one shared hash.
+        QCOMPARE(data.passwords.value(user.uid),
+                 bulk.contains(user.uid) ? QString() : DemoOrganisation::demoPassword());
+        QVERIFY(!param(user, db::user::SURNAME).isEmpty());
 
         const QString roleTemplate = param(user, db::user::ROLE_TEMPLATE);
         const bool mobile = roleTemplate == QLatin1String(roletemplate::MOBILE)
@@ -152,7 +164,7 @@ void TestDemoOrganisation::recordsAreConsistent()
         if (mobile)
             QCOMPARE(login, param(worker, db::worker::EMAIL));
     }
-    QCOMPARE(data.passwords.size(), users.size());
+    QCOMPARE(data.passwords.size() + bulk.size(), users.size());
 
     for (const OBJECT_PERMISSION &permission : data.permissions) {
         QVERIFY(users.contains(permission.subject));
@@ -226,6 +238,29 @@ void TestDemoOrganisation::hasWhatTheScreensShow()
     strictest.insert(GUIPassFuncs::RequireSpecial, true);
     QCOMPARE(GUIPassFuncs::unmetCriteria(DemoOrganisation::demoPassword(), strictest),
              QStringList());
+}
+
+void TestDemoOrganisation::bulkAccountsSpreadOverTemplates()
+{
+    const DemoData data = DemoOrganisation::build(2000, 2, 3000);
+    const QHash<TYPE_ID, ObjectInfo> users = byUid(data, USER_DATANAME);
+    QHash<QString, int> perTemplate;
+    int blocked = 0;
+    for (const TYPE_ID uid : data.bulkUsers) {
+        const ObjectInfo user = users.value(uid);
+        ++perTemplate[param(user, db::user::ROLE_TEMPLATE)];
+        blocked += param(user, db::user::OBJECTSTATE) == QLatin1String("b");
+    }
+    // Mostly operators, and some of every other built-in template.
+    QVERIFY2(perTemplate.value(QLatin1String(roletemplate::OPERATOR)) > 3000 / 2,
+             qPrintable(QString::number(perTemplate.value(QLatin1String(roletemplate::OPERATOR)))));
+    for (const char *roleTemplate :
+         {roletemplate::SUPERVISOR, roletemplate::ADMINISTRATOR, roletemplate::SECURITY,
+          roletemplate::HR, roletemplate::AUDITOR, roletemplate::MOBILE,
+          roletemplate::MOBILE_CHIEF})
+        QVERIFY2(perTemplate.value(QLatin1String(roleTemplate)) > 0, roleTemplate);
+    QVERIFY(perTemplate.value(QLatin1String(roletemplate::MOBILE)) > 3000 / 20);
+    QCOMPARE(blocked, 3000 / 23);
 }
 
 void TestDemoOrganisation::buildsLargeOrganisationQuickly()

@@ -50,6 +50,12 @@ private slots:
             << QStringList{"--tls-cert", "/nonexistent/cert.pem", "--tls-key",
                            "/nonexistent/key.pem"}
             << "Не удалось прочитать сертификат /nonexistent/cert.pem";
+        QTest::addRow("demo users not a number")
+            << "users.db" << false << QStringList{"--demo", "--demo-users", "many"}
+            << "--demo-users wants a number of accounts";
+        QTest::addRow("demo users negative")
+            << "users.db" << false << QStringList{"--demo", "--demo-users", "-5"}
+            << "--demo-users wants a number of accounts";
     }
     void failsClearly()
     {

@@ -170,8 +170,9 @@ constexpr int count(const T (&)[N])
 
 } // namespace
 
-DemoBuilder::DemoBuilder(int employees, TYPE_ID firstUid)
+DemoBuilder::DemoBuilder(int employees, TYPE_ID firstUid, int extraUsers)
     : m_employees(qMax(0, employees))
+    , m_extraUsers(qMax(0, extraUsers))
     , m_nextUid(firstUid)
     , m_random(demoSeed)
 {}
@@ -189,6 +190,7 @@ DemoData DemoBuilder::build()
     addMonitoring();
     addDesktopUsers();
     addMobileUsers();
+    addBulkUsers();
 
     m_data.objects.insert(QString::fromLatin1(ORGSTRUCTURE_DATANAME), m_orgStructure);
     m_data.objects.insert(QString::fromLatin1(JOB_DATANAME), m_jobs);
@@ -399,7 +401,8 @@ int DemoBuilder::freeWorker(int index, int step) const
     return -1;
 }
 
-ObjectInfo &DemoBuilder::appendUser(const QString &login, const char *roleTemplate, int workerIndex)
+ObjectInfo &DemoBuilder::appendUser(const QString &login, const char *roleTemplate, int workerIndex,
+                                    bool ownPassword, const DemoNames::Person *given)
 {
     // A person's account carries his name; an account without an employee gets one drawn
     // like an employee's.
@@ -410,7 +413,7 @@ ObjectInfo &DemoBuilder::appendUser(const QString &login, const char *roleTempla
         person.name = worker.value(keyName);
         person.patronymic = worker.value(keyPatronymic);
     } else {
-        person = DemoNames::person(m_random);
+        person = given ? *given : DemoNames::person(m_random);
     }
     ObjectInfo &user = append(m_users, db::system::USER, 0, person.name);
     user.parameters.insert(keySurname, person.surname);
@@ -426,7 +429,11 @@ ObjectInfo &DemoBuilder::appendUser(const QString &login, const char *roleTempla
         user.children.insert(INHERIT_WORKER_USER, link);
         m_workersWithAccount.insert(workerIndex);
     }
-    m_data.passwords.insert(user.uid, DemoOrganisation::demoPassword());
+    if (ownPassword)
+        m_data.passwords.insert(user.uid, DemoOrganisation::demoPassword());
+    else
+        m_data.bulkUsers.append(user.uid);
+    m_logins.insert(login);
     return user;
 }
 
@@ -506,6 +513,84 @@ void DemoBuilder::addMobileUsers()
         grant(uid, m_visibleReports[1]);
         if (chief)
             grant(uid, unit.uid);
+    }
+}
+
+QString DemoBuilder::bulkLogin(const DemoNames::Person &person)
+{
+    const QString base = DemoNames::transliterate(person.surname) + QLatin1Char('.')
+                         + DemoNames::transliterate(person.name).left(1)
+                         + DemoNames::transliterate(person.patronymic).left(1);
+    QString login = base;
+    for (int n = 2; m_logins.contains(login); ++n)
+        login = base + QString::number(n);
+    return login;
+}
+
+void DemoBuilder::addBulkUsers()
+{
+    // Of 100 accounts: 60 operators, 8 security, 8 HR, 4 auditors, 2 administrators and one
+    // supervisor at the desktop; 14 mobile users and 3 mobile chiefs, each the account of an
+    // employee who has none yet (a desktop account when every employee has one). Desktop
+    // accounts have no employee and get no permissions; mobile ones get those of the demo's
+    // mobile users. Every 23rd is blocked, every 9th has a password expiry date.
+    struct Share
+    {
+        int below;
+        const char *roleTemplate;
+    };
+    static const Share shares[] = {
+        {60, roletemplate::OPERATOR},
+        {68, roletemplate::SECURITY},
+        {76, roletemplate::HR},
+        {80, roletemplate::AUDITOR},
+        {82, roletemplate::ADMINISTRATOR},
+        {83, roletemplate::SUPERVISOR},
+        {97, roletemplate::MOBILE},
+        {100, roletemplate::MOBILE_CHIEF},
+    };
+    m_logins.reserve(m_logins.size() + m_extraUsers);
+    m_users.reserve(m_users.size() + m_extraUsers);
+    m_data.bulkUsers.reserve(m_extraUsers);
+    int nextWorker = 0; // employees before it all have an account or were dismissed
+    for (int k = 0; k < m_extraUsers; ++k) {
+        const int draw = int(m_random.bounded(100));
+        const char *roleTemplate = roletemplate::OPERATOR;
+        for (const Share &share : shares) {
+            if (draw < share.below) {
+                roleTemplate = share.roleTemplate;
+                break;
+            }
+        }
+        const bool chief = qstrcmp(roleTemplate, roletemplate::MOBILE_CHIEF) == 0;
+        const bool mobile = chief || qstrcmp(roleTemplate, roletemplate::MOBILE) == 0;
+        const int workerIndex = mobile && nextWorker >= 0 ? freeWorker(nextWorker, 1) : -1;
+        ObjectInfo *user = nullptr;
+        if (mobile && workerIndex >= 0) {
+            nextWorker = workerIndex + 1;
+            user = &appendUser(m_workers.at(workerIndex).parameters.value(keyEmail), roleTemplate,
+                               workerIndex, false);
+            const Department &unit = m_departments[m_workerDepartment[workerIndex]];
+            for (const TYPE_ID gate : qAsConst(m_firms[unit.firm].gates))
+                grant(user->uid, gate);
+            grant(user->uid, m_visibleReports[0]);
+            grant(user->uid, m_visibleReports[1]);
+            if (chief)
+                grant(user->uid, unit.uid);
+        } else {
+            if (mobile) {
+                nextWorker = -1;
+                roleTemplate = roletemplate::OPERATOR;
+            }
+            const DemoNames::Person person = DemoNames::person(m_random);
+            user = &appendUser(bulkLogin(person), roleTemplate, -1, false, &person);
+        }
+        if (k % 23 == 22) {
+            user->parameters.insert(keyState, QStringLiteral("b"));
+            user->parameters.insert(keyStateDate, QString::number(blockedSince));
+        }
+        if (k % 9 == 4)
+            user->parameters.insert(keyPasswordExpired, QStringLiteral("2027-06-30"));
     }
 }
 

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <server/engine/demo/demodata.h>
+#include <server/engine/demo/demonames.h>
 
 #include <QRandomGenerator>
 #include <QSet>
@@ -14,7 +15,8 @@ namespace zeral::server {
 class DemoBuilder
 {
 public:
-    DemoBuilder(int employees, TYPE_ID firstUid);
+    // `extraUsers` accounts follow the demo's own (see addBulkUsers).
+    DemoBuilder(int employees, TYPE_ID firstUid, int extraUsers = 0);
     DemoData build();
 
 private:
@@ -46,7 +48,14 @@ private:
     void addMonitoring();
     void addDesktopUsers();
     void addMobileUsers();
-    ObjectInfo &appendUser(const QString &login, const char *roleTemplate, int workerIndex);
+    // Many more accounts of every kind, for trying the screens on a large site.
+    void addBulkUsers();
+    // A login made of the person's Latin surname and initials, unique among the accounts.
+    QString bulkLogin(const DemoNames::Person &person);
+    // Without an employee the account carries `person`, or a person drawn anew. Without
+    // `ownPassword` it is a bulk one (DemoData::bulkUsers).
+    ObjectInfo &appendUser(const QString &login, const char *roleTemplate, int workerIndex,
+                           bool ownPassword = true, const DemoNames::Person *person = nullptr);
     void grant(TYPE_ID user, TYPE_ID object);
     void enrolFingers(TYPE_ID user, int count);
     // The next worker from `index` on, in steps of `step`, who still works here and has no
@@ -54,6 +63,7 @@ private:
     int freeWorker(int index, int step) const;
 
     const int m_employees;
+    const int m_extraUsers;
     TYPE_ID m_nextUid;
     QRandomGenerator m_random;
     DemoData m_data;
@@ -71,6 +81,7 @@ private:
     QVector<Department> m_departments;
     QVector<int> m_workerDepartment; // index into m_departments, by worker index
     QSet<int> m_workersWithAccount;
+    QSet<QString> m_logins;
     TYPE_ID m_headJob = 0;
     QList<TYPE_ID> m_regularJobs;
     QList<TYPE_ID> m_visibleReports;

@@ -24,7 +24,10 @@ struct DemoFinger
 struct DemoData
 {
     QHash<QString, QList<ObjectInfo>> objects; // by dataset name (zeral::*_DATANAME)
-    QHash<TYPE_ID, QString> passwords;        // demo users' passwords in clear, by user uid
+    QHash<TYPE_ID, QString> passwords;         // demo users' passwords in clear, by user uid
+    // The bulk accounts (DemoOrganisation::build's `extraUsers`): all have the demo
+    // password, and the engine stores one hash of it for all of them.
+    QList<TYPE_ID> bulkUsers;
     QList<OBJECT_PERMISSION> permissions;
     QList<DemoFinger> fingers;
 };

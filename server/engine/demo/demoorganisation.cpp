@@ -11,9 +11,9 @@ QString DemoOrganisation::demoPassword()
     return QStringLiteral("Zeral2026!");
 }
 
-DemoData DemoOrganisation::build(int employees, TYPE_ID firstUid)
+DemoData DemoOrganisation::build(int employees, TYPE_ID firstUid, int extraUsers)
 {
-    return DemoBuilder(employees, firstUid).build();
+    return DemoBuilder(employees, firstUid, extraUsers).build();
 }
 
 } // namespace zeral::server

@@ -11,7 +11,9 @@ class DemoOrganisation
 public:
     // The demo users' password (the README names it).
     static QString demoPassword();
-    static DemoData build(int employees, TYPE_ID firstUid);
+    // `extraUsers` more accounts follow the demo's own: mostly operators, some mobile users of
+    // employees without an account; listed in DemoData::bulkUsers.
+    static DemoData build(int employees, TYPE_ID firstUid, int extraUsers = 0);
 };
 
 } // namespace zeral::server

@@ -150,14 +150,15 @@ QString Seeder::addNewRoles()
     return {};
 }
 
-QString Seeder::seedDemo(int employees)
+QString Seeder::seedDemo(int employees, int extraUsers)
 {
     if (!m_store.setting(QLatin1String(DemoSeededSetting)).isEmpty())
         return {};
     QElapsedTimer timer;
     timer.start();
-    const DemoData demo = DemoOrganisation::build(employees, m_store.nextUid());
-    // Passwords are hashed before the transaction: a few dozen slow hashes.
+    const DemoData demo = DemoOrganisation::build(employees, m_store.nextUid(), extraUsers);
+    // Passwords are hashed before the transaction: a few dozen slow hashes. The bulk accounts
+    // share one hash (and so its salt): 100,000 hashes would take over ten minutes.
     QHash<TYPE_ID, QString> hashes;
     const QString demoHash = PasswordHasher::hash(
         PassHash::encrypt(DemoOrganisation::demoPassword(), QCryptographicHash::Md5));
@@ -189,6 +190,10 @@ QString Seeder::seedDemo(int employees)
         if (!m_store.setPasswordHash(it.key(), it.value()))
             return fail(QStringLiteral("demo password"));
     }
+    for (const TYPE_ID uid : demo.bulkUsers) {
+        if (!m_store.setPasswordHash(uid, demoHash))
+            return fail(QStringLiteral("demo password"));
+    }
     const TYPE_ID rootUid = m_store.setting(QLatin1String(RootUidSetting)).toUInt();
     if (m_store.passwordHash(rootUid).isEmpty() && !m_store.setPasswordHash(rootUid, demoHash))
         return fail(QStringLiteral("root password"));
@@ -204,7 +209,8 @@ QString Seeder::seedDemo(int employees)
         return fail(QStringLiteral("demo"));
     if (!m_database.commit())
         return QStringLiteral("can't commit the demo");
-    qCInfo(lcServerDb) << "demo organisation stored:" << count << "objects in" << timer.elapsed()
+    qCInfo(lcServerDb) << "demo organisation stored:" << count << "objects,"
+                       << demo.bulkUsers.size() << "of them bulk accounts, in" << timer.elapsed()
                        << "ms";
     return {};
 }

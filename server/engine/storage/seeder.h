@@ -20,9 +20,9 @@ public:
     // into it, in their place, and into the built-in templates that hold them (a role that
     // didn't exist can't have been taken from a template on purpose). Empty on success.
     QString addNewRoles();
-    // The demo organisation with `employees` employees, once per database; root and the demo
-    // users get the demo password.
-    QString seedDemo(int employees);
+    // The demo organisation with `employees` employees and `extraUsers` bulk accounts, once
+    // per database; root and the demo users get the demo password.
+    QString seedDemo(int employees, int extraUsers = 0);
 
     static constexpr char RootUidSetting[] = "root_uid";
 
