@@ -5,7 +5,6 @@
 #include <shared/fingerprintformat.h>
 #include <shared/rolenames.h>
 
-#include <QElapsedTimer>
 #include <QSet>
 #include <QtTest>
 
@@ -22,7 +21,7 @@ private slots:
     void recordsAreConsistent();
     void hasWhatTheScreensShow();
     void bulkAccountsSpreadOverTemplates();
-    void buildsLargeOrganisationQuickly();
+    void buildsLargeOrganisation();
 };
 
 namespace {
@@ -263,15 +262,11 @@ void TestDemoOrganisation::bulkAccountsSpreadOverTemplates()
     QCOMPARE(blocked, 3000 / 23);
 }
 
-void TestDemoOrganisation::buildsLargeOrganisationQuickly()
+// How long it takes is bench_studio_login's business; here, that a large site is whole.
+void TestDemoOrganisation::buildsLargeOrganisation()
 {
-    QElapsedTimer timer;
-    timer.start();
     const DemoData data = DemoOrganisation::build(100000, 2);
-    const qint64 elapsed = timer.elapsed();
-    qInfo("100000 employees built in %lld ms", elapsed);
     QCOMPARE(data.objects.value(QLatin1String(SUBJECT_DATANAME)).size(), 100000);
-    QVERIFY2(elapsed < 5000, qPrintable(QString::number(elapsed)));
 }
 
 QTEST_GUILESS_MAIN(TestDemoOrganisation)
