@@ -1,11 +1,20 @@
 #include "objectstore.h"
 
+#include "sqlitestatement.h"
+
 #include <server/engine/serverlogging.h>
 #include <shared/datasets.h>
 #include <shared/dbkeys.h>
 
+#include <QSqlDriver>
 #include <QSqlError>
 #include <QSqlQuery>
+
+#include <sqlite3.h>
+
+#include <cstring>
+#include <utility>
+#include <vector>
 
 namespace zeral::server {
 
@@ -22,11 +31,75 @@ QDateTime fromStamp(const QVariant &value)
     return text.isEmpty() ? QDateTime() : QDateTime::fromString(text, Qt::ISODateWithMs);
 }
 
+// The texts that repeat on the rows of one page (types, parameter keys): their UTF-8 bytes
+// and one QString each, which every row with that text shares.
+struct SharedTexts
+{
+    std::vector<std::pair<QByteArray, QString>> known;
+    std::size_t hint = 0; // where the next text is looked for first
+};
+
+// The QString of a text column, shared with the rows before it that had the same text. The
+// same keys come in the same order on every object, so the entry after the last one found is
+// tried first; a page with more distinct texts than a few dozen gets copies beyond them.
+QString sharedText(SharedTexts *texts, const SqliteStatement &row, int column)
+{
+    int size = 0;
+    const char *bytes = row.text(column, &size);
+    if (!bytes)
+        return {};
+    const std::size_t count = texts->known.size();
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::size_t index = (texts->hint + i) % count;
+        const QByteArray &known = texts->known[index].first;
+        if (known.size() == size && std::memcmp(known.constData(), bytes, size) == 0) {
+            texts->hint = index + 1;
+            return texts->known[index].second;
+        }
+    }
+    QString text = size == 0 ? QString(QLatin1String("")) : QString::fromUtf8(bytes, size);
+    if (count < 64)
+        texts->known.emplace_back(QByteArray(bytes, size), text);
+    return text;
+}
+
+// The last time stamp read from a column, as text and as fromStamp() reads it: rows written
+// together have the same one, which is then parsed once.
+struct LastStamp
+{
+    QByteArray bytes;
+    QDateTime time;
+};
+
+QDateTime readStamp(LastStamp *last, const SqliteStatement &row, int column)
+{
+    int size = 0;
+    const char *bytes = row.text(column, &size);
+    if (!bytes || size == 0)
+        return {};
+    if (last->bytes.size() != size || std::memcmp(last->bytes.constData(), bytes, size) != 0) {
+        last->bytes = QByteArray(bytes, size);
+        last->time = QDateTime::fromString(QString::fromUtf8(bytes, size), Qt::ISODateWithMs);
+    }
+    return last->time;
+}
+
+// The object of `uid` in a page ascending by uid, looked for from `*at` on; rows come in the
+// page's order, so the walk over all rows passes the list once.
+ObjectInfo *objectAt(QList<ObjectInfo> *objects, int *at, TYPE_ID uid)
+{
+    while (*at < objects->size() && (*objects)[*at].uid < uid)
+        ++*at;
+    return *at < objects->size() && (*objects)[*at].uid == uid ? &(*objects)[*at] : nullptr;
+}
+
 } // namespace
 
 ObjectStore::ObjectStore(QSqlDatabase db)
     : m_db(std::move(db))
 {}
+
+ObjectStore::~ObjectStore() = default;
 
 QString ObjectStore::datasetForType(const QString &type)
 {
@@ -112,9 +185,9 @@ bool ObjectStore::read(TYPE_ID uid, ObjectInfo *object, QString *dataset)
     const QHash<TYPE_ID, ObjectInfo *> byUid = {{uid, &result}};
     if (!readDetails("SELECT uid, key, value FROM object_params WHERE uid = ?",
                      "SELECT child, parent, link_type, reserved, valid_from, valid_to"
-                     " FROM links WHERE child = ?",
+                     " FROM links WHERE child = ? ORDER BY parent, link_type",
                      "SELECT child, parent, link_type, reserved, valid_from, valid_to"
-                     " FROM links WHERE parent = ?",
+                     " FROM links WHERE parent = ? ORDER BY child, link_type",
                      {uid}, byUid))
         return false;
     *object = std::move(result);
@@ -126,41 +199,108 @@ bool ObjectStore::page(const QString &dataset, TYPE_ID afterUid, int limit,
 {
     objects->clear();
     *more = false;
-    QSqlQuery &query = statement("SELECT uid, type, parent, reserved, changed_at FROM objects"
-                                 " WHERE dataset = ? AND uid > ? ORDER BY uid LIMIT ?");
-    if (!run(query, {dataset, afterUid, limit + 1}))
-        return false;
+    // Straight on SQLite: through QtSql every value became a QVariant and every text went
+    // through UTF-16 in SQLite before it was a QString. Parameters and links come with one
+    // statement each for the whole page, in the page's order, so that each row finds its
+    // object by walking the list along.
+    SqliteStatement &query = rawStatement("SELECT uid, type, parent, reserved, changed_at"
+                                          " FROM objects WHERE dataset = ?1 AND uid > ?2"
+                                          " ORDER BY uid LIMIT ?3");
+    if (!query.start() || !query.bind(1, dataset) || !query.bind(2, afterUid)
+        || !query.bind(3, limit + 1))
+        return failRaw(query);
+    SharedTexts types;
+    LastStamp stamps;
     while (query.next()) {
         if (objects->size() == limit) {
             *more = true;
             break;
         }
-        ObjectInfo object;
-        object.uid = query.value(0).toUInt();
-        object.type = query.value(1).toString();
-        object.parent = query.value(2).toUInt();
-        object.reserved = query.value(3).toUInt();
-        object.timestamp = fromStamp(query.value(4));
-        objects->append(object);
+        objects->append(ObjectInfo());
+        ObjectInfo &object = objects->last();
+        object.uid = TYPE_ID(query.integer(0));
+        object.type = sharedText(&types, query, 1);
+        object.parent = TYPE_ID(query.integer(2));
+        object.reserved = quint32(query.integer(3));
+        object.timestamp = readStamp(&stamps, query, 4);
     }
     query.finish();
+    if (!query.lastError().isEmpty())
+        return failRaw(query);
     if (objects->isEmpty())
         return true;
-    QHash<TYPE_ID, ObjectInfo *> byUid;
-    byUid.reserve(objects->size());
-    for (ObjectInfo &object : *objects)
-        byUid.insert(object.uid, &object);
-    const QVariantList binds = {dataset, afterUid, objects->constLast().uid};
-    return readDetails(
-        "SELECT p.uid, p.key, p.value FROM object_params p JOIN objects o ON o.uid = p.uid"
-        " WHERE o.dataset = ? AND o.uid > ? AND o.uid <= ?",
-        "SELECT l.child, l.parent, l.link_type, l.reserved, l.valid_from, l.valid_to"
-        " FROM links l JOIN objects o ON o.uid = l.child"
-        " WHERE o.dataset = ? AND o.uid > ? AND o.uid <= ?",
-        "SELECT l.child, l.parent, l.link_type, l.reserved, l.valid_from, l.valid_to"
-        " FROM links l JOIN objects o ON o.uid = l.parent"
-        " WHERE o.dataset = ? AND o.uid > ? AND o.uid <= ?",
-        binds, byUid);
+    const TYPE_ID lastUid = objects->constLast().uid;
+
+    SqliteStatement &params = rawStatement(
+        "SELECT p.uid, p.key, p.value FROM objects o JOIN object_params p ON p.uid = o.uid"
+        " WHERE o.dataset = ?1 AND o.uid > ?2 AND o.uid <= ?3 ORDER BY o.uid, p.key");
+    if (!params.start() || !params.bind(1, dataset) || !params.bind(2, afterUid)
+        || !params.bind(3, lastUid))
+        return failRaw(params);
+    // Every object has the same few keys: one QString each, shared by the whole page.
+    SharedTexts keys;
+    int at = 0;
+    while (params.next()) {
+        ObjectInfo *object = objectAt(objects, &at, TYPE_ID(params.integer(0)));
+        if (object)
+            object->parameters.insert(sharedText(&keys, params, 1), params.string(2));
+    }
+    if (!params.lastError().isEmpty())
+        return failRaw(params);
+
+    // On the links where the object is the child it finds its parents, and the other way;
+    // links of one type keep the order a read of the object gives them.
+    for (const bool asChild : {true, false}) {
+        SqliteStatement &links = rawStatement(
+            asChild ? "SELECT l.child, l.parent, l.link_type, l.reserved, l.valid_from,"
+                      " l.valid_to FROM objects o JOIN links l ON l.child = o.uid"
+                      " WHERE o.dataset = ?1 AND o.uid > ?2 AND o.uid <= ?3"
+                      " ORDER BY o.uid, l.parent, l.link_type"
+                    : "SELECT l.child, l.parent, l.link_type, l.reserved, l.valid_from,"
+                      " l.valid_to FROM objects o JOIN links l ON l.parent = o.uid"
+                      " WHERE o.dataset = ?1 AND o.uid > ?2 AND o.uid <= ?3"
+                      " ORDER BY o.uid, l.child, l.link_type");
+        if (!links.start() || !links.bind(1, dataset) || !links.bind(2, afterUid)
+            || !links.bind(3, lastUid))
+            return failRaw(links);
+        LastStamp from;
+        LastStamp to;
+        at = 0;
+        while (links.next()) {
+            _INHERIT_DATA link;
+            link.child = TYPE_ID(links.integer(0));
+            link.parent = TYPE_ID(links.integer(1));
+            link.linkType = quint32(links.integer(2));
+            link.reserved = quint32(links.integer(3));
+            link.validFrom = readStamp(&from, links, 4);
+            link.validTo = readStamp(&to, links, 5);
+            ObjectInfo *object = objectAt(objects, &at, asChild ? link.child : link.parent);
+            if (object)
+                (asChild ? object->parents : object->children).insert(link.linkType, link);
+        }
+        if (!links.lastError().isEmpty())
+            return failRaw(links);
+    }
+    return true;
+}
+
+SqliteStatement &ObjectStore::rawStatement(const char *sql)
+{
+    auto it = m_rawStatements.find(sql);
+    if (it == m_rawStatements.end()) {
+        sqlite3 *handle = nullptr;
+        const QVariant driverHandle = m_db.driver()->handle();
+        if (driverHandle.isValid() && qstrcmp(driverHandle.typeName(), "sqlite3*") == 0)
+            handle = *static_cast<sqlite3 *const *>(driverHandle.constData());
+        it = m_rawStatements.emplace(sql, std::make_unique<SqliteStatement>(handle, sql)).first;
+    }
+    return *it->second;
+}
+
+bool ObjectStore::failRaw(const SqliteStatement &statement)
+{
+    m_lastError = statement.lastError();
+    return false;
 }
 
 bool ObjectStore::readDetails(const char *paramsSql, const char *childLinksSql,

@@ -12,7 +12,12 @@
 #include <QString>
 #include <QVariantList>
 
+#include <memory>
+#include <unordered_map>
+
 namespace zeral::server {
+
+class SqliteStatement;
 
 // Every statement on the objects, their parameters and links, passwords, permissions,
 // role templates and fingerprints. It runs inside the caller's transaction and knows
@@ -21,6 +26,9 @@ class ObjectStore
 {
 public:
     explicit ObjectStore(QSqlDatabase db);
+    ~ObjectStore();
+    ObjectStore(const ObjectStore &) = delete;
+    ObjectStore &operator=(const ObjectStore &) = delete;
 
     QString lastError() const { return m_lastError; }
 
@@ -82,14 +90,19 @@ public:
 private:
     // A prepared statement, made once per text and reused: bulk inserts prepare nothing.
     QSqlQuery &statement(const char *sql);
+    // The same on SQLite's own handle, for the reads of many rows (see page()).
+    SqliteStatement &rawStatement(const char *sql);
     bool run(QSqlQuery &query, const QVariantList &binds);
     bool fail(const QSqlQuery &query);
+    bool failRaw(const SqliteStatement &statement);
     // Fills parameters and links of the objects in `byUid`, chosen by `scope` over "o".
     bool readDetails(const char *paramsSql, const char *childLinksSql, const char *parentLinksSql,
                      const QVariantList &binds, const QHash<TYPE_ID, ObjectInfo *> &byUid);
 
     QSqlDatabase m_db;
     QHash<const char *, QSqlQuery> m_statements;
+    // Finalized with the store, before the connection closes.
+    std::unordered_map<const char *, std::unique_ptr<SqliteStatement>> m_rawStatements;
     QString m_lastError;
 };
 
