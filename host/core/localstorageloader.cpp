@@ -21,8 +21,11 @@ LocalStorageLoader::LocalStorageLoader(ZRServerInterface *server, LocalStorage *
     , m_server(server)
     , m_storage(storage)
 {
-    for (const char *dataname : ALL_DATANAMES)
-        m_datanames.append(QLatin1String(dataname));
+    for (const char *dataname : ALL_DATANAMES) {
+        Dataset dataset;
+        dataset.dataname = QLatin1String(dataname);
+        m_datasets.append(dataset);
+    }
 
     connect(m_server, &ZRServerInterface::pushReceived, this, &LocalStorageLoader::onPush);
 }
@@ -44,27 +47,41 @@ void LocalStorageLoader::start()
 {
     m_server->cancelCallbacks(this);
     m_running = true;
-    m_current = -1;
-    emit progress(0, m_datanames.size() + 1, QString());
+    for (Dataset &dataset : m_datasets) {
+        dataset.afterUid = 0;
+        dataset.alive.clear();
+        dataset.pushed.clear();
+        dataset.reading = false;
+        dataset.done = false;
+    }
+    m_reported = -1;
+    emit progress(0, m_datasets.size() + 1, QString());
     requestRoleCatalogue();
 }
 
 void LocalStorageLoader::onPush(const Command &command)
 {
-    // The store applies every push itself. For the dataset being read, a push is newer than
-    // any page that comes after it: such a page must not bring back an older state of those
-    // objects, and the objects the push changed exist whatever the pages say.
+    // The store applies every push itself. For a dataset being read, a push is newer than any
+    // page that comes after it, even one asked for before the push: such a page must not bring
+    // back an older state of those objects, and the objects the push changed exist whatever
+    // the pages say. A dataset not asked for yet will be read after the push anyway.
     LocalStorage::Push push;
-    if (!m_running || m_current < 0 || !LocalStorage::readPush(command, &push)
-        || push.dataname != m_datanames.value(m_current))
+    if (!m_running || !LocalStorage::readPush(command, &push))
         return;
-    for (const ObjectInfo &object : qAsConst(push.changed)) {
-        m_pushed.insert(object.uid);
-        m_alive.insert(object.uid);
-    }
-    for (TYPE_ID uid : qAsConst(push.removed)) {
-        m_pushed.insert(uid);
-        m_alive.remove(uid);
+    for (Dataset &dataset : m_datasets) {
+        if (dataset.dataname != push.dataname)
+            continue;
+        if (!dataset.reading)
+            return;
+        for (const ObjectInfo &object : qAsConst(push.changed)) {
+            dataset.pushed.insert(object.uid);
+            dataset.alive.insert(object.uid);
+        }
+        for (TYPE_ID uid : qAsConst(push.removed)) {
+            dataset.pushed.insert(uid);
+            dataset.alive.remove(uid);
+        }
+        return;
     }
 }
 
@@ -91,40 +108,32 @@ void LocalStorageLoader::onRoleCatalogue(Command &answer)
         return;
     }
     m_storage->setRoleCatalogue(entries);
-    startDataset(0);
-}
-
-void LocalStorageLoader::startDataset(int index)
-{
-    m_current = index;
-    m_afterUid = 0;
-    m_alive.clear();
-    m_pushed.clear();
-    emit progress(index + 1, m_datanames.size() + 1, m_datanames.value(index));
-    if (index < m_datanames.size()) {
-        requestPage();
-        return;
+    // Every dataset's first page at once: the server reads one while the studio stores
+    // another.
+    for (int index = 0; index < m_datasets.size(); ++index) {
+        m_datasets[index].reading = true;
+        requestPage(index);
     }
-    m_running = false;
-    emit finished();
+    reportProgress();
 }
 
-void LocalStorageLoader::requestPage()
+void LocalStorageLoader::requestPage(int index)
 {
+    const Dataset &dataset = m_datasets.at(index);
     Command command
         = Command::named(QLatin1String(proto::command::Snapshot), AuthData::sessionId());
-    command.data
-        = ZRDataStream::pack(m_datanames.at(m_current), m_afterUid, proto::SnapshotPageSize);
+    command.data = ZRDataStream::pack(dataset.dataname, dataset.afterUid, proto::SnapshotPageSize);
     m_server->send(
-        command, [this](Command &answer) { onPage(answer); }, this);
+        command, [this, index](Command &answer) { onPage(index, answer); }, this);
 }
 
-void LocalStorageLoader::onPage(Command &answer)
+void LocalStorageLoader::onPage(int index, Command &answer)
 {
     if (!answer.isOk()) {
         fail(answer.errorText());
         return;
     }
+    Dataset &dataset = m_datasets[index];
     ZRDataStream in(answer.data);
     QList<ObjectInfo> objects;
     bool more = false;
@@ -133,45 +142,74 @@ void LocalStorageLoader::onPage(Command &answer)
     if (in.status() != QDataStream::Ok) {
         fail(QCoreApplication::translate("LocalStorageLoader",
                                          "Сервер прислал нечитаемые данные набора «%1»")
-                 .arg(m_datanames.at(m_current)));
+                 .arg(dataset.dataname));
         return;
     }
-    const bool emptyPage = objects.isEmpty();
+    const bool last = !more || objects.isEmpty();
+    for (const ObjectInfo &object : qAsConst(objects))
+        dataset.afterUid = qMax(dataset.afterUid, object.uid);
+    // The next page is asked for before this one is stored, so the server reads it meanwhile.
+    // A push that comes before it is still seen by it, as pages are stored as they come.
+    if (!last)
+        requestPage(index);
     for (auto it = objects.begin(); it != objects.end();) {
-        m_afterUid = qMax(m_afterUid, it->uid);
-        if (m_pushed.contains(it->uid)) {
+        if (dataset.pushed.contains(it->uid)) {
             it = objects.erase(it);
             continue;
         }
-        m_alive.insert(it->uid);
+        dataset.alive.insert(it->uid);
         ++it;
     }
-    m_storage->applyChanged(m_datanames.at(m_current), objects);
-    if (more && !emptyPage)
-        requestPage();
-    else
-        finishDataset();
+    m_storage->applyChanged(dataset.dataname, objects);
+    if (last)
+        finishDataset(index);
 }
 
-void LocalStorageLoader::finishDataset()
+void LocalStorageLoader::finishDataset(int index)
 {
-    const QString dataname = m_datanames.at(m_current);
+    Dataset &dataset = m_datasets[index];
     QList<TYPE_ID> gone;
-    const LocalStorage::Objects &objects = m_storage->constObjects(dataname);
+    const LocalStorage::Objects &objects = m_storage->constObjects(dataset.dataname);
     for (auto it = objects.cbegin(); it != objects.cend(); ++it) {
-        if (!m_alive.contains(it.key()))
+        if (!dataset.alive.contains(it.key()))
             gone.append(it.key());
     }
-    m_storage->applyRemoved(dataname, gone);
-    qCDebug(lcHostStore) << "loaded" << dataname << objects.size() << "objects";
-    startDataset(m_current + 1);
+    m_storage->applyRemoved(dataset.dataname, gone);
+    qCDebug(lcHostStore) << "loaded" << dataset.dataname << objects.size() << "objects";
+    dataset.reading = false;
+    dataset.done = true;
+    dataset.alive = {};
+    dataset.pushed = {};
+    reportProgress();
+}
+
+void LocalStorageLoader::reportProgress()
+{
+    // Told in the fixed order whatever order the datasets end in: each step once, the first
+    // dataset not read to its end named, then the end.
+    const int steps = m_datasets.size() + 1;
+    while (m_running) {
+        const int next = m_reported + 1;
+        if (next > 0 && next <= m_datasets.size() && !m_datasets.at(next - 1).done)
+            return;
+        m_reported = next;
+        emit progress(next + 1, steps,
+                      next < m_datasets.size() ? m_datasets.at(next).dataname : QString());
+        if (next == m_datasets.size()) {
+            m_running = false;
+            emit finished();
+            return;
+        }
+    }
 }
 
 void LocalStorageLoader::fail(const QString &reason)
 {
     qCWarning(lcHostStore) << "loading the store failed:" << reason;
+    // The other datasets' pages still on their way are not wanted any more.
+    if (m_server)
+        m_server->cancelCallbacks(this);
     m_running = false;
-    m_current = -1;
     emit failed(reason.isEmpty() ? QCoreApplication::translate("LocalStorageLoader",
                                                                "Не удалось загрузить данные")
                                  : reason);

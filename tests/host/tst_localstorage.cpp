@@ -107,6 +107,10 @@ private slots:
     void loader();
     void loaderFails_data();
     void loaderFails();
+    void loaderReadsOneDataset_data();
+    void loaderReadsOneDataset();
+    void loaderStops_data();
+    void loaderStops();
 };
 
 void TestLocalStorage::init()
@@ -185,27 +189,29 @@ void TestLocalStorage::loader()
     source.datasets.insert(QStringLiteral("orgstructure"), objects({3, 8}, "o"));
     // While the second page of "user" is on its way, 40 changes, 1000 is created and 50 is
     // removed; that page and the next were read before and still show the old state.
-    QString userWhenDone;
     source.intercept = [&](const QString &request, Command *) {
         if (request == QLatin1String("user>20")) {
             server.push(cmd::DataChanged, ZRDataStream::pack(User, objects({40, 1000}, "push")));
             server.push(cmd::DataRemoved, ZRDataStream::pack(User, Uids{50}));
-        } else if (request == QLatin1String("subject>0")) {
-            userWhenDone = dump(User);
         }
     };
     LocalStorageLoader loader(&server, storage);
     QSignalSpy progress(&loader, &LocalStorageLoader::progress);
     QSignalSpy finished(&loader, &LocalStorageLoader::finished);
+    QString userWhenDone;
+    connect(&loader, &LocalStorageLoader::progress, [&](int step) {
+        if (step == 2) // "user" read to its end
+            userWhenDone = dump(User);
+    });
     loader.start();
     QVERIFY(finished.wait(5000));
 
-    // The roles, then each dataset page by page: a page goes on after the last uid read,
-    // until one says there is no more.
+    // The roles, then every dataset's first page at once; a dataset's next page goes on after
+    // the last uid read, as soon as a page comes, until one says there is no more.
     QCOMPARE(source.asked.join(' '),
              QLatin1String(cmd::RoleCatalogue)
-                 + ">0 user>0 user>20 user>40 subject>0 orgstructure>0 report>0 placing>0 "
-                   "monitoring_settings>0 policy>0 db>0 job>0");
+                 + ">0 user>0 subject>0 orgstructure>0 report>0 placing>0 "
+                   "monitoring_settings>0 policy>0 db>0 job>0 user>20 user>40");
     QCOMPARE(server.sent().size(), source.asked.size());
     for (const Command &request : server.sent())
         QCOMPARE(request.sessionId, QByteArrayLiteral("load-session"));
@@ -217,10 +223,16 @@ void TestLocalStorage::loader()
     QCOMPARE(dump(QStringLiteral("orgstructure")), QStringLiteral("3:o 8:o"));
     QVERIFY(storage->constObjects(QStringLiteral("job")).isEmpty());
 
+    // Every step once and in order, naming the datasets in their fixed order, whatever order
+    // they end in.
     const int steps = int(zeral::ALL_DATANAMES.size()) + 1;
-    for (int i = 1; i < progress.count(); ++i)
-        QVERIFY(progress.at(i).at(0).toInt() >= progress.at(i - 1).at(0).toInt());
-    QCOMPARE(progress.constLast().mid(0, 2), (QVariantList{steps, steps}));
+    QCOMPARE(progress.count(), steps + 1);
+    for (int step = 0; step <= steps; ++step) {
+        const QString dataname = step == 0 || step == steps
+                                     ? QString()
+                                     : QLatin1String(zeral::ALL_DATANAMES.at(size_t(step - 1)));
+        QCOMPARE(progress.at(step), (QVariantList{step, steps, dataname}));
+    }
 }
 
 void TestLocalStorage::loaderFails_data()
@@ -254,16 +266,136 @@ void TestLocalStorage::loaderFails()
     LocalStorageLoader loader(&server, LocalStorage::instance());
     QSignalSpy finished(&loader, &LocalStorageLoader::finished);
     QSignalSpy failed(&loader, &LocalStorageLoader::failed);
+    int sentWhenFailed = -1;
+    connect(&loader, &LocalStorageLoader::failed, [&] { sentWhenFailed = server.sent().size(); });
     loader.start();
     QVERIFY(failed.wait(5000));
+    // The other datasets' pages still on their way come after the failure and are dropped.
+    QTRY_COMPARE(source.asked.size(), server.sent().size());
 
     QCOMPARE(failed.count(), 1);
     QCOMPARE(finished.count(), 0);
     QVERIFY(!loader.isRunning());
     const QString told = failed.at(0).at(0).toString();
     QVERIFY2(reason.isEmpty() ? !told.isEmpty() : told == reason, qPrintable(told));
-    QCOMPARE(source.asked.constLast(), request); // and nothing is asked after it
-    QCOMPARE(server.sent().size(), source.asked.size());
+    QVERIFY(source.asked.contains(request));
+    QCOMPARE(server.sent().size(), sentWhenFailed); // nothing is asked after it
+    QCOMPARE(server.pendingCount(), 0);
+}
+
+void TestLocalStorage::loaderReadsOneDataset_data()
+{
+    QTest::addColumn<Uids>("served");    // "user" on the server, two a page
+    QTest::addColumn<QString>("pushAt"); // the request whose answer a push overtakes
+    QTest::addColumn<Uids>("changed");   // by the push, named "push"
+    QTest::addColumn<Uids>("removed");   // by the push
+    QTest::addColumn<QString>("asked");  // for "user"
+    QTest::addColumn<QString>("users");  // afterwards
+
+    QTest::addRow("empty") << Uids{} << QString() << Uids{} << Uids{} << "user>0"
+                           << "";
+    QTest::addRow("exactly one page") << Uids{10, 20} << QString() << Uids{} << Uids{} << "user>0"
+                                      << "10:snap 20:snap";
+    QTest::addRow("empty, a push before its only page")
+        << Uids{} << "user>0" << Uids{7} << Uids{} << "user>0"
+        << "7:push";
+    QTest::addRow("one page, a push before it")
+        << Uids{10, 20} << "user>0" << Uids{20, 30} << Uids{10} << "user>0"
+        << "20:push 30:push";
+    QTest::addRow("a push before the first of three pages")
+        << Uids{10, 20, 30, 40, 50} << "user>0" << Uids{30} << Uids{50} << "user>0 user>20 user>40"
+        << "10:snap 20:snap 30:push 40:snap";
+    QTest::addRow("a push before the last page")
+        << Uids{10, 20, 30, 40, 50} << "user>40" << Uids{20, 50} << Uids{40}
+        << "user>0 user>20 user>40"
+        << "10:snap 20:push 30:snap 50:push";
+    QTest::addRow("a push removes what the last page shows")
+        << Uids{10, 20, 30} << "user>20" << Uids{} << Uids{30} << "user>0 user>20"
+        << "10:snap 20:snap";
+}
+
+void TestLocalStorage::loaderReadsOneDataset()
+{
+    QFETCH(Uids, served);
+    QFETCH(QString, pushAt);
+    QFETCH(Uids, changed);
+    QFETCH(Uids, removed);
+    QFETCH(QString, asked);
+    QFETCH(QString, users);
+    LocalStorage *storage = LocalStorage::instance();
+    storage->applyChanged(User, objects({10, 999}, "old")); // 999 is no longer on the server
+    ScriptedServer server;
+    storage->attach(&server);
+    SnapshotSource source(&server);
+    source.datasets.insert(User, objects(served, "snap"));
+    source.intercept = [&](const QString &request, Command *) {
+        if (request != pushAt)
+            return;
+        if (!changed.isEmpty())
+            server.push(cmd::DataChanged, ZRDataStream::pack(User, objects(changed, "push")));
+        if (!removed.isEmpty())
+            server.push(cmd::DataRemoved, ZRDataStream::pack(User, removed));
+    };
+    LocalStorageLoader loader(&server, storage);
+    QSignalSpy finished(&loader, &LocalStorageLoader::finished);
+    loader.start();
+    QVERIFY(finished.wait(5000));
+
+    QStringList userAsked;
+    for (const QString &request : qAsConst(source.asked)) {
+        if (request.startsWith(User + QLatin1Char('>')))
+            userAsked << request;
+    }
+    QCOMPARE(userAsked.join(' '), asked);
+    QCOMPARE(dump(User), users);
+    QCOMPARE(server.pendingCount(), 0);
+}
+
+void TestLocalStorage::loaderStops_data()
+{
+    QTest::addColumn<QString>("request"); // the one on its way when the load is stopped
+
+    QTest::addRow("catalogue") << QLatin1String(cmd::RoleCatalogue) + ">0";
+    QTest::addRow("every first page") << "user>0";
+    QTest::addRow("a later page") << "user>20";
+    QTest::addRow("the last first page") << "job>0";
+}
+
+void TestLocalStorage::loaderStops()
+{
+    QFETCH(QString, request);
+    LocalStorage *storage = LocalStorage::instance();
+    ScriptedServer server;
+    storage->attach(&server);
+    SnapshotSource source(&server);
+    source.datasets.insert(User, objects({10, 20, 30, 40, 50}, "u"));
+    source.datasets.insert(QStringLiteral("job"), objects({5}, "j"));
+    LocalStorageLoader loader(&server, storage);
+    QSignalSpy progress(&loader, &LocalStorageLoader::progress);
+    QSignalSpy finished(&loader, &LocalStorageLoader::finished);
+    QSignalSpy failed(&loader, &LocalStorageLoader::failed);
+    QString storedWhenStopped;
+    int sentWhenStopped = -1;
+    int progressWhenStopped = -1;
+    source.intercept = [&](const QString &asked, Command *) {
+        if (asked != request)
+            return;
+        loader.stop(); // its answer is built and on its way, with the others sent before
+        storedWhenStopped = dump(User) + QLatin1Char('|') + dump(QStringLiteral("job"));
+        sentWhenStopped = server.sent().size();
+        progressWhenStopped = progress.count();
+    };
+    loader.start();
+    QTRY_VERIFY(sentWhenStopped >= 0);
+    QTRY_COMPARE(source.asked.size(), server.sent().size());
+
+    QVERIFY(!loader.isRunning());
+    QCOMPARE(server.sent().size(), sentWhenStopped);
+    QCOMPARE(server.pendingCount(), 0);
+    QCOMPARE(dump(User) + QLatin1Char('|') + dump(QStringLiteral("job")), storedWhenStopped);
+    QCOMPARE(finished.count(), 0);
+    QCOMPARE(failed.count(), 0);
+    QCOMPARE(progress.count(), progressWhenStopped);
 }
 
 QTEST_GUILESS_MAIN(TestLocalStorage)
