@@ -7,6 +7,7 @@
 //
 // `bench_permissions editor` or `bench_permissions stock` runs one half (for a profiler).
 #include "benchreport.h"
+#include "paintcounter.h"
 
 #include <host/core/authdata.h>
 #include <host/core/localstorage.h>
@@ -130,21 +131,6 @@ double ms(const QElapsedTimer &timer)
 {
     return timer.nsecsElapsed() / 1e6;
 }
-
-class PaintCounter : public QObject
-{
-public:
-    explicit PaintCounter(QWidget *widget) { widget->installEventFilter(this); }
-    int count = 0;
-
-protected:
-    bool eventFilter(QObject *, QEvent *event) override
-    {
-        if (event->type() == QEvent::Paint)
-            ++count;
-        return false;
-    }
-};
 
 // The time of `work` and of the events after it, up to a repaint of `painted`.
 double timed(QWidget *painted, const std::function<void()> &work)

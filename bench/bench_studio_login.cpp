@@ -12,6 +12,7 @@
 // on the next run; without it the database lives in a temporary folder. `bench_studio_login
 // DBFILE EMPLOYEES ACCOUNTS` makes a smaller site, for a profiler.
 #include "benchreport.h"
+#include "paintcounter.h"
 
 #include <host/core/authdata.h>
 #include <host/core/localstorage.h>
@@ -112,22 +113,6 @@ protected:
         if (command.name == QLatin1String(command::GetSessionsInfo))
             sessionsAsked = true;
         ZRServerInterface::transmit(command);
-    }
-};
-
-// Counts the paint events of a widget, so that the figure includes the repaint.
-class PaintCounter : public QObject
-{
-public:
-    explicit PaintCounter(QWidget *widget) { widget->installEventFilter(this); }
-    int count = 0;
-
-protected:
-    bool eventFilter(QObject *, QEvent *event) override
-    {
-        if (event->type() == QEvent::Paint)
-            ++count;
-        return false;
     }
 };
 

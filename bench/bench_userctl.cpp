@@ -4,6 +4,7 @@
 // QTableView) as the baseline. Prints "name value" lines in milliseconds, the median of
 // several runs; bench/run turns them into the table.
 #include "benchreport.h"
+#include "paintcounter.h"
 
 #include <src/userctl.h>
 #include <tests/support/scriptedserver.h>
@@ -169,22 +170,6 @@ QByteArray sessionsAnswer(const QList<ObjectInfo> &users)
     }
     return ZRDataStream::pack(sessions, now);
 }
-
-// Counts the paint events of a widget, so that a figure said to include the repaint does.
-class PaintCounter : public QObject
-{
-public:
-    explicit PaintCounter(QWidget *widget) { widget->installEventFilter(this); }
-    int count = 0;
-
-protected:
-    bool eventFilter(QObject *, QEvent *event) override
-    {
-        if (event->type() == QEvent::Paint)
-            ++count;
-        return false;
-    }
-};
 
 double elapsedMs(const QElapsedTimer &timer)
 {

@@ -270,6 +270,7 @@ void UserPermissions::applyChanges()
     emit appendTask(task);
 }
 
+// The dialog that holds the editor tells the outcome; the editor keeps its checks either way.
 void UserPermissions::saved(zeral::TYPE_ID) {}
 
 void UserPermissions::setDatatype(QString datatype)
