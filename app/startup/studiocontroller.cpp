@@ -4,6 +4,7 @@
 #include <app/screens/fingerprintenrolmentservice.h>
 #include <app/startup/embeddedserver.h>
 #include <app/startup/logindialog.h>
+#include <app/startup/passwordchangedialog.h>
 #include <app/startup/rootpassworddialog.h>
 #include <app/startup/studiosettings.h>
 #include <app/window/mainwindow.h>
@@ -89,6 +90,10 @@ StudioController::StudioController(const StudioOptions &options, QObject *parent
     connect(m_router, &ZRServerInterface::reconnecting, this, &StudioController::onReconnecting);
     connect(m_login, &LoginClient::loggedIn, this, &StudioController::onLoggedIn);
     connect(m_login, &LoginClient::loginFailed, this, &StudioController::onLoginFailed);
+    connect(m_login, &LoginClient::passwordPolicyReceived, this,
+            &StudioController::onPasswordPolicy);
+    connect(m_login, &LoginClient::passwordChangeFailed, this,
+            &StudioController::onPasswordChangeFailed);
     connect(m_login, &LoginClient::resumed, this, &StudioController::onResumed);
     connect(m_login, &LoginClient::sessionLost, this, &StudioController::onSessionLost);
     connect(m_loader, &zeral::LocalStorageLoader::progress, this,
@@ -102,6 +107,7 @@ StudioController::~StudioController()
 {
     closeMainWindow();
     delete m_closingWindow;
+    delete m_passwordDialog;
     delete m_loginDialog;
     if (m_embedded)
         m_embedded->stop();
@@ -110,6 +116,11 @@ StudioController::~StudioController()
 LoginDialog *StudioController::loginDialog() const
 {
     return m_loginDialog;
+}
+
+PasswordChangeDialog *StudioController::passwordChangeDialog() const
+{
+    return m_passwordDialog;
 }
 
 MainWindow *StudioController::mainWindow() const
@@ -255,8 +266,12 @@ void StudioController::sendLogin()
 {
     setPhase(Phase::LoggingIn);
     m_loginDialog->setBusy(tr("Вход…"));
-    m_login->login(m_loginDialog->login(), m_loginDialog->password(),
-                   tr("Студия на %1").arg(QHostInfo::localHostName()));
+    m_login->login(m_loginDialog->login(), m_loginDialog->password(), clientName());
+}
+
+QString StudioController::clientName() const
+{
+    return tr("Студия на %1").arg(QHostInfo::localHostName());
 }
 
 void StudioController::onLoginFailed(qint32 status, const QString &reason)
@@ -280,6 +295,9 @@ void StudioController::onLoginFailed(qint32 status, const QString &reason)
         if (text.isEmpty())
             text = tr("Вход временно закрыт после нескольких неудачных попыток. Попробуйте позже.");
         break;
+    case StatusPasswordChangeRequired:
+        beginPasswordChange(reason);
+        return;
     case StatusConnectionLost:
         text = tr("Связь с сервером %1 прервалась во время входа: %2. Нажмите «Войти» ещё раз.")
                    .arg(m_loginDialog->serverText(), reason);
@@ -293,10 +311,81 @@ void StudioController::onLoginFailed(qint32 status, const QString &reason)
     showLogin(text, icon);
 }
 
+void StudioController::beginPasswordChange(const QString &reason)
+{
+    // The password just typed stays in the login dialog, locked: it is the current one the
+    // change is sent with. The policy comes from the server, since no store is loaded yet.
+    setPhase(Phase::ChangingPassword);
+    m_passwordChangeReason = reason;
+    m_loginDialog->setBusy(tr("Нужно сменить пароль…"));
+    m_login->requestPasswordPolicy();
+}
+
+void StudioController::onPasswordPolicy(const QMap<QString, QVariant> &options)
+{
+    if (m_phase != Phase::ChangingPassword || m_passwordDialog)
+        return;
+    auto *dialog = new PasswordChangeDialog(m_loginDialog->login(), m_loginDialog);
+    m_passwordDialog = dialog;
+    dialog->setReason(m_passwordChangeReason);
+    dialog->setPasswordOptions(options);
+    connect(dialog, &PasswordChangeDialog::changeRequested, this,
+            &StudioController::sendPasswordChange);
+    connect(dialog, &QDialog::rejected, this, &StudioController::onPasswordChangeCancelled);
+    dialog->open();
+}
+
+void StudioController::sendPasswordChange()
+{
+    if (m_phase != Phase::ChangingPassword || !m_passwordDialog)
+        return;
+    m_passwordDialog->setBusy(true);
+    m_login->changePassword(m_loginDialog->login(), m_loginDialog->password(),
+                            m_passwordDialog->password(), clientName());
+}
+
+void StudioController::onPasswordChangeFailed(qint32 status, const QString &reason)
+{
+    if (m_phase != Phase::ChangingPassword)
+        return;
+    using namespace zeral::proto;
+    // A password the server won't take (the same as before, ...) is retried in the dialog;
+    // anything else is a failed login, told in the login dialog.
+    if (m_passwordDialog && (status == StatusConflict || status == StatusMalformed)) {
+        m_passwordDialog->showRefusal(reason);
+        return;
+    }
+    closePasswordDialog();
+    setPhase(Phase::LoggingIn);
+    onLoginFailed(status, reason);
+}
+
+void StudioController::onPasswordChangeCancelled()
+{
+    if (m_phase != Phase::ChangingPassword)
+        return;
+    closePasswordDialog();
+    showLogin(tr("Пароль не сменён, поэтому войти нельзя. Чтобы войти, введите текущий пароль "
+                 "ещё раз и задайте новый."),
+              MessageWidget::Warning);
+}
+
+void StudioController::closePasswordDialog()
+{
+    if (!m_passwordDialog)
+        return;
+    PasswordChangeDialog *dialog = m_passwordDialog;
+    m_passwordDialog = nullptr;
+    dialog->disconnect(this);
+    dialog->hide();
+    dialog->deleteLater();
+}
+
 void StudioController::onLoggedIn()
 {
-    if (m_phase != Phase::LoggingIn)
+    if (m_phase != Phase::LoggingIn && m_phase != Phase::ChangingPassword)
         return;
+    closePasswordDialog();
     qCInfo(lcStudio) << "logged in as" << AuthData::user();
     Settings::setValue(QLatin1String(studio::settings::LastLogin), AuthData::user());
     rememberServer(m_loginDialog->serverText());

@@ -14,6 +14,7 @@ class FingerprintEnrolmentService;
 class LoginClient;
 class LoginDialog;
 class MainWindow;
+class PasswordChangeDialog;
 class PluginLoader;
 
 namespace zeral {
@@ -33,9 +34,10 @@ public:
         Login,      // the login dialog waits for the operator
         Connecting, // to the server named in the dialog
         LoggingIn,
-        Loading,   // the store, before the main window opens
-        Running,   // the main window is open
-        Reloading, // the store again, after the connection came back
+        ChangingPassword, // the server wants a new password first; its dialog is open
+        Loading,          // the store, before the main window opens
+        Running,          // the main window is open
+        Reloading,        // the store again, after the connection came back
         Finished,
     };
     Q_ENUM(Phase)
@@ -46,6 +48,7 @@ public:
     void start();
     Phase phase() const { return m_phase; }
     LoginDialog *loginDialog() const;
+    PasswordChangeDialog *passwordChangeDialog() const;
     MainWindow *mainWindow() const;
     ZRServerInterface *router() const { return m_router; }
     EmbeddedServer *embeddedServer() const { return m_embedded; }
@@ -69,6 +72,13 @@ private:
     void onConnectionFailed(const QString &reason);
     void onLoggedIn();
     void onLoginFailed(qint32 status, const QString &reason);
+    void beginPasswordChange(const QString &reason);
+    void onPasswordPolicy(const QMap<QString, QVariant> &options);
+    void sendPasswordChange();
+    void onPasswordChangeFailed(qint32 status, const QString &reason);
+    void onPasswordChangeCancelled();
+    void closePasswordDialog();
+    QString clientName() const;
     void onLoadProgress(int step, int steps, const QString &dataname);
     void onLoadFinished();
     void onLoadFailed(const QString &reason);
@@ -93,6 +103,8 @@ private:
     PluginLoader *m_plugins;
     FingerprintEnrolmentService *m_enrolment;
     QPointer<LoginDialog> m_loginDialog;
+    QPointer<PasswordChangeDialog> m_passwordDialog;
+    QString m_passwordChangeReason;
     QPointer<MainWindow> m_mainWindow;
     QPointer<MainWindow> m_closingWindow; // of the last operator, deleted from the event loop
     QStringList m_pluginProblems;

@@ -21,9 +21,9 @@ const QString LowerChars = QStringLiteral("abcdefghijkmnopqrstuvwxyz");
 const QString DigitChars = QStringLiteral("23456789");
 const QString SpecialChars = QStringLiteral("!#$%&*+-=?@_");
 
-bool flag(const QString &key, bool defaultValue)
+bool flag(const QHash<QString, QString> &parameters, const char *key, bool defaultValue)
 {
-    const QString text = GUIPassFuncs::getDBParameterByName(key).trimmed().toLower();
+    const QString text = parameters.value(QLatin1String(key)).trimmed().toLower();
     if (text == QLatin1String("1") || text == QLatin1String("true") || text == QLatin1String("yes"))
         return true;
     if (text == QLatin1String("0") || text == QLatin1String("false") || text == QLatin1String("no"))
@@ -45,18 +45,23 @@ QChar pick(const QString &alphabet, QRandomGenerator *random)
 
 QMap<QString, QVariant> GUIPassFuncs::getPasswordOptions()
 {
+    return optionsFromParameters(zeral::LocalStorage::instance()->dbSettings().parameters);
+}
+
+QMap<QString, QVariant>
+GUIPassFuncs::optionsFromParameters(const QHash<QString, QString> &parameters)
+{
+    namespace d = db::database;
     bool ok = false;
-    int minLength = getDBParameterByName(QLatin1String(db::database::PASSWORD_MIN_LENGTH))
-                        .trimmed()
-                        .toInt(&ok);
+    int minLength = parameters.value(QLatin1String(d::PASSWORD_MIN_LENGTH)).trimmed().toInt(&ok);
     if (!ok)
         minLength = DefaultMinLength;
     return {
         {MinLength, qBound(1, minLength, MaxLength)},
-        {RequireUpper, flag(QLatin1String(db::database::PASSWORD_REQUIRE_UPPER), true)},
-        {RequireLower, flag(QLatin1String(db::database::PASSWORD_REQUIRE_LOWER), true)},
-        {RequireDigit, flag(QLatin1String(db::database::PASSWORD_REQUIRE_DIGIT), true)},
-        {RequireSpecial, flag(QLatin1String(db::database::PASSWORD_REQUIRE_SPECIAL), false)},
+        {RequireUpper, flag(parameters, d::PASSWORD_REQUIRE_UPPER, true)},
+        {RequireLower, flag(parameters, d::PASSWORD_REQUIRE_LOWER, true)},
+        {RequireDigit, flag(parameters, d::PASSWORD_REQUIRE_DIGIT, true)},
+        {RequireSpecial, flag(parameters, d::PASSWORD_REQUIRE_SPECIAL, false)},
     };
 }
 

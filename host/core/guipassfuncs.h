@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QHash>
 #include <QMap>
 #include <QString>
 #include <QStringList>
@@ -22,7 +23,11 @@ public:
     // Generated passwords are at least this long, even under a laxer policy.
     static constexpr int GeneratedMinLength = 12;
 
+    // The policy of the local store's database object.
     static QMap<QString, QVariant> getPasswordOptions();
+    // The policy held by these parameters of a database object. The server answers
+    // session.password_policy with it, so a client that has no store yet gets the same.
+    static QMap<QString, QVariant> optionsFromParameters(const QHash<QString, QString> &parameters);
     // A random password, from the system's secure source, that meets `options`.
     static QString generatePassword(const QMap<QString, QVariant> &options);
     // The option keys that `password` fails; empty if it meets them all.

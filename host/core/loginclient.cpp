@@ -2,6 +2,7 @@
 
 #include <host/core/authdata.h>
 #include <host/core/command.h>
+#include <host/core/guipassfuncs.h>
 #include <host/core/logging.h>
 #include <host/core/passhash.h>
 #include <host/core/protocol.h>
@@ -63,6 +64,60 @@ void LoginClient::sendLogin(const QString &login, const QString &hash, bool mayR
                 return;
             }
             emit loggedIn();
+        },
+        this);
+}
+
+void LoginClient::changePassword(const QString &login, const QString &currentPassword,
+                                 const QString &newPassword, const QString &clientName)
+{
+    m_clientName = clientName;
+    m_loginAgain = {};
+    const QString currentHash = PassHash::encrypt(currentPassword, QCryptographicHash::Md5);
+    // An empty password goes as an empty hash, which the server refuses, rather than as the
+    // digest of nothing.
+    const QString newHash = newPassword.isEmpty()
+                                ? QString()
+                                : PassHash::encrypt(newPassword, QCryptographicHash::Md5);
+    Command request = Command::named(QLatin1String(command::ChangePassword));
+    request.data = ZRDataStream::pack(login, currentHash, newHash, m_clientName);
+    m_server->send(
+        request,
+        [this, login, newHash](Command &answer) {
+            if (!answer.isOk()) {
+                emit passwordChangeFailed(answer.status, answer.errorText());
+                return;
+            }
+            if (!readIdentity(answer, login, newHash)) {
+                emit passwordChangeFailed(zeral::proto::StatusMalformed,
+                                          tr("Сервер прислал нечитаемый ответ на смену пароля"));
+                return;
+            }
+            emit loggedIn();
+        },
+        this);
+}
+
+void LoginClient::requestPasswordPolicy()
+{
+    m_server->send(
+        Command::named(QLatin1String(command::PasswordPolicy)),
+        [this](Command &answer) {
+            QMap<QString, QVariant> options;
+            if (answer.isOk()) {
+                // A map is written as a multi-map is; its keys are unique.
+                ZRDataStream in(answer.data);
+                QMultiMap<QString, QVariant> read;
+                zeral::wire::readVariantMultiMap(in, read);
+                if (in.status() == QDataStream::Ok)
+                    options = QMap<QString, QVariant>(read);
+            }
+            if (options.isEmpty()) {
+                qCWarning(lcHostNet) << "no password policy from the server (status"
+                                     << answer.status << "), using the default one";
+                options = GUIPassFuncs::optionsFromParameters({});
+            }
+            emit passwordPolicyReceived(options);
         },
         this);
 }

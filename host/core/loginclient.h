@@ -2,9 +2,11 @@
 
 #include <host/core/zrserverinterface.h>
 
+#include <QMap>
 #include <QObject>
 #include <QPointer>
 #include <QString>
+#include <QVariant>
 
 #include <functional>
 
@@ -14,6 +16,8 @@ class ZRServerInterface;
 // Opens, keeps and closes the operator's session. On success it fills AuthData. When the
 // connection comes back after a drop it resumes the same session, so everything that was
 // given the session id keeps working; a session closed by the server ends here.
+// A login answered with StatusPasswordChangeRequired is a failure of its own kind: the
+// password was right, and changePassword() with it opens the session under a new one.
 class LoginClient : public QObject
 {
     Q_OBJECT
@@ -23,11 +27,22 @@ public:
 
     // The password is hashed at once; the plain text isn't kept.
     void login(const QString &login, const QString &password, const QString &clientName);
+    // Sets a new password with the current one and, on success, logs in as login() does
+    // (loggedIn); a refusal comes as passwordChangeFailed.
+    void changePassword(const QString &login, const QString &currentPassword,
+                        const QString &newPassword, const QString &clientName);
+    // Asks the server for its password policy, which needs no session; the answer comes as
+    // passwordPolicyReceived, the default policy if the server can't tell.
+    void requestPasswordPolicy();
     void logout();
 
 signals:
     void loggedIn();
+    // StatusPasswordChangeRequired among the others: the reason then says why a new
+    // password is needed.
     void loginFailed(qint32 status, const QString &reason);
+    void passwordChangeFailed(qint32 status, const QString &reason);
+    void passwordPolicyReceived(const QMap<QString, QVariant> &options);
     void resumed();
     // The session is gone for good (disconnected by another operator, or not resumable);
     // AuthData has been cleared.

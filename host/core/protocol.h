@@ -4,7 +4,8 @@
 
 // The names and codes of the wire protocol, for the client and the server alike.
 // docs/protocol.md tells the payload of each command. The server links this library for
-// the wire types only (this header, Command, FrameCodec, ZRDataStream, DbQuery, DbResult).
+// the wire types (this header, Command, FrameCodec, ZRDataStream, DbQuery, DbResult) and
+// for the reading of the password policy (GUIPassFuncs::optionsFromParameters).
 namespace zeral::proto {
 
 // Every command of the protocol is a named command of this kind.
@@ -20,17 +21,18 @@ inline constexpr qint32 SnapshotPageSize = 2000;
 enum Status : qint32 {
     StatusNone = 0, // a request, not yet answered
     StatusOk = 1,
-    StatusMalformed = 2,         // the payload could not be read
-    StatusNotLoggedIn = 3,       // the command needs a session
-    StatusForbidden = 4,         // the operator's rights don't allow it
-    StatusNotFound = 5,          // no such object, session or command
-    StatusConflict = 6,          // the change contradicts stored data (a login in use, ...)
-    StatusInternal = 7,          // the server failed; nothing was changed
-    StatusConnectionLost = 8,    // client side: the connection dropped before the answer came
-    StatusLoginFailed = 9,       // wrong login or password
-    StatusAccountBlocked = 10,   // the account is blocked
-    StatusLoginLocked = 11,      // too many failed attempts; try again later
-    StatusBiometricRefused = 18, // the operator may not edit biometric data
+    StatusMalformed = 2,               // the payload could not be read
+    StatusNotLoggedIn = 3,             // the command needs a session
+    StatusForbidden = 4,               // the operator's rights don't allow it
+    StatusNotFound = 5,                // no such object, session or command
+    StatusConflict = 6,                // the change contradicts stored data (a login in use, ...)
+    StatusInternal = 7,                // the server failed; nothing was changed
+    StatusConnectionLost = 8,          // client side: the connection dropped before the answer came
+    StatusLoginFailed = 9,             // wrong login or password
+    StatusAccountBlocked = 10,         // the account is blocked
+    StatusLoginLocked = 11,            // too many failed attempts; try again later
+    StatusPasswordChangeRequired = 12, // right password, but a new one must be chosen first
+    StatusBiometricRefused = 18,       // the operator may not edit biometric data
 };
 
 namespace command {
@@ -38,6 +40,8 @@ namespace command {
 inline constexpr char Login[] = "session.login";
 inline constexpr char Resume[] = "session.resume";
 inline constexpr char Logout[] = "session.logout";
+inline constexpr char ChangePassword[] = "session.change_password";
+inline constexpr char PasswordPolicy[] = "session.password_policy";
 // Pushed by the server (request id 0).
 inline constexpr char SessionClosed[] = "session.closed";
 inline constexpr char DataChanged[] = "data.changed";

@@ -1,4 +1,5 @@
 #include <host/core/authdata.h>
+#include <host/core/guipassfuncs.h>
 #include <host/core/loginclient.h>
 #include <host/core/protocol.h>
 #include <host/core/zrdatastream.h>
@@ -63,6 +64,9 @@ private slots:
         QTest::addRow("blocked") << int(StatusAccountBlocked) << QByteArray()
                                  << int(StatusAccountBlocked);
         QTest::addRow("locked") << int(StatusLoginLocked) << QByteArray() << int(StatusLoginLocked);
+        QTest::addRow("password change required")
+            << int(StatusPasswordChangeRequired) << QByteArray()
+            << int(StatusPasswordChangeRequired);
         QTest::addRow("unreadable success")
             << int(StatusOk) << QByteArray("x") << int(StatusMalformed);
         QTest::addRow("success without session")
@@ -100,6 +104,107 @@ private slots:
         QCOMPARE(AuthData::roletemplateId(), QStringLiteral("RT_ADMINISTRATOR"));
         QCOMPARE(AuthData::roles(), QStringList{QStringLiteral("RL_USER_SHOW")});
         QCOMPARE(AuthData::passwdHash(), expectedHash);
+    }
+
+    // The answer to a change is the answer to a login: it opens the session under the new
+    // password. A refusal is a failure of the change, not of a login.
+    void changePassword_data()
+    {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<int>("reported"); // the status passwordChangeFailed tells, 0 for success
+        QTest::addRow("accepted") << int(StatusOk) << identity("s-2") << 0;
+        QTest::addRow("same password")
+            << int(StatusConflict) << QByteArray() << int(StatusConflict);
+        QTest::addRow("wrong current password")
+            << int(StatusLoginFailed) << QByteArray() << int(StatusLoginFailed);
+        QTest::addRow("unreadable success")
+            << int(StatusOk) << QByteArray("x") << int(StatusMalformed);
+        QTest::addRow("connection lost")
+            << int(StatusConnectionLost) << QByteArray() << int(StatusConnectionLost);
+    }
+    void changePassword()
+    {
+        QFETCH(int, status);
+        QFETCH(QByteArray, payload);
+        QFETCH(int, reported);
+        m_server->script(QLatin1String(command::ChangePassword), answerWith(status, payload));
+        QSignalSpy loggedIn(m_client, &LoginClient::loggedIn);
+        QSignalSpy loginFailed(m_client, &LoginClient::loginFailed);
+        QSignalSpy failed(m_client, &LoginClient::passwordChangeFailed);
+        m_client->changePassword(QStringLiteral("админ"), QStringLiteral("старый"),
+                                 QStringLiteral("новый"), QStringLiteral("studio 1"));
+        QTRY_COMPARE(loggedIn.count() + failed.count(), 1);
+        QCOMPARE(loginFailed.count(), 0);
+
+        ZRDataStream in(m_server->lastSent(QLatin1String(command::ChangePassword)).data);
+        QString login, current, next, client;
+        in >> login >> current >> next >> client;
+        QCOMPARE(login, QStringLiteral("админ"));
+        QCOMPARE(current, clientHash("старый"));
+        QCOMPARE(next, clientHash("новый"));
+        QCOMPARE(client, QStringLiteral("studio 1"));
+        QVERIFY(in.atEnd());
+
+        if (reported != 0) {
+            QCOMPARE(failed.first().at(0).toInt(), reported);
+            QVERIFY(!failed.first().at(1).toString().isEmpty());
+            QVERIFY(!AuthData::isLoggedIn());
+            return;
+        }
+        QCOMPARE(AuthData::sessionId(), QByteArray("s-2"));
+        QCOMPARE(AuthData::user(), QStringLiteral("админ"));
+        // A later resume proves itself with the new password.
+        QCOMPARE(AuthData::passwdHash(), clientHash("новый"));
+    }
+
+    void changeToAnEmptyPasswordSendsNoDigest()
+    {
+        m_server->script(QLatin1String(command::ChangePassword), answerWith(StatusMalformed));
+        QSignalSpy failed(m_client, &LoginClient::passwordChangeFailed);
+        m_client->changePassword(QStringLiteral("user"), QStringLiteral("pw"), QString(),
+                                 QString());
+        QVERIFY(failed.wait(2000));
+        ZRDataStream in(m_server->lastSent(QLatin1String(command::ChangePassword)).data);
+        QString login, current, next;
+        in >> login >> current >> next;
+        QCOMPARE(next, QString());
+    }
+
+    void passwordPolicy_data()
+    {
+        QTest::addColumn<int>("status");
+        QTest::addColumn<QByteArray>("payload");
+        QTest::addColumn<int>("minLength");
+        QTest::addColumn<bool>("special");
+        const QMap<QString, QVariant> strict = {{GUIPassFuncs::MinLength, 15},
+                                                {GUIPassFuncs::RequireUpper, true},
+                                                {GUIPassFuncs::RequireLower, true},
+                                                {GUIPassFuncs::RequireDigit, false},
+                                                {GUIPassFuncs::RequireSpecial, true}};
+        QTest::addRow("the server's") << int(StatusOk) << ZRDataStream::pack(strict) << 15 << true;
+        // An older server doesn't know the command: the default policy stands in.
+        QTest::addRow("unknown command")
+            << int(StatusNotFound) << QByteArray() << int(GUIPassFuncs::DefaultMinLength) << false;
+        QTest::addRow("unreadable")
+            << int(StatusOk) << QByteArray("\xff") << int(GUIPassFuncs::DefaultMinLength) << false;
+    }
+    void passwordPolicy()
+    {
+        QFETCH(int, status);
+        QFETCH(QByteArray, payload);
+        QFETCH(int, minLength);
+        QFETCH(bool, special);
+        m_server->script(QLatin1String(command::PasswordPolicy), answerWith(status, payload));
+        QSignalSpy received(m_client, &LoginClient::passwordPolicyReceived);
+        m_client->requestPasswordPolicy();
+        QVERIFY(received.wait(2000));
+        // No session is asked for, nor needed.
+        QVERIFY(m_server->lastSent(QLatin1String(command::PasswordPolicy)).sessionId.isEmpty());
+        const auto options = received.first().at(0).value<QMap<QString, QVariant>>();
+        QCOMPARE(options.value(GUIPassFuncs::MinLength).toInt(), minLength);
+        QCOMPARE(options.value(GUIPassFuncs::RequireSpecial).toBool(), special);
+        QCOMPARE(options.size(), 5);
     }
 
     // The server closes the connection of a session it ended right after saying so: a login

@@ -31,6 +31,8 @@ Dispatcher::Dispatcher(ServerState &state, QObject *parent)
     route(c::Login, false, std::bind(&SessionOps::login, &m_sessionOps, _1));
     route(c::Resume, false, std::bind(&SessionOps::resume, &m_sessionOps, _1));
     route(c::Logout, true, std::bind(&SessionOps::logout, &m_sessionOps, _1));
+    route(c::ChangePassword, false, std::bind(&SessionOps::changePassword, &m_sessionOps, _1));
+    route(c::PasswordPolicy, false, std::bind(&SessionOps::passwordPolicy, &m_sessionOps, _1));
     route(c::Snapshot, true, std::bind(&ObjectOps::snapshot, &m_objectOps, _1));
     route(c::RoleCatalogue, true, std::bind(&ObjectOps::roleCatalogue, &m_objectOps, _1));
     route(c::AddObject, true, std::bind(&ObjectOps::addObject, &m_objectOps, _1));

@@ -1,7 +1,9 @@
 #include "objectops.h"
 
+#include <host/core/passhash.h>
 #include <host/core/protocol.h>
 #include <host/core/zrdatastream.h>
+#include <server/engine/ops/passwordrules.h>
 #include <server/engine/ops/payload.h>
 #include <server/engine/ops/pushes.h>
 #include <server/engine/ops/rights.h>
@@ -45,11 +47,65 @@ ObjectOps::ObjectOps(ServerState &state)
     : m_state(state)
 {}
 
-QString ObjectOps::takePassword(QHash<QString, QString> *parameters)
+ObjectOps::PasswordRequest ObjectOps::takePassword(QHash<QString, QString> *parameters)
 {
-    parameters->remove(QLatin1String(db::user::SET_PASSWORD));
-    parameters->remove(QLatin1String(db::user::CLEAR_PASSWORD));
-    return parameters->take(QLatin1String(db::user::PASSHASH));
+    const auto flag = [parameters](const char *key) {
+        return parameters->take(QLatin1String(key)).trimmed() == QLatin1String("1");
+    };
+    PasswordRequest request;
+    request.reset = flag(db::user::CLEAR_PASSWORD);
+    request.set = flag(db::user::SET_PASSWORD);
+    request.clientHash = parameters->take(QLatin1String(db::user::PASSHASH));
+    return request;
+}
+
+Reply ObjectOps::preparePassword(PasswordRequest *password, const ObjectInfo &stored, bool self,
+                                 const QHash<QString, QString> &explicitParameters,
+                                 QHash<QString, QString> *toSet, QStringList *toRemove)
+{
+    const TYPE_ID uid = stored.uid;
+    const QString requireChange = QLatin1String(db::user::REQUIRE_CHANGE);
+    if (password->reset && password->set)
+        return Reply::fail(proto::StatusMalformed,
+                           tr("Пароль нельзя в одном запросе и сбросить, и задать."), uid);
+    if (password->reset) {
+        // The client's idea of the default password may be stale: the server's counts.
+        const QString defaultPassword = PasswordRules(*m_state.store).defaultPassword();
+        if (defaultPassword.isEmpty())
+            return Reply::fail(proto::StatusConflict,
+                               tr("Пароль по умолчанию в настройках системы не задан, поэтому "
+                                  "сбросить пароль нельзя. Задайте пароль по умолчанию или "
+                                  "назначьте пользователю новый пароль."),
+                               uid);
+        password->clientHash = PassHash::encrypt(defaultPassword, QCryptographicHash::Md5);
+        toSet->insert(requireChange, QStringLiteral("1"));
+        return Reply::ok();
+    }
+    // A set without a password leaves the password, and so the obligation, as they are.
+    if (!password->set || password->clientHash.isEmpty())
+        return Reply::ok();
+    if (uid == 0)
+        return Reply::ok(); // a new user has no obligation to lift
+    PasswordRules::Edit implied;
+    if (self)
+        implied = PasswordRules(*m_state.store).renewal(stored, m_state.clock().date());
+    else if (stored.parameters.contains(requireChange))
+        implied.removed.append(requireChange);
+    for (auto it = implied.set.cbegin(); it != implied.set.cend(); ++it) {
+        if (!explicitParameters.contains(it.key()))
+            toSet->insert(it.key(), it.value());
+    }
+    for (const QString &key : qAsConst(implied.removed)) {
+        if (!explicitParameters.contains(key))
+            toRemove->append(key);
+    }
+    return Reply::ok();
+}
+
+bool ObjectOps::storePassword(TYPE_ID uid, const QString &clientHash)
+{
+    const QString hash = PasswordHasher::hash(clientHash);
+    return !hash.isEmpty() && m_state.store->setPasswordHash(uid, hash);
 }
 
 bool ObjectOps::loginInUse(const QString &login, TYPE_ID except)
@@ -138,6 +194,12 @@ Reply ObjectOps::checkUserChange(const Request &request, const Rights &rights,
     }
     if (isNew)
         return Reply::ok();
+    // Otherwise a user could lift his own obligation to change his password, or its expiry.
+    if (self && !rights.has(role::USER_UPDATE)
+        && (changes.contains(QLatin1String(u::REQUIRE_CHANGE))
+            || changes.contains(QLatin1String(db::database::PASSWORD_EXPIRED))))
+        return forbidden(tr("Обязательную смену и срок действия собственного пароля может "
+                            "изменить только оператор с правом изменения пользователей."));
     if (!self && !rights.canManage(oldTemplate))
         return forbidden(tr("Недостаточно прав для изменения пользователя «%1».").arg(name));
     // The date of a block goes with the block; on its own it is an ordinary change.
@@ -171,10 +233,15 @@ Reply ObjectOps::addObject(Request &request)
                            tr("Неизвестный тип объекта «%1».").arg(object.type));
 
     const Rights rights(*request.session);
-    const QString clientHash = takePassword(&object.parameters);
+    PasswordRequest password = takePassword(&object.parameters);
     if (isUser(object.type)) {
-        Reply checked = checkUserChange(request, rights, ObjectInfo(), object.parameters,
-                                        !clientHash.isEmpty());
+        Reply checked
+            = checkUserChange(request, rights, ObjectInfo(), object.parameters, password.changes());
+        if (!checked.isOk())
+            return checked;
+        QStringList nothingToRemove;
+        checked = preparePassword(&password, ObjectInfo(), false, object.parameters,
+                                  &object.parameters, &nothingToRemove);
         if (!checked.isOk())
             return checked;
     } else if (!rights.isPrivileged()) {
@@ -202,11 +269,9 @@ Reply ObjectOps::addObject(Request &request)
         if (!m_state.store->insertLink(link))
             return Reply::internalError();
     }
-    if (!clientHash.isEmpty()) {
-        const QString hash = PasswordHasher::hash(clientHash);
-        if (hash.isEmpty() || !m_state.store->setPasswordHash(uid, hash))
-            return Reply::internalError();
-    }
+    if (isUser(object.type) && !password.clientHash.isEmpty()
+        && !storePassword(uid, password.clientHash))
+        return Reply::internalError();
     request.pushes.append(Pushes::changedObjects(*m_state.store, touched));
     return Reply::changed(uid, QStringLiteral("added %1 to %2").arg(object.type, dataset),
                           ZRDataStream::pack(qint32(uid)));
@@ -226,7 +291,11 @@ Reply ObjectOps::updateObject(Request &request)
     if (stored.type != type)
         return Reply::fail(proto::StatusConflict,
                            tr("Объект %1 другого типа: «%2».").arg(uid).arg(stored.type), uid);
-    const QString clientHash = takePassword(&parameters);
+    PasswordRequest password;
+    if (isUser(type))
+        password = takePassword(&parameters);
+    else
+        takePassword(&parameters); // never stored on anything
     QHash<QString, QString> changes;
     for (auto it = parameters.cbegin(); it != parameters.cend(); ++it) {
         if (stored.parameters.value(it.key()) != it.value())
@@ -249,24 +318,37 @@ Reply ObjectOps::updateObject(Request &request)
         if (parentChange)
             checkedChanges.insert(QStringLiteral("parent"), QString::number(parent));
         Reply checked
-            = checkUserChange(request, rights, stored, checkedChanges, !clientHash.isEmpty());
+            = checkUserChange(request, rights, stored, checkedChanges, password.changes());
         if (!checked.isOk())
             return checked;
     } else if (!rights.isPrivileged()) {
         return onlyPrivileged(uid);
     }
+    // What a reset or a set implies is no change the operator asked for: it needs no right
+    // of its own (a user setting his own password lifts his obligation with it).
+    QHash<QString, QString> implied;
+    QStringList removed;
+    Reply prepared = preparePassword(&password, stored, uid == request.session->uid, parameters,
+                                     &implied, &removed);
+    if (!prepared.isOk())
+        return prepared;
+    for (auto it = implied.cbegin(); it != implied.cend(); ++it) {
+        parameters.insert(it.key(), it.value());
+        if (stored.parameters.value(it.key()) != it.value())
+            changes.insert(it.key(), it.value());
+    }
 
     if (!m_state.store->setParameters(uid, parameters)
+        || !m_state.store->removeParameters(uid, removed)
         || (parentChange && !m_state.store->setParent(uid, parent)))
         return Reply::internalError();
-    if (!clientHash.isEmpty()) {
-        const QString hash = PasswordHasher::hash(clientHash);
-        if (hash.isEmpty() || !m_state.store->setPasswordHash(uid, hash))
-            return Reply::internalError();
-    }
+    if (!password.clientHash.isEmpty() && !storePassword(uid, password.clientHash))
+        return Reply::internalError();
     request.pushes.append(Pushes::changedObjects(*m_state.store, {uid}));
-    QStringList keys = changes.keys();
-    if (!clientHash.isEmpty())
+    QStringList keys = changes.keys() + removed;
+    if (password.reset)
+        keys.append(QStringLiteral("password reset"));
+    else if (!password.clientHash.isEmpty())
         keys.append(QStringLiteral("password"));
     keys.sort();
     return Reply::changed(uid, QStringLiteral("changed: ") % keys.join(QLatin1Char(' ')));

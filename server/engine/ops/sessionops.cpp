@@ -2,6 +2,7 @@
 
 #include <host/core/zrdatastream.h>
 #include <server/engine/net/clientconnection.h>
+#include <server/engine/ops/passwordrules.h>
 #include <server/engine/ops/payload.h>
 #include <server/engine/ops/pushes.h>
 #include <server/engine/ops/serverstate.h>
@@ -31,7 +32,7 @@ SessionOps::SessionOps(ServerState &state)
 {}
 
 Reply SessionOps::authenticate(const QString &login, const QString &clientHash,
-                               const QString &address, TYPE_ID *uid)
+                               const QString &address, ObjectInfo *user)
 {
     LoginThrottle &throttle = *m_state.throttle;
     if (const qint64 seconds = throttle.lockedFor(login, address); seconds > 0) {
@@ -71,18 +72,24 @@ Reply SessionOps::authenticate(const QString &login, const QString &clientHash,
         }
         return reply;
     }
-    ObjectInfo user;
-    if (!m_state.store->read(found, &user))
+    if (!m_state.store->read(found, user))
         return Reply::fail(proto::StatusInternal, tr("Сервер не смог прочитать учётную запись."));
-    if (Pushes::isBlocked(user)) {
+    if (Pushes::isBlocked(*user)) {
         return Reply::fail(
             proto::StatusAccountBlocked,
             tr("Учётная запись «%1» заблокирована. Обратитесь к администратору.").arg(login),
             found);
     }
     throttle.recordSuccess(login, address);
-    *uid = found;
     return Reply::ok();
+}
+
+Reply SessionOps::checkPasswordCurrent(const ObjectInfo &user)
+{
+    const QString reason = PasswordRules::changeRequiredReason(user, m_state.clock().date());
+    if (reason.isEmpty())
+        return Reply::ok();
+    return Reply::fail(proto::StatusPasswordChangeRequired, reason, user.uid);
 }
 
 Reply SessionOps::identity(const Session &session) const
@@ -112,18 +119,24 @@ Reply SessionOps::login(Request &request)
     if (!payload::read(request.command, login, clientHash, client))
         return Reply::fail(proto::StatusMalformed, tr("Запрос входа не читается."));
     request.claimedLogin = login;
-    TYPE_ID uid = 0;
-    Reply checked = authenticate(login, clientHash, throttleAddress(request.connection), &uid);
+    ObjectInfo user;
+    Reply checked = authenticate(login, clientHash, throttleAddress(request.connection), &user);
+    if (checked.isOk())
+        checked = checkPasswordCurrent(user);
     if (!checked.isOk())
         return checked;
+    return openSession(request, user, login, client);
+}
+
+Reply SessionOps::openSession(Request &request, const ObjectInfo &user, const QString &login,
+                              const QString &client)
+{
     if (request.session)
         m_state.sessions.end(request.session->id, m_state.clock());
 
     Session identity;
-    identity.uid = uid;
+    identity.uid = user.uid;
     identity.login = login;
-    ObjectInfo user;
-    m_state.store->read(uid, &user);
     identity.roleTemplate = Pushes::roleTemplateOf(user);
     identity.roles = m_state.store->templateRoles(identity.roleTemplate);
     identity.started = m_state.clock();
@@ -146,11 +159,13 @@ Reply SessionOps::resume(Request &request)
         return Reply::fail(proto::StatusNotFound,
                            tr("Сессия завершена. Войдите в систему заново."));
     }
-    TYPE_ID uid = 0;
-    Reply checked = authenticate(login, clientHash, throttleAddress(request.connection), &uid);
+    ObjectInfo user;
+    Reply checked = authenticate(login, clientHash, throttleAddress(request.connection), &user);
+    if (checked.isOk())
+        checked = checkPasswordCurrent(user);
     if (!checked.isOk())
         return checked;
-    if (uid != session->uid)
+    if (user.uid != session->uid)
         return Reply::fail(proto::StatusNotFound,
                            tr("Сессия завершена. Войдите в систему заново."));
     if (request.session && request.session != session)
@@ -170,6 +185,50 @@ Reply SessionOps::logout(Request &request)
     request.connection->setSessionId({});
     request.session = nullptr;
     return Reply::changed(uid, QStringLiteral("session ended"));
+}
+
+Reply SessionOps::changePassword(Request &request)
+{
+    QString login, currentHash, newHash, client;
+    if (!payload::read(request.command, login, currentHash, newHash, client))
+        return Reply::fail(proto::StatusMalformed, tr("Запрос смены пароля не читается."));
+    request.claimedLogin = login;
+    ObjectInfo user;
+    Reply checked = authenticate(login, currentHash, throttleAddress(request.connection), &user);
+    if (!checked.isOk())
+        return checked;
+    if (newHash.isEmpty())
+        return Reply::fail(proto::StatusMalformed,
+                           tr("Новый пароль не передан. Введите новый пароль и повторите."),
+                           user.uid);
+    if (newHash == currentHash)
+        return Reply::fail(proto::StatusConflict,
+                           tr("Новый пароль должен отличаться от текущего. Придумайте другой."),
+                           user.uid);
+
+    const QString hash = PasswordHasher::hash(newHash);
+    if (hash.isEmpty() || !m_state.store->setPasswordHash(user.uid, hash))
+        return Reply::internalError();
+    const PasswordRules::Edit renewal
+        = PasswordRules(*m_state.store).renewal(user, m_state.clock().date());
+    if (!m_state.store->setParameters(user.uid, renewal.set)
+        || !m_state.store->removeParameters(user.uid, renewal.removed)
+        || !m_state.store->read(user.uid, &user))
+        return Reply::internalError();
+    request.pushes.append(Pushes::changedObjects(*m_state.store, {user.uid}));
+
+    Reply reply = openSession(request, user, login, client);
+    QStringList keys = renewal.set.keys() + renewal.removed;
+    keys.append(QStringLiteral("password"));
+    keys.sort();
+    reply.detail = QStringLiteral("changed by the user himself: %1; session started")
+                       .arg(keys.join(QLatin1Char(' ')));
+    return reply;
+}
+
+Reply SessionOps::passwordPolicy(Request &)
+{
+    return Reply::ok(ZRDataStream::pack(PasswordRules(*m_state.store).policy()));
 }
 
 } // namespace zeral::server

@@ -377,6 +377,19 @@ bool ObjectStore::setParameters(TYPE_ID uid, const QHash<QString, QString> &para
     return run(touch, {stamp(QDateTime::currentDateTimeUtc()), uid});
 }
 
+bool ObjectStore::removeParameters(TYPE_ID uid, const QStringList &keys)
+{
+    if (keys.isEmpty())
+        return true;
+    QSqlQuery &query = statement("DELETE FROM object_params WHERE uid = ? AND key = ?");
+    for (const QString &key : keys) {
+        if (!run(query, {uid, key}))
+            return false;
+    }
+    QSqlQuery &touch = statement("UPDATE objects SET changed_at = ? WHERE uid = ?");
+    return run(touch, {stamp(QDateTime::currentDateTimeUtc()), uid});
+}
+
 bool ObjectStore::setParent(TYPE_ID uid, TYPE_ID parent)
 {
     return run(statement("UPDATE objects SET parent = ? WHERE uid = ?"), {parent, uid});

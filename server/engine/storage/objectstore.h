@@ -45,6 +45,7 @@ public:
     // Stores a new object; its uid is taken from `object` if not 0, else the next free one.
     TYPE_ID insert(const QString &dataset, const ObjectInfo &object);
     bool setParameters(TYPE_ID uid, const QHash<QString, QString> &parameters);
+    bool removeParameters(TYPE_ID uid, const QStringList &keys);
     bool setParent(TYPE_ID uid, TYPE_ID parent);
     bool insertLink(const _INHERIT_DATA &link);
     // Removes the object with everything that hangs on it; `linked` gets the other ends of
