@@ -69,16 +69,13 @@ void UserPropertiesDialog::initPermissionsTab()
     permissionsTab = new UserPermissions(this);
     addTab(permissionsTab, tr("Полномочия"));
     connect(permissionsTab, &UserPermissions::dataEdited, this, &TabbedDialog::showSaveButton);
-    connect(permissionsTab, &UserPermissions::appendTask, this,
-            &UserPropertiesDialog::appendTask);
-    connect(binder, &SignalBinder::currentChanged, permissionsTab,
-            &UserPermissions::setCurrent);
+    connect(permissionsTab, &UserPermissions::appendTask, this, &UserPropertiesDialog::appendTask);
+    connect(binder, &SignalBinder::currentChanged, permissionsTab, &UserPermissions::setCurrent);
     connect(binder, &SignalBinder::roleTemplatesChanged, permissionsTab,
             &UserPermissions::setRoleTemplates);
     connect(binder, &SignalBinder::permissionsChanged, permissionsTab,
             &UserPermissions::setPermissions);
-    connect(binder, &SignalBinder::acceptChanges, permissionsTab,
-            &UserPermissions::applyChanges);
+    connect(binder, &SignalBinder::acceptChanges, permissionsTab, &UserPermissions::applyChanges);
 }
 
 void UserPropertiesDialog::setCurrent(zeral::ObjectInfo info)

@@ -114,7 +114,8 @@ private slots:
         if (refused) {
             QTRY_VERIFY(box.answered());
             QCOMPARE(boxTitle, QStringLiteral("Запрет доступа"));
-            QCOMPARE(boxText, QStringLiteral("Недостаточно прав для просмотра параметров пользователя"));
+            QCOMPARE(boxText,
+                     QStringLiteral("Недостаточно прав для просмотра параметров пользователя"));
         }
         auto *dialog = h.screen->findChild<UserPropertiesDialog *>();
         QCOMPARE(dialog != nullptr, opens);
@@ -163,8 +164,8 @@ private slots:
             const QModelIndex row = h.users->selectionModel()->selectedRows().first();
             emit h.users->doubleClicked(row);
         } else {
-            QTest::keyClick(h.users, way == QLatin1String("Return") ? Qt::Key_Return
-                                                                      : Qt::Key_Enter);
+            QTest::keyClick(h.users,
+                            way == QLatin1String("Return") ? Qt::Key_Return : Qt::Key_Enter);
         }
         QVERIFY(h.screen->findChild<UserPropertiesDialog *>());
     }
@@ -201,8 +202,8 @@ private slots:
         QSignalSpy rights(h.screen, &UserCtl::permissionsRead);
         const QList<zeral::OBJECT_PERMISSION> granted{{3, 50, 7}};
         h.server.answerOk(h.sent(command::GetPermissions).first(), ZRDataStream::pack(granted));
-        h.server.answerFailure(h.sent(command::GetPermissions).last(),
-                               zeral::proto::StatusInternal, QStringLiteral("сбой"));
+        h.server.answerFailure(h.sent(command::GetPermissions).last(), zeral::proto::StatusInternal,
+                               QStringLiteral("сбой"));
         QCOMPARE(rights.size(), 2);
         QCOMPARE(rights.at(0).at(0).value<QList<zeral::OBJECT_PERMISSION>>().size(), 1);
         QVERIFY(rights.at(1).at(0).value<QList<zeral::OBJECT_PERMISSION>>().isEmpty());
@@ -237,8 +238,8 @@ private slots:
                         [](const Command &r) { return Command::answer(r, 1); });
         QPointer<UserPropertiesDialog> dialog = open(h);
         h.server.answerOk(h.sent(command::GetPermissions).last(),
-                          ZRDataStream::pack(QList<zeral::OBJECT_PERMISSION>{
-                              {3, permissionsfixture::Reader, 7}}));
+                          ZRDataStream::pack(
+                              QList<zeral::OBJECT_PERMISSION>{{3, permissionsfixture::Reader, 7}}));
         auto *surname = dialog->findChild<ParameterizedEdit *>("surnameEdit");
         surname->setFocus();
         surname->selectAll();
@@ -298,8 +299,8 @@ private slots:
         surname->selectAll();
         QTest::keyClicks(surname, QStringLiteral("Other"));
         dialog->saveButton()->click();
-        QTRY_VERIFY(dialog->messageLine()->text().contains(
-            QStringLiteral("Логин «operator4» уже занят.")));
+        QTRY_VERIFY(
+            dialog->messageLine()->text().contains(QStringLiteral("Логин «operator4» уже занят.")));
         QCOMPARE(surname->text(), QStringLiteral("Фамилияoperator3"));
         // The roles and rights of the same user were dropped with it.
         QCOMPARE(h.sent(command::UpdateObject).size(), 1);

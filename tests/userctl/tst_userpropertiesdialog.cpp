@@ -97,12 +97,11 @@ private slots:
                          .arg(task.receiver ? task.receiver->metaObject()->className() : "-",
                               task.type, task.method);
         }
-        QCOMPARE(order, (QStringList{"UserProperties save_object saved",
-                                     "UserRoles save_object saved",
-                                     "UserPermissions update_permissions saved"}));
+        QCOMPARE(order,
+                 (QStringList{"UserProperties save_object saved", "UserRoles save_object saved",
+                              "UserPermissions update_permissions saved"}));
         // The rights task carries the object granted.
-        QCOMPARE(objectsOf(tasks.at(2).at(0).value<zeral::TaskInfo>()),
-                 QList<TYPE_ID>{Reader});
+        QCOMPARE(objectsOf(tasks.at(2).at(0).value<zeral::TaskInfo>()), QList<TYPE_ID>{Reader});
     }
 
     void saveButton()
