@@ -20,8 +20,7 @@ PasswordDialog::PasswordDialog(unsigned int uid, QWidget *parent)
     // accepted() is left unconnected.
     connect(ok, &QPushButton::clicked, this, &PasswordDialog::changePassword);
     connect(m_ui->buttonBox, &QDialogButtonBox::rejected, this, &PasswordDialog::reject);
-    connect(m_ui->leOldPassword, &QLineEdit::textEdited, this,
-            &PasswordDialog::oldPasswordEdited);
+    connect(m_ui->leOldPassword, &QLineEdit::textEdited, this, &PasswordDialog::oldPasswordEdited);
     m_ui->passChangeWidget->setVisisbleExtraElements(false);
     connect(m_ui->passChangeWidget, &PasswordChangeWidget::passCheckResult, this,
             &PasswordDialog::onPassCheck);

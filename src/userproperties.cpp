@@ -62,9 +62,9 @@ UserProperties::UserProperties(QWidget *parent)
     m_ui->lbWarning->hide();
 
     // A new expiry lasts as long as the installation gives a new password.
-    const uint days = param(zeral::LocalStorage::instance()->dbSettings(),
-                            db::database::PASSWORD_EXPIRED)
-                          .toUInt();
+    const uint days
+        = param(zeral::LocalStorage::instance()->dbSettings(), db::database::PASSWORD_EXPIRED)
+              .toUInt();
     dateEdit->setDate(QDate::currentDate().addDays(days));
 
     connect(m_ui->loginEdit, &QLineEdit::textEdited, this, &UserProperties::checkLogin);
@@ -116,8 +116,8 @@ void UserProperties::setCurrent(const zeral::ObjectInfo &info)
         m_current = info;
 
     QStringList logins;
-    const auto &users = zeral::LocalStorage::instance()->constObjects(
-        QLatin1String(zeral::USER_DATANAME));
+    const auto &users
+        = zeral::LocalStorage::instance()->constObjects(QLatin1String(zeral::USER_DATANAME));
     for (auto it = users.cbegin(); it != users.cend(); ++it) {
         if (it.key() != m_current.uid)
             logins.append(ZRGlobals::objectName(it.value()));
@@ -148,23 +148,32 @@ void UserProperties::setCurrent(const zeral::ObjectInfo &info)
         connect(dateEdit, &QDateEdit::dateChanged, this, &UserProperties::dataEdited);
     }
 
-    if (m_current.uid == AuthData::userId()) {
-        // An operator edits his own name only as an administrator, and never resets his own
-        // password or moves his own expiry here.
-        const QString roleTemplate = param(m_current, db::user::ROLE_TEMPLATE);
-        const bool mayEditName = roleTemplate == QLatin1String("RT_SUPERVISOR")
-                                 || roleTemplate == QLatin1String("RT_ADMINISTRATOR");
-        for (ParameterizedEdit *edit :
-             {m_ui->loginEdit, m_ui->surnameEdit, m_ui->nameEdit, m_ui->patronymicEdit})
-            edit->setEnabled(mayEditName);
-        m_ui->passwExpireCheck->setEnabled(false);
-        dateEdit->setEnabled(false);
-        m_ui->actionResetPassword->setEnabled(false);
+    // An operator edits his own name only as an administrator, and never resets his own
+    // password or moves his own expiry here.
+    const bool self = m_current.uid == AuthData::userId();
+    const QString roleTemplate = param(m_current, db::user::ROLE_TEMPLATE);
+    const bool mayEditOwnName = roleTemplate == QLatin1String("RT_SUPERVISOR")
+                                || roleTemplate == QLatin1String("RT_ADMINISTRATOR");
+    const QList<ParameterizedEdit *> nameEdits{m_ui->loginEdit, m_ui->surnameEdit, m_ui->nameEdit,
+                                               m_ui->patronymicEdit};
+    if (self) {
+        for (ParameterizedEdit *edit : nameEdits)
+            edit->setEnabled(mayEditOwnName);
     }
 
     // Selecting the policy also locks the login of a Kerberos account.
     if (!m_current.type.isEmpty())
         m_ui->cbIdentType->setCurrentData(param(m_current, db::user::IDENT_TYPE).toUInt());
+
+    // Any other policy selected just now has given the login and the reset back; on the
+    // operator's own account the locks above hold all the same.
+    if (self) {
+        if (!mayEditOwnName)
+            m_ui->loginEdit->setEnabled(false);
+        m_ui->passwExpireCheck->setEnabled(false);
+        dateEdit->setEnabled(false);
+        m_ui->actionResetPassword->setEnabled(false);
+    }
 
     // Nobody renames "root".
     if (m_ui->loginEdit->isEnabled())
@@ -272,8 +281,8 @@ void UserProperties::clearPassword()
     changes.insert(QLatin1String(db::user::PASSHASH),
                    PassHash::encrypt(QString(), QCryptographicHash::Md5));
 
-    const zeral::LocalStorage::Objects &databases = zeral::LocalStorage::instance()->constObjects(
-        QLatin1String(zeral::DB_DATANAME));
+    const zeral::LocalStorage::Objects &databases
+        = zeral::LocalStorage::instance()->constObjects(QLatin1String(zeral::DB_DATANAME));
     if (databases.isEmpty()) {
         qCWarning(ucc()) << "ERROR: no DB objects!";
         return;
@@ -284,8 +293,8 @@ void UserProperties::clearPassword()
         return;
     }
     // The password a reset user starts with is the installation's default.
-    const QString defaultPassword = param(databases.constValue(keys.first()),
-                                          db::database::PASSWORD_DEF);
+    const QString defaultPassword
+        = param(databases.constValue(keys.first()), db::database::PASSWORD_DEF);
     changes.insert(QLatin1String(db::user::PASSHASH),
                    PassHash::encrypt(defaultPassword, QCryptographicHash::Md5));
 
