@@ -69,8 +69,11 @@ class TestPasswordDialog : public QObject
 private slots:
     void init()
     {
-        AuthData::set({QStringLiteral("admin"), OperatorUid, "session-1",
-                       QStringLiteral("RT_ADMINISTRATOR"), {},
+        AuthData::set({QStringLiteral("admin"),
+                       OperatorUid,
+                       "session-1",
+                       QStringLiteral("RT_ADMINISTRATOR"),
+                       {},
                        PassHash::encrypt(CurrentPassword, QCryptographicHash::Md5)});
     }
     void cleanup() { AuthData::clear(); }
