@@ -843,15 +843,12 @@ private slots:
 
         const QList<Command> saves = h.sent(command::UpdateObject);
         QCOMPARE(saves.size(), 1);
-        TYPE_ID uid = 0, parent = 0;
-        QString type;
-        QHash<QString, QString> sent;
-        unpack(saves.at(0).data, uid, type, parent, sent);
-        QCOMPARE(uid, ClerkUid);
-        QCOMPARE(type, QStringLiteral("OT_USER"));
-        QCOMPARE(parent, TYPE_ID(40));
+        const SavedObject saved(saves.at(0));
+        QCOMPARE(saved.uid, ClerkUid);
+        QCOMPARE(saved.type, QStringLiteral("OT_USER"));
+        QCOMPARE(saved.parent, TYPE_ID(40));
         // Every value travels as text, the hash of a password among them, never the password.
-        QCOMPARE(sent, ZRGlobals::convertHash(parameters));
+        QCOMPARE(saved.parameters, ZRGlobals::convertHash(parameters));
         // A password task waits with the form disabled.
         QCOMPARE(e.tab.isEnabled(), action == QLatin1String("apply"));
 
