@@ -8,8 +8,10 @@
 #include <src/userproperties.h>
 
 #include <host/core/zrglobals.h>
+#include <host/gui/dialogs/tabbeddialog.h>
 #include <host/gui/widgets/parameterizededit.h>
 #include <host/gui/widgets/passwordchangewidget.h>
+#include <host/gui/widgets/zractionstoolbar.h>
 #include <host/gui/widgets/zrcombobox.h>
 #include <host/gui/widgets/zrdateedit.h>
 #include <shared/metatypes.h>
@@ -288,6 +290,28 @@ private slots:
         QCOMPARE(e.resetAction()->text(), QStringLiteral("Сбросить пароль"));
         QCOMPARE(e.changeAction()->icon().name(), QStringLiteral("action-change_password"));
         QCOMPARE(e.resetAction()->icon().name(), QStringLiteral("action-device_reset"));
+    }
+
+    // The dialog offers the tab's actions on its tool bar, as they are enabled for the user.
+    void actionsOnTheDialogToolBar()
+    {
+        TabbedDialog dialog;
+        auto *tab = new UserProperties(&dialog);
+        dialog.addTab(tab, QStringLiteral("Основное"));
+        tab->setCurrent(user(OperatorUid, "admin", "RT_ADMINISTRATOR"));
+        dialog.show();
+        const auto onToolBar = [&dialog](const QString &text) -> QAction * {
+            for (QAction *action : dialog.toolBar()->actions()) {
+                if (action->text() == text)
+                    return action;
+            }
+            return nullptr;
+        };
+        QTRY_VERIFY(onToolBar(QStringLiteral("Сменить пароль")));
+        QVERIFY(onToolBar(QStringLiteral("Сменить пароль"))->isEnabled());
+        QVERIFY(onToolBar(QStringLiteral("Сбросить пароль")));
+        QVERIFY(!onToolBar(QStringLiteral("Сбросить пароль"))->isEnabled());
+        QVERIFY(dialog.toolBar()->isVisible());
     }
 
     void stateAfterSetCurrent_data()
