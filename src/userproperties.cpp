@@ -154,10 +154,9 @@ void UserProperties::setCurrent(const zeral::ObjectInfo &info)
     const QString roleTemplate = param(m_current, db::user::ROLE_TEMPLATE);
     const bool mayEditOwnName = roleTemplate == QLatin1String("RT_SUPERVISOR")
                                 || roleTemplate == QLatin1String("RT_ADMINISTRATOR");
-    const QList<ParameterizedEdit *> nameEdits{m_ui->loginEdit, m_ui->surnameEdit, m_ui->nameEdit,
-                                               m_ui->patronymicEdit};
     if (self) {
-        for (ParameterizedEdit *edit : nameEdits)
+        for (ParameterizedEdit *edit :
+             {m_ui->loginEdit, m_ui->surnameEdit, m_ui->nameEdit, m_ui->patronymicEdit})
             edit->setEnabled(mayEditOwnName);
     }
 
