@@ -219,8 +219,15 @@ private:
     // Takes the running task off the queue for its answer; none on an empty queue.
     std::optional<zeral::TaskInfo> takeAnsweredTask();
     // A failed save, create or prescribe: its window hears 0, the tasks resting on it go, and
-    // the open dialogs show its message.
-    void failShownTask(const zeral::TaskInfo &failed);
+    // the open dialogs show its message and then the server's reason.
+    void failShownTask(const zeral::TaskInfo &failed, const Command &answer);
+    // The wiring every property dialog of the screen gets: messages, the save (through a
+    // biometric confirmation when the operator's template asks for one), its tasks, its end;
+    // then, once it has its user, the data the screen reads for it.
+    template<class Dialog>
+    void connectEditor(Dialog *dialog);
+    template<class Dialog>
+    void connectEditorData(Dialog *dialog);
     // The answer to a save or a prescription: the window told, or the failure shown.
     void finishShownTask(Command &command, const char *doneLog, const char *failLog);
     // Tells the task's window the outcome, later, from the event loop: the uid, 0 on failure.

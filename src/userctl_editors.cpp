@@ -3,13 +3,122 @@
 
 #include "userctl.h"
 
+#include "ui_userctl.h"
+#include "userctl_p.h"
+
+#include <src/rolecontainer.h>
+#include <src/userfilterproxymodel.h>
+#include <src/userpropertiesdialog.h>
+
+#include <host/core/authdata.h>
+#include <host/core/data.h>
+#include <host/core/zrglobals.h>
+#include <host/gui/models/itemroles.h>
+
+#include <QItemSelection>
+#include <QMessageBox>
+
+using namespace userctl::detail;
+
+template<class Dialog>
+void UserCtl::connectEditor(Dialog *dialog)
+{
+    connect(this, qOverload<QString>(&UserCtl::showMessage), dialog,
+            qOverload<const QString &>(&Dialog::showMessage));
+    connect(this, qOverload<QString, QColor>(&UserCtl::showMessage), dialog,
+            qOverload<const QString &, const QColor &>(&Dialog::showMessage));
+    // Hide the Save button first, then send: the tabs' tasks go out from applyChanges.
+    connect(this, &UserCtl::acceptChanges, dialog, &Dialog::saved);
+    connect(this, &UserCtl::acceptChanges, dialog, &Dialog::applyChanges);
+    connect(dialog, &QDialog::finished, this, &UserCtl::userEditFinished);
+    connect(dialog, &Dialog::appendTask, this, &UserCtl::addTask, Qt::DirectConnection);
+    if (userctl::RoleContainer::requireConfirmUserUpdate()) {
+        // A second person confirms by finger; a refusal only ends the save.
+        connect(dialog, &Dialog::save, this, &UserCtl::verifyEdit);
+        connect(this, &UserCtl::rejectChanges, dialog, &Dialog::saved);
+    } else {
+        connect(dialog, &Dialog::save, this, &UserCtl::acceptChanges);
+    }
+}
+
+template<class Dialog>
+void UserCtl::connectEditorData(Dialog *dialog)
+{
+    connect(this, &UserCtl::permissionsRead, dialog, &Dialog::setPermissions);
+    connect(this, &UserCtl::roleTemplatesRead, dialog, &Dialog::setRoleTemplates);
+    connect(this, &UserCtl::userTemplatesRead, dialog, &Dialog::setTemplatesCount);
+    connect(this, &UserCtl::userSaved, dialog, &Dialog::setUserSaved);
+    connect(this, &UserCtl::userAccessSaved, dialog, &Dialog::setUserAccessSaved);
+}
+
 void UserCtl::addButtonClicked() {}
 
-void UserCtl::userEditFinished() {}
+void UserCtl::userEditFinished()
+{
+    QItemSelection selection;
+    QModelIndex first;
+    for (const zeral::TYPE_ID uid : qAsConst(m_templateWatchUids)) {
+        const QModelIndex index = m_userProxy->indexForUid(uid);
+        if (!index.isValid())
+            continue;
+        selection.select(index, index);
+        if (!first.isValid() || index.row() < first.row())
+            first = index;
+    }
+    m_ui->usersList->selectionModel()->select(selection, QItemSelectionModel::ClearAndSelect
+                                                             | QItemSelectionModel::Rows);
+    m_templateWatchUids.clear();
+    m_ui->usersList->setFocus(Qt::OtherFocusReason);
+    if (first.isValid())
+        m_ui->usersList->scrollTo(first, QAbstractItemView::PositionAtTop);
+    setCurrentUserInfoRoles();
+}
 
-void UserCtl::showUserProperties() {}
+void UserCtl::showUserProperties()
+{
+    const QModelIndexList rows = selectedRows(m_ui->usersList);
+    if (rows.size() != 1)
+        return;
+    const QModelIndex row = rows.first();
+    zeral::ObjectInfo info;
+    info.uid = row.data(Qt::DisplayRole).toUInt();
+    info.type = row.siblingAtColumn(1).data(Qt::DisplayRole).toString();
+    info.parameters = ZRGlobals::convertHash(row.data(ItemRoles::Parameters).toHash());
 
-void UserCtl::cancelChanged() {}
+    // Anybody may look at his own account.
+    if (!userctl::RoleContainer::canUpdateUser() && info.uid != AuthData::userId()) {
+        QMessageBox::critical(this, tr("Запрет доступа"),
+                              tr("Недостаточно прав для просмотра параметров пользователя"));
+        return;
+    }
+    m_templateWatchUids.clear();
+    m_templateWatchUids.append(info.uid);
+
+    auto *dialog = new UserPropertiesDialog(this);
+    dialog->setModal(true);
+    dialog->setWindowModality(Qt::ApplicationModal);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowTitle(
+        tr("Свойства пользователя %1").arg(ZRGlobals::objectName(info.type, info.parameters)));
+    dialog->initTabs();
+    connectEditor(dialog);
+    dialog->setCurrent(info);
+    dialog->setRoleTemplates(m_roleTemplates);
+    connectEditorData(dialog);
+
+    sendGetRoletemplates();
+    m_data->getPermissions({info.uid}, handler(&UserCtl::getPermissionsHandler));
+    m_data->getUserFingersExists(m_templateWatchUids, handler(&UserCtl::fingerExistsRead));
+    dialog->adjustSize();
+    dialog->show();
+}
+
+void UserCtl::cancelChanged()
+{
+    m_ui->usersList->setEnabled(true);
+    userSelectionChanged();
+    mobileUserSelectionChanged();
+}
 
 void UserCtl::addMobileButtonClicked() {}
 

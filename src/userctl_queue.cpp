@@ -182,11 +182,22 @@ std::optional<zeral::TaskInfo> UserCtl::takeAnsweredTask()
     return answered;
 }
 
-void UserCtl::failShownTask(const zeral::TaskInfo &failed)
+void UserCtl::failShownTask(const zeral::TaskInfo &failed, const Command &answer)
 {
     notifyReceiver(failed, 0);
     m_taskQueue.removeTasks(failed);
     emit showMessage(failed.errorMessage);
+    // The server's reason comes last, after the receiver has put its form back, so that the
+    // operator reads why and not only that.
+    const QString reason = answer.errorText();
+    if (!reason.isEmpty()) {
+        const QString text = failed.errorMessage.isEmpty()
+                                 ? reason
+                                 : tr("%1: %2").arg(failed.errorMessage, reason);
+        QMetaObject::invokeMethod(
+            this, [this, text] { emit showMessage(text, QColor(Qt::red)); },
+            Qt::QueuedConnection);
+    }
 }
 
 void UserCtl::finishShownTask(Command &command, const char *doneLog, const char *failLog)
@@ -200,7 +211,7 @@ void UserCtl::finishShownTask(Command &command, const char *doneLog, const char 
         qCDebug(ucc()) << doneLog << t.uid;
     } else {
         qCWarning(ucc()) << failLog << t.uid << command.status;
-        failShownTask(t);
+        failShownTask(t, command);
     }
     processNextTask();
 }
@@ -225,7 +236,7 @@ void UserCtl::objectCreatedHandler(Command &command)
         qCDebug(ucc()) << "object created" << uid;
     } else {
         qCWarning(ucc()) << "fail create object" << command.status;
-        failShownTask(t);
+        failShownTask(t, command);
     }
     processNextTask();
 }

@@ -11,13 +11,26 @@ const QString ObjectPrefix = QStringLiteral("object-");
 constexpr int PermissionObjectValue = 7;
 // The right every permission task grants on its objects.
 constexpr qint32 TaskPermission = 12;
+
+void putFrame(zeral::TaskInfo *task, const zeral::ObjectInfo &object)
+{
+    task->data.insert(ObjectTypeKey, object.type);
+    task->data.insert(ParentKey, object.parent);
+}
 } // namespace
 
 void UserTaskData::putObject(zeral::TaskInfo *task, const zeral::ObjectInfo &object)
 {
-    task->data.insert(ObjectTypeKey, object.type);
-    task->data.insert(ParentKey, object.parent);
+    putFrame(task, object);
     for (auto it = object.parameters.cbegin(); it != object.parameters.cend(); ++it)
+        task->data.insert(PropertyPrefix + it.key(), it.value());
+}
+
+void UserTaskData::putChanges(zeral::TaskInfo *task, const zeral::ObjectInfo &object,
+                              const QHash<QString, QVariant> &changes)
+{
+    putFrame(task, object);
+    for (auto it = changes.cbegin(); it != changes.cend(); ++it)
         task->data.insert(PropertyPrefix + it.key(), it.value());
 }
 

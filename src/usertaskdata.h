@@ -4,8 +4,11 @@
 #include <shared/objectpermission.h>
 #include <shared/taskinfo.h>
 
+#include <QHash>
 #include <QList>
 #include <QSet>
+#include <QString>
+#include <QVariant>
 
 // How the tasks of the users screen carry what they change, in one place for the editors that
 // write tasks and the queue that reads them. A save or create task carries its object's type
@@ -15,6 +18,9 @@ class UserTaskData
 {
 public:
     static void putObject(zeral::TaskInfo *task, const zeral::ObjectInfo &object);
+    // The object's type and parent, and only the parameters given, each as it is.
+    static void putChanges(zeral::TaskInfo *task, const zeral::ObjectInfo &object,
+                           const QHash<QString, QVariant> &changes);
     static zeral::ObjectInfo object(const zeral::TaskInfo &task);
 
     // In ascending order of uid, so that equal sets make equal tasks.

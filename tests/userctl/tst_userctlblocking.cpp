@@ -12,20 +12,6 @@
 #include <QPushButton>
 #include <QtTest>
 
-namespace {
-
-// One "data.update_object" request as the server reads it.
-struct Saved
-{
-    explicit Saved(const Command &request) { unpack(request.data, uid, type, parent, parameters); }
-    TYPE_ID uid = 0;
-    QString type;
-    TYPE_ID parent = 0;
-    QHash<QString, QString> parameters;
-};
-
-} // namespace
-
 class TestUserCtlBlocking : public QObject
 {
     Q_OBJECT
@@ -94,7 +80,7 @@ private slots:
         QList<TYPE_ID> savedUids;
         for (int i = 0; i < selection.size(); ++i) {
             QCOMPARE(h.sent(command::UpdateObject).size(), i + 1);
-            const Saved s(h.sent(command::UpdateObject).at(i));
+            const SavedObject s(h.sent(command::UpdateObject).at(i));
             savedUids.append(s.uid);
             QCOMPARE(s.type + QString::number(s.parent), QStringLiteral("OT_USER40"));
             QHash<QString, QString> expected
@@ -124,7 +110,7 @@ private slots:
         Question answerer;
         h.child("actionBlockChange")->trigger();
         const Command first = h.sent(command::UpdateObject).at(0);
-        const TYPE_ID failing = Saved(first).uid;
+        const TYPE_ID failing = SavedObject(first).uid;
         // Another window's change of the same user waits behind the block.
         zeral::TaskInfo later;
         later.type = QStringLiteral("save_object");
@@ -133,7 +119,7 @@ private slots:
 
         h.server.answerFailure(first, zeral::proto::StatusForbidden, QStringLiteral("нет прав"));
         QCOMPARE(h.sent(command::UpdateObject).size(), 2);
-        QCOMPARE(Saved(h.sent(command::UpdateObject).at(1)).uid, failing == 3 ? 4u : 3u);
+        QCOMPARE(SavedObject(h.sent(command::UpdateObject).at(1)).uid, failing == 3 ? 4u : 3u);
         QTRY_COMPARE(h.popupTexts(), QStringList{"Ошибка изменения блокировки пользователя"});
         QCOMPARE(h.screen->popups().first()->messageIcon(), MessageWidget::Critical);
 

@@ -33,6 +33,19 @@ void unpack(const QByteArray &data, Values &...values)
     (in >> ... >> values);
 }
 
+// One "data.update_object" request as the server reads it.
+struct SavedObject
+{
+    explicit SavedObject(const Command &request)
+    {
+        unpack(request.data, uid, type, parent, parameters);
+    }
+    TYPE_ID uid = 0;
+    QString type;
+    TYPE_ID parent = 0;
+    QHash<QString, QString> parameters;
+};
+
 // The users screen as the studio sets it up (init, registered with the router, placed),
 // talking to a scripted server, for the logged-in operator given. Once placed, the models
 // of its three tables run under QAbstractItemModelTester.

@@ -6,6 +6,8 @@
 #include <server/engine/storage/rolecatalogue.h>
 #include <shared/datasets.h>
 #include <shared/dbkeys.h>
+#include <src/passworddialog.h>
+#include <src/userproperties.h>
 #include <src/userroles.h>
 
 namespace {
@@ -61,6 +63,30 @@ void gallery::shootUserRoles(const QDir &dir)
     self.setCurrent(admin);
     self.setRoleTemplates(templates);
     shoot(&self, dir, QStringLiteral("userroles-self"));
+
+    AuthData::clear();
+    zeral::LocalStorage::instance()->clear();
+}
+
+void gallery::shootUserProperties(const QDir &dir)
+{
+    const zeral::ROLETEMPLATES_HASH templates = fillDemoStore();
+    const zeral::ObjectInfo admin = demoUser(QStringLiteral("admin"));
+    const QString adminTemplate = admin.parameters.value(QLatin1String(db::user::ROLE_TEMPLATE));
+    AuthData::set({QStringLiteral("admin"), admin.uid, "gallery", adminTemplate,
+                   templates.value(adminTemplate).roles, QString()});
+
+    // The security officer as the administrator sees him, with no fingerprints enrolled.
+    UserProperties other;
+    other.resize(564, 309);
+    const zeral::ObjectInfo security = demoUser(QStringLiteral("security"));
+    other.setCurrent(security);
+    other.setTemplatesCount(security.uid, 0);
+    shoot(&other, dir, QStringLiteral("userproperties"));
+
+    // The administrator changing his own password is asked for the current one.
+    PasswordDialog password(admin.uid);
+    shoot(&password, dir, QStringLiteral("passworddialog"));
 
     AuthData::clear();
     zeral::LocalStorage::instance()->clear();

@@ -34,6 +34,7 @@ int main(int argc, char *argv[])
     gallery::shootWidgets(dir);
     gallery::shootWizards(dir);
     gallery::shootUserRoles(dir);
+    gallery::shootUserProperties(dir);
     gallery::shootUserPermissions(dir);
     return 0;
 }

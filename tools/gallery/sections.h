@@ -12,5 +12,6 @@ bool shoot(QWidget *widget, const QDir &dir, const QString &name);
 void shootWidgets(const QDir &dir);
 void shootWizards(const QDir &dir);
 void shootUserRoles(const QDir &dir);
+void shootUserProperties(const QDir &dir);
 void shootUserPermissions(const QDir &dir);
 } // namespace gallery

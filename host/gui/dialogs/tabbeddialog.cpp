@@ -1,5 +1,7 @@
 #include "tabbeddialog.h"
 
+#include <QColor>
+
 #include <host/gui/widgets/messagewidget.h>
 #include <host/gui/widgets/zractionsinserthelper.h>
 #include <host/gui/widgets/zractionstoolbar.h>
@@ -77,6 +79,13 @@ void TabbedDialog::showMessage(const QString &text)
     m_message->setMessageIcon(MessageWidget::Information);
     m_message->setText(text);
     m_message->setVisible(!text.isEmpty());
+}
+
+void TabbedDialog::showMessage(const QString &text, const QColor &color)
+{
+    showMessage(text.isEmpty() ? text
+                               : QStringLiteral("<span style=\"color:%1\">%2</span>")
+                                     .arg(color.name(), text.toHtmlEscaped()));
 }
 
 void TabbedDialog::showCriticalMessage(const QString &text)

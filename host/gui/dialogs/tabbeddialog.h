@@ -6,6 +6,7 @@
 
 class MessageWidget;
 class QAction;
+class QColor;
 class QDialogButtonBox;
 class QPushButton;
 class QTabWidget;
@@ -37,6 +38,9 @@ public:
 
 public slots:
     void showMessage(const QString &text);
+    // The text drawn in `color`, for a line that must stand out from the progress messages
+    // (the reason a server gave for a refusal).
+    void showMessage(const QString &text, const QColor &color);
     void showCriticalMessage(const QString &text);
     void reject() override;
     // The save has ended: the Save button goes away.
