@@ -174,14 +174,14 @@ void UserRoles::applyChanges()
     const QString oldId = presentTemplateId();
     const bool changed = newId != oldId;
 
-    zeral::ObjectInfo user = m_current;
-    if (changed)
-        user.parameters.insert(QLatin1String(db::user::ROLE_TEMPLATE), newId);
-
+    // Only the template, the one parameter this tab owns. The properties tab of the same
+    // dialog saves its changes just before this task runs; the user's other parameters as
+    // this tab was given them would put the old login and names back over them.
     zeral::TaskInfo save;
     save.uid = m_current.uid;
     save.type = QStringLiteral("save_object");
-    UserTaskData::putObject(&save, user);
+    UserTaskData::putChanges(&save, m_current,
+                             {{QLatin1String(db::user::ROLE_TEMPLATE), changed ? newId : oldId}});
     save.receiver = this;
     save.method = QStringLiteral("saved");
     const QString name = ZRGlobals::objectName(m_current);

@@ -281,6 +281,11 @@ private slots:
         unpack(h.sent(command::UpdateObject).first().data, uid, type, parent, parameters);
         QCOMPARE(uid, 3u);
         QCOMPARE(parameters.value("PT_SURNAME"), QStringLiteral("Petrova"));
+        // The roles tab's save behind it carries its template alone, so it can't put the old
+        // surname back.
+        parameters.clear();
+        unpack(h.sent(command::UpdateObject).last().data, uid, type, parent, parameters);
+        QCOMPARE(parameters.keys(), QStringList{"PT_ROLETEMPLATE"});
         QTRY_COMPARE(dialog->messageLine()->text(),
                      QStringLiteral("Параметры пользователя сохранены"));
     }
