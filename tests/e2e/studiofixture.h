@@ -6,6 +6,8 @@
 #include <host/core/authdata.h>
 #include <host/core/localstorage.h>
 #include <host/core/settings.h>
+#include <host/gui/biometrics/simulatedfingerprintreader.h>
+#include <shared/fingerprintformat.h>
 #include <tests/server/serverharness.h>
 
 #include <KPasswordLineEdit>
@@ -66,6 +68,19 @@ protected:
         if (!server.isEmpty())
             dialog->findChild<QComboBox *>(QStringLiteral("serverCombo"))->setEditText(server);
         dialog->findChild<QDialogButtonBox *>()->button(QDialogButtonBox::Ok)->click();
+    }
+
+    // Stores a new template of the simulated reader for a finger of `uid`, as `by`; returns
+    // the template, or nothing when the server refused it.
+    static QByteArray enrolSimulatedFinger(harness::WireClient &by, zeral::TYPE_ID uid,
+                                           qint32 finger)
+    {
+        const QByteArray data = SimulatedFingerprintReader::newTemplate();
+        const Command answer
+            = by.request(harness::cmd::EnrolFinger,
+                         ZRDataStream::pack(quint32(uid), finger,
+                                            quint32(zeral::SIMULATED_FINGERPRINT_FORMAT), data));
+        return answer.status == zeral::proto::StatusOk ? data : QByteArray();
     }
 
     // Starts a studio and logs in; true once its main window stands.

@@ -141,13 +141,8 @@ private slots:
         const TYPE_ID guard = addUser(*root, QStringLiteral("guard"), QLatin1String(t::SECURITY));
         const TYPE_ID clerk = addUser(*root, QStringLiteral("clerk"), QLatin1String(t::OPERATOR));
         QVERIFY(guard && clerk && addUser(*root, QStringLiteral("hr"), QLatin1String(t::HR)));
-        const QByteArray guardFinger = SimulatedFingerprintReader::newTemplate();
-        QCOMPARE(root->request(cmd::EnrolFinger,
-                               ZRDataStream::pack(quint32(guard), qint32(3),
-                                                  quint32(zeral::SIMULATED_FINGERPRINT_FORMAT),
-                                                  guardFinger))
-                     .status,
-                 qint32(zeral::proto::StatusOk));
+        const QByteArray guardFinger = enrolSimulatedFinger(*root, guard, 3);
+        QVERIFY(!guardFinger.isEmpty());
 
         // The personnel officer's changes of users need a confirmation.
         QVERIFY(logIn(QStringLiteral("hr"), QStringLiteral("Passw0rd")));

@@ -2,6 +2,7 @@
 // an operator or by the user himself, the obligation to change it and its expiry at login,
 // session.change_password and session.password_policy, over real TCP.
 
+#include "databasereader.h"
 #include "serverharness.h"
 
 #include <host/core/guipassfuncs.h>
@@ -654,20 +655,9 @@ private:
         }
         return {};
     }
-    // Reads the engine's database through a connection of its own, as WAL allows.
     QSqlQuery query(const QString &statement)
     {
-        const QString name = QStringLiteral("password-reader");
-        QSqlDatabase db = QSqlDatabase::contains(name)
-                              ? QSqlDatabase::database(name)
-                              : QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
-        db.setDatabaseName(m_server.dir.filePath(QStringLiteral("server.db")));
-        db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
-        if (!db.isOpen())
-            db.open();
-        QSqlQuery result(db);
-        result.exec(statement);
-        return result;
+        return harness::readDatabase(m_server.dir.filePath(QStringLiteral("server.db")), statement);
     }
     QString storedHash(TYPE_ID uid)
     {

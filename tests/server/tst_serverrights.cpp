@@ -1,6 +1,7 @@
 // Rights at the server: which operator template may do what to a user of which template,
 // and the role templates each operator is offered, over real TCP.
 
+#include "databasereader.h"
 #include "serverharness.h"
 
 #include <shared/objectpermission.h>
@@ -224,20 +225,9 @@ private slots:
     }
 
 private:
-    // Reads the engine's database through a connection of its own, as WAL allows.
     QSqlQuery query(const QString &statement)
     {
-        const QString name = QStringLiteral("audit-reader");
-        QSqlDatabase db = QSqlDatabase::contains(name)
-                              ? QSqlDatabase::database(name)
-                              : QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);
-        db.setDatabaseName(m_server.dir.filePath(QStringLiteral("server.db")));
-        db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
-        if (!db.isOpen())
-            db.open();
-        QSqlQuery result(db);
-        result.exec(statement);
-        return result;
+        return harness::readDatabase(m_server.dir.filePath(QStringLiteral("server.db")), statement);
     }
     QVariant scalar(const QString &statement)
     {
