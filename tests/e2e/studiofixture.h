@@ -8,6 +8,7 @@
 #include <host/core/settings.h>
 #include <host/gui/biometrics/simulatedfingerprintreader.h>
 #include <shared/fingerprintformat.h>
+#include <shared/rolenames.h>
 #include <tests/server/serverharness.h>
 
 #include <KPasswordLineEdit>
@@ -81,6 +82,29 @@ protected:
                          ZRDataStream::pack(quint32(uid), finger,
                                             quint32(zeral::SIMULATED_FINGERPRINT_FORMAT), data));
         return answer.status == zeral::proto::StatusOk ? data : QByteArray();
+    }
+
+    // A site where changes of users wait for a finger: "guard" (security, who confirms, one
+    // finger enrolled), "clerk" (an operator to change) and "hr" (whose changes need the
+    // confirmation), all with the password "Passw0rd". Empty uids when the server refused.
+    struct ConfirmationSite
+    {
+        zeral::TYPE_ID guard = 0;
+        zeral::TYPE_ID clerk = 0;
+        zeral::TYPE_ID hr = 0;
+        QByteArray guardFinger;
+        bool isComplete() const { return guard && clerk && hr && !guardFinger.isEmpty(); }
+    };
+    static ConfirmationSite makeConfirmationSite(harness::WireClient &root)
+    {
+        namespace t = zeral::roletemplate;
+        ConfirmationSite site;
+        site.guard = harness::addUser(root, QStringLiteral("guard"), QLatin1String(t::SECURITY));
+        site.clerk = harness::addUser(root, QStringLiteral("clerk"), QLatin1String(t::OPERATOR));
+        site.hr = harness::addUser(root, QStringLiteral("hr"), QLatin1String(t::HR));
+        if (site.guard)
+            site.guardFinger = enrolSimulatedFinger(root, site.guard, 1);
+        return site;
     }
 
     // Starts a studio and logs in; true once its main window stands.

@@ -150,13 +150,11 @@ private slots:
     void deletionWaitsForAConfirmer()
     {
         QFETCH(bool, confirmed);
-        namespace t = zeral::roletemplate;
         std::unique_ptr<WireClient> root = m_server->rootClient();
-        const TYPE_ID guard = addUser(*root, QStringLiteral("guard"), QLatin1String(t::SECURITY));
-        const TYPE_ID clerk = addUser(*root, QStringLiteral("clerk"), QLatin1String(t::OPERATOR));
-        QVERIFY(guard && clerk && addUser(*root, QStringLiteral("hr"), QLatin1String(t::HR)));
-        const QByteArray guardFinger = enrolSimulatedFinger(*root, guard, 1);
-        QVERIFY(!guardFinger.isEmpty());
+        const ConfirmationSite site = makeConfirmationSite(*root);
+        QVERIFY(site.isComplete());
+        const TYPE_ID clerk = site.clerk;
+        const QByteArray guardFinger = site.guardFinger;
 
         // The personnel officer deletes, the guard confirms at the reader.
         QVERIFY(logIn(QStringLiteral("hr"), QStringLiteral("Passw0rd")));
@@ -190,7 +188,8 @@ private slots:
         } else {
             wizard->reject();
             // A round trip through the server: a deletion would have been pushed by now.
-            QVERIFY(addUser(*root, QStringLiteral("later"), QLatin1String(t::OPERATOR)));
+            QVERIFY(addUser(*root, QStringLiteral("later"),
+                            QLatin1String(zeral::roletemplate::OPERATOR)));
             QTRY_VERIFY(zeral::LocalStorage::instance()->constObjects(QStringLiteral("user")).size()
                         == 5);
             QVERIFY(zeral::LocalStorage::instance()

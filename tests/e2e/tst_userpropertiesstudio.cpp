@@ -136,13 +136,11 @@ private slots:
     void updateWaitsForAConfirmingFinger()
     {
         QFETCH(bool, confirmed);
-        namespace t = zeral::roletemplate;
         std::unique_ptr<WireClient> root = m_server->rootClient();
-        const TYPE_ID guard = addUser(*root, QStringLiteral("guard"), QLatin1String(t::SECURITY));
-        const TYPE_ID clerk = addUser(*root, QStringLiteral("clerk"), QLatin1String(t::OPERATOR));
-        QVERIFY(guard && clerk && addUser(*root, QStringLiteral("hr"), QLatin1String(t::HR)));
-        const QByteArray guardFinger = enrolSimulatedFinger(*root, guard, 3);
-        QVERIFY(!guardFinger.isEmpty());
+        const ConfirmationSite site = makeConfirmationSite(*root);
+        QVERIFY(site.isComplete());
+        const TYPE_ID clerk = site.clerk;
+        const QByteArray guardFinger = site.guardFinger;
 
         // The personnel officer's changes of users need a confirmation.
         QVERIFY(logIn(QStringLiteral("hr"), QStringLiteral("Passw0rd")));
