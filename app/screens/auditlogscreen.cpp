@@ -36,7 +36,7 @@ AuditLogScreen::AuditLogScreen(QWidget *parent)
     , m_toCheck(new QCheckBox(tr("до"), this))
     , m_to(new QDateTimeEdit(this))
     , m_apply(new QPushButton(tr("Найти"), this))
-    , m_export(new QAction(QIcon::fromTheme(QStringLiteral("document-export")),
+    , m_export(new QAction(QIcon::fromTheme(QStringLiteral("action-save")),
                            tr("Экспорт в CSV…"), this))
     , m_status(new QLabel(this))
 {
@@ -88,16 +88,23 @@ AuditLogScreen::AuditLogScreen(QWidget *parent)
     ZRActionsInsertHelper::addActionWidget(toolBar, m_export);
     addToolBar(Qt::TopToolBarArea, toolBar);
 
-    auto *bar = new QHBoxLayout;
-    bar->addWidget(m_operator, 1);
-    bar->addWidget(m_object, 2);
-    bar->addWidget(m_action, 1);
-    bar->addWidget(m_result);
-    bar->addWidget(m_fromCheck);
-    bar->addWidget(m_from);
-    bar->addWidget(m_toCheck);
-    bar->addWidget(m_to);
-    bar->addWidget(m_apply);
+    // Two rows, so that the screen fits a narrow window beside the side list.
+    for (QComboBox *box : {m_action, m_result}) {
+        box->setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+        box->setMinimumContentsLength(12);
+    }
+    auto *texts = new QHBoxLayout;
+    texts->addWidget(m_operator, 1);
+    texts->addWidget(m_object, 2);
+    texts->addWidget(m_action, 1);
+    texts->addWidget(m_result, 1);
+    auto *period = new QHBoxLayout;
+    period->addWidget(m_fromCheck);
+    period->addWidget(m_from);
+    period->addWidget(m_toCheck);
+    period->addWidget(m_to);
+    period->addStretch(1);
+    period->addWidget(m_apply);
 
     m_view->setObjectName(QStringLiteral("auditLogTable"));
     m_view->setSelectionBehavior(QAbstractItemView::SelectRows);
@@ -109,7 +116,8 @@ AuditLogScreen::AuditLogScreen(QWidget *parent)
 
     auto *central = new QWidget(this);
     auto *layout = new QVBoxLayout(central);
-    layout->addLayout(bar);
+    layout->addLayout(texts);
+    layout->addLayout(period);
     layout->addWidget(m_view, 1);
     layout->addWidget(m_status);
     setCentralWidget(central);
@@ -157,7 +165,7 @@ QList<PLUGIN_TAB> AuditLogScreen::tabList()
 {
     PLUGIN_TAB tab;
     tab.name = tr("Журнал действий");
-    tab.icon = QIcon::fromTheme(QStringLiteral("view-history"));
+    tab.icon = QIcon::fromTheme(QStringLiteral("object-OT_REPORT"));
     tab.index = 0;
     tab.current = true;
     return {tab};

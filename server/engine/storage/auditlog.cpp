@@ -27,7 +27,7 @@ AuditRecord AuditLog::record(QSqlDatabase &db, const AuditEntry &entry)
     QSqlQuery query(db);
     query.prepare(QStringLiteral(
         "INSERT INTO audit_log (at, operator, session, peer, command, object, status, detail,"
-        " object_name, confirmed_by) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
+        " object_name, object_name_folded, confirmed_by) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
     // A null text would bind as NULL; a request before login has no operator and no session.
     const auto text = [](const QString &value) {
         return value.isNull() ? QStringLiteral("") : value;
@@ -41,6 +41,7 @@ AuditRecord AuditLog::record(QSqlDatabase &db, const AuditEntry &entry)
     query.addBindValue(entry.status);
     query.addBindValue(text(entry.detail));
     query.addBindValue(text(entry.objectName));
+    query.addBindValue(text(entry.objectName).toCaseFolded());
     query.addBindValue(text(entry.confirmedBy));
     AuditRecord row;
     if (!query.exec()) {
@@ -104,8 +105,7 @@ bool AuditLog::page(QSqlDatabase &db, const AuditFilter &filter, qint64 beforeId
         where << QStringLiteral("object = ?");
         values << uid;
     } else if (!object.isEmpty()) {
-        // fold_case folds beyond ASCII (Cyrillic names), which LIKE and lower() don't.
-        where << QStringLiteral("instr(fold_case(object_name), ?) > 0");
+        where << QStringLiteral("instr(object_name_folded, ?) > 0");
         values << object.toCaseFolded();
     }
     QString sql = QStringLiteral(

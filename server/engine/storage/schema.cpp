@@ -66,14 +66,18 @@ const char *const Version1[] = {
 
 // Version 2: the audit log keeps the object's name as it was when the row was written (so a
 // removed object is still named) and who confirmed the change; indexes let the log screen page
-// newest first through a filter by operator, action, object or time without reading it all.
+// newest first through a filter by operator, action or object without reading it all. Time
+// has none on purpose: ids grow with time, so a walk down the ids meets a period in order,
+// while an index on time made SQLite sort every row of a wide period (100 ms over 90,000).
 const char *const Version2[] = {
     "ALTER TABLE audit_log ADD COLUMN object_name TEXT NOT NULL DEFAULT ''",
     "ALTER TABLE audit_log ADD COLUMN confirmed_by TEXT NOT NULL DEFAULT ''",
+    // The name case folded (Cyrillic too, which SQLite's lower() and LIKE leave alone), for
+    // the search by a part of it: folding at read time cost 70 ms over 100,000 rows.
+    "ALTER TABLE audit_log ADD COLUMN object_name_folded TEXT NOT NULL DEFAULT ''",
     "CREATE INDEX audit_log_by_operator ON audit_log(operator COLLATE NOCASE)",
     "CREATE INDEX audit_log_by_command ON audit_log(command)",
     "CREATE INDEX audit_log_by_object ON audit_log(object)",
-    "CREATE INDEX audit_log_by_time ON audit_log(at)",
 };
 
 bool run(QSqlDatabase &db, const char *statement, QString *error)

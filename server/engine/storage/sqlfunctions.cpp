@@ -1,7 +1,5 @@
 #include "sqlfunctions.h"
 
-#include <QString>
-
 #include <sqlite3.h>
 
 #include <cstring>
@@ -80,19 +78,6 @@ void getObjectParam(sqlite3_context *context, int, sqlite3_value **argv)
 
 const int functionFlags = SQLITE_UTF8; // not deterministic: the answer follows the stored data
 
-// Unicode case folding, which SQLite's lower() and LIKE do for ASCII only.
-void foldCase(sqlite3_context *context, int, sqlite3_value **argv)
-{
-    const auto *text = reinterpret_cast<const char *>(sqlite3_value_text(argv[0]));
-    if (!text) {
-        sqlite3_result_null(context);
-        return;
-    }
-    const QByteArray folded
-        = QString::fromUtf8(text, sqlite3_value_bytes(argv[0])).toCaseFolded().toUtf8();
-    sqlite3_result_text(context, folded.constData(), folded.size(), SQLITE_TRANSIENT);
-}
-
 } // namespace
 
 bool SqlFunctions::install(sqlite3 *db)
@@ -107,9 +92,6 @@ bool SqlFunctions::install(sqlite3 *db)
            && sqlite3_create_function_v2(db, "get_object_param", 2, functionFlags,
                                          new Cached{ObjectParamSql}, getObjectParam, nullptr,
                                          nullptr, finalize)
-                  == SQLITE_OK
-           && sqlite3_create_function_v2(db, "fold_case", 1, SQLITE_UTF8 | SQLITE_DETERMINISTIC,
-                                         nullptr, foldCase, nullptr, nullptr, nullptr)
                   == SQLITE_OK;
 }
 
@@ -121,8 +103,6 @@ void SqlFunctions::remove(sqlite3 *db)
     for (const char *name : {"role_is_accessed", "get_object_param"})
         sqlite3_create_function_v2(db, name, 2, functionFlags, nullptr, nullptr, nullptr, nullptr,
                                    nullptr);
-    sqlite3_create_function_v2(db, "fold_case", 1, SQLITE_UTF8 | SQLITE_DETERMINISTIC, nullptr,
-                               nullptr, nullptr, nullptr, nullptr);
 }
 
 ReadOnlyScope::ReadOnlyScope(sqlite3 *db, int timeLimitMs, const QAtomicInt *stop)

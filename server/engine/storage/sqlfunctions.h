@@ -11,8 +11,7 @@ namespace zeral::server {
 // The SQL functions of the server's database, for the statements clients send:
 //   role_is_accessed(uid, role): 1 if the user's role template grants the role and the user
 //     isn't blocked, else 0;
-//   get_object_param(uid, key): the parameter's text, or NULL;
-//   fold_case(text): the text case folded (Unicode), for searches in any case.
+//   get_object_param(uid, key): the parameter's text, or NULL.
 class SqlFunctions
 {
 public:
