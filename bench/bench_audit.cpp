@@ -38,9 +38,14 @@ constexpr int runs = 15;
 constexpr qint32 pageSize = 200; // what the screen asks for
 const QString rootPassword = QStringLiteral("RootPass1");
 const QDateTime firstDay(QDate(2026, 1, 1), QTime(0, 0), Qt::UTC);
-const char *const commands[] = {"data.update_object", "data.add_object", "data.remove_object",
-                                "data.update_permissions", "session.login", "send_email",
-                                "data.role_template_prescribe_user", "data.enrol_finger"};
+const char *const commands[] = {"data.update_object",
+                                "data.add_object",
+                                "data.remove_object",
+                                "data.update_permissions",
+                                "session.login",
+                                "send_email",
+                                "data.role_template_prescribe_user",
+                                "data.enrol_finger"};
 
 // The log of a busy site: 50 operators (one of them, "rare", with a row in a thousand), eight
 // commands, 2,000 objects named as people, one refusal in ten, spread over a hundred days.
@@ -164,15 +169,40 @@ int main(int argc, char **argv)
     }
 
     const QList<Case> cases = {
-        {"audit_page_first", 0, [](AuditFilter &) {}},
-        {"audit_page_deep", rowCount / 2, [](AuditFilter &) {}},
-        {"audit_page_operator", 0, [](AuditFilter &f) { f.operatorLogin = "OPERATOR17"; }},
-        {"audit_page_rare_operator", 0, [](AuditFilter &f) { f.operatorLogin = "rare"; }},
-        {"audit_page_action", 0, [](AuditFilter &f) { f.command = "data.remove_object"; }},
-        {"audit_page_refusals", 0, [](AuditFilter &f) { f.result = AuditFilter::RefusalsOnly; }},
-        {"audit_page_object_uid", 0, [](AuditFilter &f) { f.object = "1234"; }},
-        {"audit_page_object_name", 0, [](AuditFilter &f) { f.object = "сотрудникова1234 "; }},
-        {"audit_page_no_match", 0, [](AuditFilter &f) { f.object = "Нет такого"; }},
+        {"audit_page_first", 0,
+         [](AuditFilter &) {
+         }},
+        {"audit_page_deep", rowCount / 2,
+         [](AuditFilter &) {
+         }},
+        {"audit_page_operator", 0,
+         [](AuditFilter &f) {
+             f.operatorLogin = "OPERATOR17";
+         }},
+        {"audit_page_rare_operator", 0,
+         [](AuditFilter &f) {
+             f.operatorLogin = "rare";
+         }},
+        {"audit_page_action", 0,
+         [](AuditFilter &f) {
+             f.command = "data.remove_object";
+         }},
+        {"audit_page_refusals", 0,
+         [](AuditFilter &f) {
+             f.result = AuditFilter::RefusalsOnly;
+         }},
+        {"audit_page_object_uid", 0,
+         [](AuditFilter &f) {
+             f.object = "1234";
+         }},
+        {"audit_page_object_name", 0,
+         [](AuditFilter &f) {
+             f.object = "сотрудникова1234 ";
+         }},
+        {"audit_page_no_match", 0,
+         [](AuditFilter &f) {
+             f.object = "Нет такого";
+         }},
         {"audit_page_day", 0,
          [](AuditFilter &f) {
              f.from = firstDay.addDays(40);

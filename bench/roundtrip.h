@@ -43,8 +43,8 @@ inline double roundTrip(ZRServerInterface &router, const Command &request,
             *answerOut = answer;
     });
     if (!waitFor([&] { return answered; })) {
-        std::fprintf(stderr, "%s: no answer to %s\n", qPrintable(QCoreApplication::applicationName()),
-                     qPrintable(request.name));
+        std::fprintf(stderr, "%s: no answer to %s\n",
+                     qPrintable(QCoreApplication::applicationName()), qPrintable(request.name));
         std::exit(1);
     }
     return clock.nsecsElapsed() / 1e6;

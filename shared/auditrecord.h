@@ -13,8 +13,8 @@ namespace zeral {
 // request that was refused, with who, from where, on what, and who confirmed it.
 struct AuditRecord
 {
-    qint64 id = 0;  // grows with every row: the newest row has the highest id
-    QDateTime at;   // UTC
+    qint64 id = 0;         // grows with every row: the newest row has the highest id
+    QDateTime at;          // UTC
     QString operatorLogin; // empty before a login
     QString peer;
     QString command;

@@ -46,8 +46,7 @@ const Action actions[] = {
     {proto::command::SendEmail, QT_TRANSLATE_NOOP("AuditLogModel", "Отправка письма")},
     {proto::command::ExecSql, QT_TRANSLATE_NOOP("AuditLogModel", "Запрос SQL")},
     {proto::command::AuditLog, QT_TRANSLATE_NOOP("AuditLogModel", "Чтение журнала действий")},
-    {proto::command::SetConfirmer,
-     QT_TRANSLATE_NOOP("AuditLogModel", "Указание подтверждающего")},
+    {proto::command::SetConfirmer, QT_TRANSLATE_NOOP("AuditLogModel", "Указание подтверждающего")},
 };
 
 } // namespace
@@ -215,7 +214,8 @@ void AuditLogModel::fetchMore(const QModelIndex &parent)
         });
         return;
     }
-    Command request = Command::named(QLatin1String(proto::command::AuditLog), AuthData::sessionId());
+    Command request
+        = Command::named(QLatin1String(proto::command::AuditLog), AuthData::sessionId());
     request.data = ZRDataStream::pack(beforeId, PageSize, m_filter);
     m_server->send(
         request, [this, generation](Command &answer) { onPage(generation, answer); }, this);
@@ -249,7 +249,8 @@ void AuditLogModel::onPage(quint64 generation, Command &answer)
         return;
     }
     // A row pushed while this page travelled may be in it as well.
-    const qint64 below = m_rows.isEmpty() ? std::numeric_limits<qint64>::max() : m_rows.constLast().id;
+    const qint64 below
+        = m_rows.isEmpty() ? std::numeric_limits<qint64>::max() : m_rows.constLast().id;
     QList<AuditRecord> fresh;
     for (const AuditRecord &row : qAsConst(page)) {
         if (row.id < below)

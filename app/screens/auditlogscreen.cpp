@@ -12,8 +12,8 @@
 #include <QAction>
 #include <QCheckBox>
 #include <QComboBox>
-#include <QDir>
 #include <QDateTimeEdit>
+#include <QDir>
 #include <QFileDialog>
 #include <QHBoxLayout>
 #include <QHeaderView>
@@ -36,8 +36,8 @@ AuditLogScreen::AuditLogScreen(QWidget *parent)
     , m_toCheck(new QCheckBox(tr("до"), this))
     , m_to(new QDateTimeEdit(this))
     , m_apply(new QPushButton(tr("Найти"), this))
-    , m_export(new QAction(QIcon::fromTheme(QStringLiteral("action-save")),
-                           tr("Экспорт в CSV…"), this))
+    , m_export(
+          new QAction(QIcon::fromTheme(QStringLiteral("action-save")), tr("Экспорт в CSV…"), this))
     , m_status(new QLabel(this))
 {
     setObjectName(QStringLiteral("auditLogScreen"));
@@ -264,8 +264,8 @@ void AuditLogScreen::updateStatus()
         m_status->setText(tr("Показано строк: %1; прокрутите вниз, чтобы прочитать более старые.")
                               .arg(m_model->rowCount()));
     else
-        m_status->setText(tr("Показано строк: %1, это все строки фильтра.")
-                              .arg(m_model->rowCount()));
+        m_status->setText(
+            tr("Показано строк: %1, это все строки фильтра.").arg(m_model->rowCount()));
 }
 
 void AuditLogScreen::showFailure(const QString &text)

@@ -4,10 +4,10 @@
 
 QString CsvWriter::field(const QString &text)
 {
-    const bool needsQuotes = text.contains(QLatin1Char(',')) || text.contains(QLatin1Char('"'))
-                             || text.contains(QLatin1Char('\n')) || text.contains(QLatin1Char('\r'))
-                             || (!text.isEmpty()
-                                 && (text.front().isSpace() || text.back().isSpace()));
+    const bool needsQuotes
+        = text.contains(QLatin1Char(',')) || text.contains(QLatin1Char('"'))
+          || text.contains(QLatin1Char('\n')) || text.contains(QLatin1Char('\r'))
+          || (!text.isEmpty() && (text.front().isSpace() || text.back().isSpace()));
     if (!needsQuotes)
         return text;
     QString quoted = text;

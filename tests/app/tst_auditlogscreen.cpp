@@ -136,7 +136,11 @@ void TestAuditLogScreen::answerPage(const QList<AuditRecord> &page, bool more)
 
 void TestAuditLogScreen::shownOnlyWithTheRight()
 {
-    AuthData::set({"hr", 7, "s", QString(), {zeral::role::USER_UPDATE, zeral::role::SYSTEM_LOG_SHOW},
+    AuthData::set({"hr",
+                   7,
+                   "s",
+                   QString(),
+                   {zeral::role::USER_UPDATE, zeral::role::SYSTEM_LOG_SHOW},
                    QString()});
     QVERIFY(!m_screen->canShow());
     AuthData::set({"auditor", 7, "s", QString(), {zeral::role::AUDIT_SHOW}, QString()});
@@ -157,23 +161,26 @@ void TestAuditLogScreen::filterBarIsTheRequest_data()
     const QDateTime from(QDate(2026, 5, 1), QTime(8, 0));
     const QDateTime to(QDate(2026, 5, 3), QTime(18, 0));
     AuditFilter everything;
-    QTest::addRow("nothing chosen") << "" << "  " << 0 << 0 << false << false << everything;
+    QTest::addRow("nothing chosen") << ""
+                                    << "  " << 0 << 0 << false << false << everything;
     AuditFilter some;
     some.operatorLogin = QStringLiteral("clerk");
     some.object = QStringLiteral("Иванова");
     some.command = AuditLogModel::knownActions().at(4);
     some.result = AuditFilter::RefusalsOnly;
-    QTest::addRow("text, action, refusals")
-        << " clerk " << "Иванова" << 5 << 2 << false << false << some;
+    QTest::addRow("text, action, refusals") << " clerk "
+                                            << "Иванова" << 5 << 2 << false << false << some;
     AuditFilter period;
     period.result = AuditFilter::SuccessOnly;
     period.from = from.toUTC();
     period.to = to.toUTC();
-    QTest::addRow("a period of successes") << "" << "" << 0 << 1 << true << true << period;
+    QTest::addRow("a period of successes") << ""
+                                           << "" << 0 << 1 << true << true << period;
     AuditFilter since;
     since.object = QStringLiteral("500");
     since.from = from.toUTC();
-    QTest::addRow("an object since") << "" << "500" << 0 << 0 << true << false << since;
+    QTest::addRow("an object since") << ""
+                                     << "500" << 0 << 0 << true << false << since;
 }
 
 void TestAuditLogScreen::filterBarIsTheRequest()
@@ -259,7 +266,8 @@ void TestAuditLogScreen::pushedRowsComeInAtTheTop()
     answerPage(rows(10, 10), false);
     QSignalSpy inserted(m_screen->model(), &QAbstractItemModel::rowsInserted);
 
-    AuditRecord pushed = row(pushedId, QStringLiteral("Петров Пётр (petrov)"), proto::StatusForbidden);
+    AuditRecord pushed
+        = row(pushedId, QStringLiteral("Петров Пётр (petrov)"), proto::StatusForbidden);
     pushed.operatorLogin = pushedOperator;
     pushed.confirmedBy = QStringLiteral("guard");
     m_server->push(QLatin1String(cmd::AuditAppended), ZRDataStream::pack(pushed));
@@ -314,15 +322,24 @@ void TestAuditLogScreen::csvFieldsAreQuoted_data()
 {
     QTest::addColumn<QString>("text");
     QTest::addColumn<QString>("field");
-    QTest::addRow("plain") << "Иванова Анна" << "Иванова Анна";
-    QTest::addRow("empty") << "" << "";
-    QTest::addRow("comma") << "Иванова, Анна" << "\"Иванова, Анна\"";
-    QTest::addRow("quotes") << "ООО \"Север\"" << "\"ООО \"\"Север\"\"\"";
-    QTest::addRow("only a quote") << "\"" << "\"\"\"\"";
-    QTest::addRow("line break") << "две\nстроки" << "\"две\nстроки\"";
-    QTest::addRow("CRLF") << "две\r\nстроки" << "\"две\r\nстроки\"";
-    QTest::addRow("space at the end") << "ivanova " << "\"ivanova \"";
-    QTest::addRow("semicolon stays") << "a;b" << "a;b";
+    QTest::addRow("plain") << "Иванова Анна"
+                           << "Иванова Анна";
+    QTest::addRow("empty") << ""
+                           << "";
+    QTest::addRow("comma") << "Иванова, Анна"
+                           << "\"Иванова, Анна\"";
+    QTest::addRow("quotes") << "ООО \"Север\""
+                            << "\"ООО \"\"Север\"\"\"";
+    QTest::addRow("only a quote") << "\""
+                                  << "\"\"\"\"";
+    QTest::addRow("line break") << "две\nстроки"
+                                << "\"две\nстроки\"";
+    QTest::addRow("CRLF") << "две\r\nстроки"
+                          << "\"две\r\nстроки\"";
+    QTest::addRow("space at the end") << "ivanova "
+                                      << "\"ivanova \"";
+    QTest::addRow("semicolon stays") << "a;b"
+                                     << "a;b";
 }
 
 void TestAuditLogScreen::csvFieldsAreQuoted()
@@ -376,7 +393,8 @@ void TestAuditLogScreen::exportWritesEveryRowOfTheFilter()
     };
     m_server->script(QLatin1String(cmd::AuditLog), [&pages](const Command &request) {
         const auto page = pages.value(readRequest(request).beforeId);
-        return Command::answer(request, proto::StatusOk, ZRDataStream::pack(page.first, page.second));
+        return Command::answer(request, proto::StatusOk,
+                               ZRDataStream::pack(page.first, page.second));
     });
     m_screen->applyFilter();
     QTRY_VERIFY(m_screen->model()->rowCount() > 0);
@@ -401,7 +419,8 @@ void TestAuditLogScreen::exportWritesEveryRowOfTheFilter()
     const QString local
         = base.addSecs(3).toLocalTime().toString(QStringLiteral("dd.MM.yyyy HH:mm:ss"));
     const QString expectedStart
-        = QStringLiteral("Время,Оператор,Адрес,Действие,Объект,Результат,Подтвердил,Подробности\r\n")
+        = QStringLiteral(
+              "Время,Оператор,Адрес,Действие,Объект,Результат,Подтвердил,Подробности\r\n")
           + local
           + QStringLiteral(",clerk,10.0.0.5,Изменение объекта,\"ООО \"\"Север, Юг\"\"\nфилиал\","
                            "Отказано (код 6),,\"login \"\"a,b\"\" in use\"\r\n");

@@ -74,10 +74,11 @@ QString decodeQrCode(const QByteArray &png)
         return QStringLiteral("(not written)");
     file.close();
     QProcess zbarimg;
-    zbarimg.start(QStringLiteral("zbarimg"), {QStringLiteral("--raw"), QStringLiteral("-q"),
-                                              file.fileName()});
+    zbarimg.start(QStringLiteral("zbarimg"),
+                  {QStringLiteral("--raw"), QStringLiteral("-q"), file.fileName()});
     if (!zbarimg.waitForFinished(30000) || zbarimg.exitCode() != 0)
-        return QStringLiteral("(zbarimg failed: %1)").arg(QString::fromLocal8Bit(zbarimg.readAllStandardError()));
+        return QStringLiteral("(zbarimg failed: %1)")
+            .arg(QString::fromLocal8Bit(zbarimg.readAllStandardError()));
     return QString::fromUtf8(zbarimg.readAllStandardOutput()).trimmed();
 }
 
@@ -129,7 +130,8 @@ void TestMailRenderer::qrCodeCarriesTheToken_data()
     const QByteArray json = R"({"host":"zeral.sevmeh.example","port":8443,"login":"i.petrov",)"
                             R"("password":"Xk4-pL9q!rT2","ident":0})";
     QTest::addRow("typical token") << QString::fromLatin1(json.toBase64()) << "ru";
-    QTest::addRow("short token, english mail") << "eyJob3N0IjoienIifQ==" << "en";
+    QTest::addRow("short token, english mail") << "eyJob3N0IjoienIifQ=="
+                                               << "en";
     QTest::addRow("long token") << QString::fromLatin1(QByteArray(1200, 'k').toBase64()) << "ru";
 }
 
@@ -160,9 +162,9 @@ void TestMailRenderer::tokenTooLongGoesWithoutQrCode()
     _EMAIL_MESSAGE message = mobileMessage(QStringLiteral("ru"));
     const QString token = QString::fromLatin1(QByteArray(3000, 'x').toBase64());
     message.parameters.insert(QLatin1String(email::TOKEN), token);
-    QTest::ignoreMessage(QtWarningMsg,
-                         QRegularExpression(QStringLiteral(
-                             "mail to .*i.petrov@sevmeh.example.* without the QR code.*4000 bytes")));
+    QTest::ignoreMessage(
+        QtWarningMsg, QRegularExpression(QStringLiteral(
+                          "mail to .*i.petrov@sevmeh.example.* without the QR code.*4000 bytes")));
     const RenderedMail mail = render(message);
     const Entity entity = parse(mail.message);
     QCOMPARE(entity.headers.value("content-type"), QByteArray("text/plain; charset=utf-8"));
@@ -212,7 +214,8 @@ void TestMailRenderer::rendersInLanguageOfLocale()
     QCOMPARE(decodeText(parts.at(0)), crlf(mail.body));
     QCOMPARE(parts.at(0).headers.value("content-type"), QByteArray("text/plain; charset=utf-8"));
     QCOMPARE(parts.at(0).headers.value("content-transfer-encoding"), QByteArray("base64"));
-    QCOMPARE(parts.at(1).headers.value("content-type"), QByteArray("image/png; name=\"qr-code.png\""));
+    QCOMPARE(parts.at(1).headers.value("content-type"),
+             QByteArray("image/png; name=\"qr-code.png\""));
     QCOMPARE(entity.headers.value("from"), QByteArray("zeral@sevmeh.example"));
     QCOMPARE(entity.headers.value("to"), QByteArray("i.petrov@sevmeh.example"));
     QCOMPARE(entity.headers.value("mime-version"), QByteArray("1.0"));

@@ -228,7 +228,8 @@ void TestMailSender::deliversToRelay()
     const int textPart = received.indexOf("Content-Type: text/plain");
     const int textStart = received.indexOf("\n\n", textPart) + 2;
     QVERIFY(textPart > 0 && textStart > textPart);
-    const QByteArray text = received.mid(textStart, received.indexOf("\n--", textStart) - textStart);
+    const QByteArray text
+        = received.mid(textStart, received.indexOf("\n--", textStart) - textStart);
     QVERIFY(QString::fromUtf8(QByteArray::fromBase64(text))
                 .contains(QStringLiteral("eyJob3N0IjoiMTI3LjAuMC4xIn0=")));
     QVERIFY(received.indexOf("Content-Type: image/png", textStart) > 0);

@@ -32,8 +32,7 @@ struct Page
 
 Page readPage(WireClient &by, const AuditFilter &filter, qint32 size = 500, qint64 before = 0)
 {
-    const Command answer
-        = by.request(cmd::AuditLog, ZRDataStream::pack(before, size, filter));
+    const Command answer = by.request(cmd::AuditLog, ZRDataStream::pack(before, size, filter));
     Page page;
     page.status = answer.status;
     if (answer.status != proto::StatusOk) {
@@ -121,18 +120,20 @@ void TestServerAudit::initTestCase()
 {
     QCOMPARE(m_server.start(), QString());
     m_root = m_server.rootClient();
-    const QList<QPair<const char *, const char *>> users = {
-        {"auditor", "RT_AUDITOR"}, {"clerk", "RT_HR"},          {"guard", "RT_SECURITY"},
-        {"viewer", "RT_OPERATOR"}, {"blockedguard", "RT_SECURITY"}, {"target", "RT_OPERATOR"}};
+    const QList<QPair<const char *, const char *>> users
+        = {{"auditor", "RT_AUDITOR"},       {"clerk", "RT_HR"},
+           {"guard", "RT_SECURITY"},        {"viewer", "RT_OPERATOR"},
+           {"blockedguard", "RT_SECURITY"}, {"target", "RT_OPERATOR"}};
     for (const auto &[login, roleTemplate] : users)
         m_uids[login] = addUser(*m_root, QLatin1String(login), QLatin1String(roleTemplate));
     QVERIFY(!m_uids.values().contains(0));
     QCOMPARE(rename(*m_root, m_uids["guard"], QStringLiteral("Ёжиков")).status,
              qint32(proto::StatusOk));
-    QCOMPARE(m_root->request(cmd::UpdateObject,
-                             ZRDataStream::pack(quint32(m_uids["blockedguard"]),
-                                                QStringLiteral("OT_USER"), quint32(0),
-                                                QHash<QString, QString>{{"PT_OBJECTSTATE", "b"}}))
+    QCOMPARE(m_root
+                 ->request(cmd::UpdateObject,
+                           ZRDataStream::pack(quint32(m_uids["blockedguard"]),
+                                              QStringLiteral("OT_USER"), quint32(0),
+                                              QHash<QString, QString>{{"PT_OBJECTSTATE", "b"}}))
                  .status,
              qint32(proto::StatusOk));
     m_auditor = m_server.client();
@@ -173,8 +174,8 @@ void TestServerAudit::pagesHaveNoGapsNorDoubles()
         seen += page.rows;
     }
     QCOMPARE(idsOf(seen),
-             expectedIds(QStringLiteral("command = 'data.update_object' AND id <= %1")
-                             .arg(newestAtStart)));
+             expectedIds(
+                 QStringLiteral("command = 'data.update_object' AND id <= %1").arg(newestAtStart)));
     QVERIFY(seen.size() > 20);
     // And the newest first page now starts with the rows written meanwhile.
     QVERIFY(readPage(*m_auditor, filter, 1).rows.constFirst().id > newestAtStart);
@@ -204,19 +205,15 @@ void TestServerAudit::filters_data()
     QTest::addRow("object by part of its name")
         << make([](AuditFilter &f) { f.object = QStringLiteral("ёЖИК"); })
         << QStringLiteral("object = %1 AND command = 'data.update_object'").arg(m_uids["guard"]);
-    QTest::addRow("time range")
-        << make([this](AuditFilter &f) {
-               f.from = m_server.now.addDays(-1).date().startOfDay();
-               f.to = m_server.now.date().startOfDay();
-           })
-        << QStringLiteral("id BETWEEN %1 AND %2").arg(m_secondDayFirst).arg(m_secondDayLast);
-    QTest::addRow("refusals of the clerk on the second day")
-        << make([this](AuditFilter &f) {
-               f.operatorLogin = "clerk";
-               f.result = AuditFilter::RefusalsOnly;
-               f.from = m_server.now.addDays(-1).date().startOfDay();
-           })
-        << QStringLiteral("operator = 'clerk' AND status <> 1 AND id >= %1").arg(m_secondDayFirst);
+    QTest::addRow("time range") << make([this](AuditFilter &f) {
+        f.from = m_server.now.addDays(-1).date().startOfDay();
+        f.to = m_server.now.date().startOfDay();
+    }) << QStringLiteral("id BETWEEN %1 AND %2").arg(m_secondDayFirst).arg(m_secondDayLast);
+    QTest::addRow("refusals of the clerk on the second day") << make([this](AuditFilter &f) {
+        f.operatorLogin = "clerk";
+        f.result = AuditFilter::RefusalsOnly;
+        f.from = m_server.now.addDays(-1).date().startOfDay();
+    }) << QStringLiteral("operator = 'clerk' AND status <> 1 AND id >= %1").arg(m_secondDayFirst);
 }
 
 void TestServerAudit::filters()
@@ -250,20 +247,19 @@ void TestServerAudit::hostileQueriesAreRefused_data()
     const QString pageText = QStringLiteral("от 1 до 500 строк");
     QTest::addRow("page of none") << ZRDataStream::pack(qint64(0), qint32(0), none) << pageText;
     QTest::addRow("negative page") << ZRDataStream::pack(qint64(0), qint32(-5), none) << pageText;
-    QTest::addRow("page too large")
-        << ZRDataStream::pack(qint64(0), qint32(501), none) << pageText;
-    QTest::addRow("huge page")
-        << ZRDataStream::pack(qint64(0), qint32(2000000000), none) << pageText;
+    QTest::addRow("page too large") << ZRDataStream::pack(qint64(0), qint32(501), none) << pageText;
+    QTest::addRow("huge page") << ZRDataStream::pack(qint64(0), qint32(2000000000), none)
+                               << pageText;
     QTest::addRow("negative position")
         << ZRDataStream::pack(qint64(-1), qint32(10), none) << QStringLiteral("позиция");
     QTest::addRow("long object text")
         << ZRDataStream::pack(qint64(0), qint32(10), longText) << QStringLiteral("не больше 200");
-    QTest::addRow("huge login")
-        << ZRDataStream::pack(qint64(0), qint32(10), longLogin) << QStringLiteral("не больше 200");
+    QTest::addRow("huge login") << ZRDataStream::pack(qint64(0), qint32(10), longLogin)
+                                << QStringLiteral("не больше 200");
     QTest::addRow("unknown result")
         << ZRDataStream::pack(qint64(0), qint32(10), badResult) << QStringLiteral("результата");
-    QTest::addRow("empty period")
-        << ZRDataStream::pack(qint64(0), qint32(10), backwards) << QStringLiteral("раньше");
+    QTest::addRow("empty period") << ZRDataStream::pack(qint64(0), qint32(10), backwards)
+                                  << QStringLiteral("раньше");
     QTest::addRow("cut short") << ZRDataStream::pack(qint64(0), qint32(10))
                                << QStringLiteral("не читается");
     QTest::addRow("something left over")
@@ -342,8 +338,9 @@ void TestServerAudit::removedObjectKeepsItsName()
     QCOMPARE(added.status, qint32(proto::StatusOk));
     qint32 uid = 0;
     ZRDataStream(added.data) >> uid;
-    QCOMPARE(m_root->request(cmd::RemoveObject,
-                             ZRDataStream::pack(quint32(uid), QStringLiteral("OT_USER")))
+    QCOMPARE(m_root
+                 ->request(cmd::RemoveObject,
+                           ZRDataStream::pack(quint32(uid), QStringLiteral("OT_USER")))
                  .status,
              qint32(proto::StatusOk));
     // Gone from the store, still named in the log, and found by a part of that name.
@@ -366,18 +363,18 @@ void TestServerAudit::removedObjectKeepsItsName()
 
 void TestServerAudit::confirmerIsRecorded()
 {
-    QCOMPARE(m_clerk->request(cmd::SetConfirmer, ZRDataStream::pack(quint32(m_uids["guard"])))
-                 .status,
-             qint32(proto::StatusOk));
+    QCOMPARE(
+        m_clerk->request(cmd::SetConfirmer, ZRDataStream::pack(quint32(m_uids["guard"]))).status,
+        qint32(proto::StatusOk));
     QCOMPARE(rename(*m_clerk, m_uids["target"], QStringLiteral("Подтверждено")).status,
              qint32(proto::StatusOk));
     // For that one request only.
     QCOMPARE(rename(*m_clerk, m_uids["target"], QStringLiteral("Без подтверждения")).status,
              qint32(proto::StatusOk));
     // Named and then taken back: the next change has none.
-    QCOMPARE(m_clerk->request(cmd::SetConfirmer, ZRDataStream::pack(quint32(m_uids["guard"])))
-                 .status,
-             qint32(proto::StatusOk));
+    QCOMPARE(
+        m_clerk->request(cmd::SetConfirmer, ZRDataStream::pack(quint32(m_uids["guard"]))).status,
+        qint32(proto::StatusOk));
     QCOMPARE(m_clerk->request(cmd::SetConfirmer, ZRDataStream::pack(quint32(0))).status,
              qint32(proto::StatusOk));
     QCOMPARE(rename(*m_clerk, m_uids["target"], QStringLiteral("Снова без")).status,
@@ -389,9 +386,8 @@ void TestServerAudit::confirmerIsRecorded()
     QCOMPARE(page.rows.at(2).confirmedBy, QStringLiteral("guard"));
     QCOMPARE(page.rows.at(1).confirmedBy, QString());
     QCOMPARE(page.rows.at(0).confirmedBy, QString());
-    QCOMPARE(select(*m_root, "SELECT confirmed_by FROM audit_log WHERE confirmed_by <> ''")
-                 .rowCount,
-             1);
+    QCOMPARE(
+        select(*m_root, "SELECT confirmed_by FROM audit_log WHERE confirmed_by <> ''").rowCount, 1);
 }
 
 void TestServerAudit::confirmerMustBeAbleToConfirm_data()
@@ -399,7 +395,8 @@ void TestServerAudit::confirmerMustBeAbleToConfirm_data()
     QTest::addColumn<QByteArray>("confirmer");
     QTest::addColumn<int>("status");
     QTest::addRow("himself") << QByteArray("clerk") << int(proto::StatusConflict);
-    QTest::addRow("without a confirming role") << QByteArray("viewer") << int(proto::StatusForbidden);
+    QTest::addRow("without a confirming role")
+        << QByteArray("viewer") << int(proto::StatusForbidden);
     QTest::addRow("blocked") << QByteArray("blockedguard") << int(proto::StatusForbidden);
     QTest::addRow("unknown") << QByteArray("nobody") << int(proto::StatusNotFound);
 }
@@ -435,9 +432,8 @@ void TestServerAudit::olderDatabaseGetsRoleAndColumns()
         QSqlQuery query(db);
         for (const char *statement :
              {"DELETE FROM role_template_roles WHERE role = 'RL_AUDIT_SHOW'",
-              "DELETE FROM roles WHERE name = 'RL_AUDIT_SHOW'",
-              "DROP INDEX audit_log_by_operator", "DROP INDEX audit_log_by_command",
-              "DROP INDEX audit_log_by_object",
+              "DELETE FROM roles WHERE name = 'RL_AUDIT_SHOW'", "DROP INDEX audit_log_by_operator",
+              "DROP INDEX audit_log_by_command", "DROP INDEX audit_log_by_object",
               "ALTER TABLE audit_log DROP COLUMN object_name",
               "ALTER TABLE audit_log DROP COLUMN confirmed_by",
               "ALTER TABLE audit_log DROP COLUMN object_name_folded", "PRAGMA user_version = 1"})
@@ -454,8 +450,8 @@ void TestServerAudit::olderDatabaseGetsRoleAndColumns()
     QList<zeral::RoleEntry> catalogue;
     ZRDataStream in(m_root->request(cmd::RoleCatalogue).data);
     zeral::wire::readList(in, catalogue);
-    const int at = catalogue.indexOf(
-        {"RL_AUDIT_SHOW", "Просмотр журнала действий", "reports", false});
+    const int at
+        = catalogue.indexOf({"RL_AUDIT_SHOW", "Просмотр журнала действий", "reports", false});
     QVERIFY(at > 0);
     QCOMPARE(catalogue.at(at - 1).key, QStringLiteral("RL_SYSTEM_LOG_SHOW"));
 

@@ -21,8 +21,8 @@ QByteArray QrCodeImage::png(const QByteArray &text, QString *why)
     // on a printed mail and still holds some 2,300 bytes.
     errno = 0;
     const std::unique_ptr<QRcode, decltype(&QRcode_free)> code(
-        QRcode_encodeData(text.size(), reinterpret_cast<const unsigned char *>(text.constData()),
-                          0, QR_ECLEVEL_M),
+        QRcode_encodeData(text.size(), reinterpret_cast<const unsigned char *>(text.constData()), 0,
+                          QR_ECLEVEL_M),
         &QRcode_free);
     if (!code) {
         *why = errno == ERANGE

@@ -46,9 +46,9 @@ Reply AuditOps::auditLog(Request &request)
                                    .arg(text->size()));
     }
     if (filter.result < AuditFilter::AnyResult || filter.result > AuditFilter::RefusalsOnly)
-        return Reply::fail(proto::StatusMalformed,
-                           tr("Неизвестный фильтр результата в журнале действий: %1.")
-                               .arg(filter.result));
+        return Reply::fail(
+            proto::StatusMalformed,
+            tr("Неизвестный фильтр результата в журнале действий: %1.").arg(filter.result));
     if (filter.from.isValid() && filter.to.isValid() && filter.from >= filter.to)
         return Reply::fail(proto::StatusMalformed,
                            tr("Начало периода в фильтре журнала действий должно быть раньше его "
@@ -77,16 +77,15 @@ Reply AuditOps::setConfirmer(Request &request)
                            uid);
     ObjectInfo user;
     if (!m_state.store->read(uid, &user) || user.type != QLatin1String(db::system::USER))
-        return Reply::fail(proto::StatusNotFound,
-                           tr("Подтверждающего пользователя %1 нет: возможно, его удалили.")
-                               .arg(uid),
-                           uid);
+        return Reply::fail(
+            proto::StatusNotFound,
+            tr("Подтверждающего пользователя %1 нет: возможно, его удалили.").arg(uid), uid);
     const QString login = user.parameters.value(QLatin1String(db::user::LOGIN));
     if (Pushes::isBlocked(user))
-        return Reply::fail(proto::StatusForbidden,
-                           tr("Пользователь «%1» заблокирован и не может подтверждать изменения.")
-                               .arg(login),
-                           uid);
+        return Reply::fail(
+            proto::StatusForbidden,
+            tr("Пользователь «%1» заблокирован и не может подтверждать изменения.").arg(login),
+            uid);
     const QStringList roles = m_state.store->templateRoles(Pushes::roleTemplateOf(user));
     const bool confirms = roles.contains(QLatin1String(role::CONFIRM_USER_CREATE))
                           || roles.contains(QLatin1String(role::CONFIRM_USER_UPDATE))

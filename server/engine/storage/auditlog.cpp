@@ -27,7 +27,8 @@ AuditRecord AuditLog::record(QSqlDatabase &db, const AuditEntry &entry)
     QSqlQuery query(db);
     query.prepare(QStringLiteral(
         "INSERT INTO audit_log (at, operator, session, peer, command, object, status, detail,"
-        " object_name, object_name_folded, confirmed_by) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, ?)"));
+        " object_name, object_name_folded, confirmed_by) VALUES (?, ?, ?, ?, ?, ?, ?, ?, ?, ?, "
+        "?)"));
     // A null text would bind as NULL; a request before login has no operator and no session.
     const auto text = [](const QString &value) {
         return value.isNull() ? QStringLiteral("") : value;
