@@ -5,6 +5,7 @@
 // while four sessions run a long client statement each. Prints "name value" lines in
 // milliseconds; bench/run turns them into the table.
 #include "benchreport.h"
+#include "roundtrip.h"
 
 #include <host/core/authdata.h>
 #include <host/core/dbquery.h>
@@ -32,43 +33,13 @@
 
 using zeral::server::ServerEngine;
 namespace command = zeral::proto::command;
+using bench::roundTrip;
+using bench::waitFor;
 
 namespace {
 
 constexpr int writeCount = 2000;
 const QString rootPassword = QStringLiteral("RootPass1");
-
-// Runs the event loop until `done` holds or `timeoutMs` passes; false on the timeout.
-template<class Done>
-bool waitFor(Done done, int timeoutMs = 60000)
-{
-    QElapsedTimer clock;
-    clock.start();
-    while (!done()) {
-        if (clock.elapsed() > timeoutMs)
-            return false;
-        QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents, 50);
-    }
-    return true;
-}
-
-// Sends one command through the router and waits for its answer; the milliseconds it took.
-double roundTrip(ZRServerInterface &router, const Command &request, Command *answerOut = nullptr)
-{
-    bool answered = false;
-    QElapsedTimer clock;
-    clock.start();
-    router.send(request, [&](Command &answer) {
-        answered = true;
-        if (answerOut)
-            *answerOut = answer;
-    });
-    if (!waitFor([&] { return answered; })) {
-        std::fprintf(stderr, "bench_server: no answer to %s\n", qPrintable(request.name));
-        std::exit(1);
-    }
-    return clock.nsecsElapsed() / 1e6;
-}
 
 Command loginCommand()
 {

@@ -35,6 +35,8 @@ inline constexpr char MONITORING_SHOW[] = "RL_MONITORING_SHOW";
 inline constexpr char REPORT_CREATE_CHANGE[] = "RL_REPORT_CREATE_CHANGE";
 inline constexpr char DEVICE_LOG_SHOW[] = "RL_DEVICE_LOG_SHOW";
 inline constexpr char SYSTEM_LOG_SHOW[] = "RL_SYSTEM_LOG_SHOW";
+// Reading the audit log of operators' changes and refusals.
+inline constexpr char AUDIT_SHOW[] = "RL_AUDIT_SHOW";
 } // namespace role
 
 namespace roletemplate {

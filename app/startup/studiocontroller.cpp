@@ -1,5 +1,6 @@
 #include "studiocontroller.h"
 
+#include <app/screens/auditlogscreen.h>
 #include <app/screens/employeesscreen.h>
 #include <app/screens/fingerprintenrolmentservice.h>
 #include <app/startup/embeddedserver.h>
@@ -468,6 +469,7 @@ void StudioController::openMainWindow()
     m_pluginProblems.clear();
     QList<QObject *> screens = m_plugins->instances(&m_pluginProblems);
     screens.append(new EmployeesScreen);
+    screens.append(new AuditLogScreen);
     for (QObject *screen : qAsConst(screens)) {
         QString error;
         if (!window->installScreen(screen, &error) && !error.isEmpty())

@@ -46,6 +46,8 @@ inline constexpr char PasswordPolicy[] = "session.password_policy";
 inline constexpr char SessionClosed[] = "session.closed";
 inline constexpr char DataChanged[] = "data.changed";
 inline constexpr char DataRemoved[] = "data.removed";
+// A new row of the audit log, to the sessions that may read the log.
+inline constexpr char AuditAppended[] = "audit.appended";
 // The local store.
 inline constexpr char Snapshot[] = "data.snapshot";
 inline constexpr char RoleCatalogue[] = "data.role_catalogue";
@@ -68,6 +70,10 @@ inline constexpr char RemoveFinger[] = "data.remove_finger";
 // Logins locked after failed attempts, for operators who may change users.
 inline constexpr char LoginLocks[] = "admin.login_locks";
 inline constexpr char UnlockLogin[] = "admin.unlock_login";
+// The audit log, page by page, for operators who may read it.
+inline constexpr char AuditLog[] = "admin.audit_log";
+// Names the user who confirmed the session's next request, for its audit row.
+inline constexpr char SetConfirmer[] = "session.set_confirmer";
 // Names kept as the clients know them.
 inline constexpr char SendEmail[] = "send_email";
 inline constexpr char DisconnectUsers[] = "datamanager.disconnect_users";

@@ -3,6 +3,8 @@
 // Helpers of the server tests: a real engine on a temporary database, and a client that
 // speaks the wire protocol over loopback TCP.
 
+#include <host/core/dbquery.h>
+#include <host/core/dbresult.h>
 #include <host/core/framecodec.h>
 #include <host/core/passhash.h>
 #include <host/core/protocol.h>
@@ -171,6 +173,17 @@ struct Server
         return client;
     }
 };
+
+// The rows of one read-only statement, run by the server for `by` (data.exec_sql).
+inline DbResult select(WireClient &by, const QString &statement)
+{
+    DbQuery query;
+    query.statements = QStringList(statement);
+    DbResult result;
+    ZRDataStream in(by.request(cmd::ExecSql, ZRDataStream::pack(query)).data);
+    in >> result;
+    return result;
+}
 
 inline QString errorText(const Command &answer)
 {

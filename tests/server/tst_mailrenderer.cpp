@@ -1,6 +1,9 @@
 #include <server/engine/mail/mailrenderer.h>
 
+#include <QProcess>
 #include <QRegularExpression>
+#include <QStandardPaths>
+#include <QTemporaryDir>
 #include <QtTest>
 
 using namespace zeral;
@@ -41,6 +44,44 @@ QString decodeText(const Entity &entity)
     return QString::fromUtf8(QByteArray::fromBase64(entity.body));
 }
 
+// The parts of a multipart/mixed entity, in order; none if it isn't one.
+QList<Entity> partsOf(const Entity &entity)
+{
+    const QRegularExpressionMatch type
+        = QRegularExpression(QStringLiteral("^multipart/mixed; boundary=\"([^\"]+)\"$"))
+              .match(QString::fromLatin1(entity.headers.value("content-type")));
+    if (!type.hasMatch())
+        return {};
+    const QByteArray boundary = "\r\n--" + type.captured(1).toLatin1();
+    if (!entity.body.endsWith(boundary + "--\r\n"))
+        return {};
+    QList<Entity> parts;
+    for (int at = entity.body.indexOf(boundary + "\r\n"); at >= 0;) {
+        const int start = at + boundary.size() + 2;
+        at = entity.body.indexOf(boundary, start);
+        parts.append(parse(entity.body.mid(start, at - start)));
+        at = entity.body.indexOf(boundary + "\r\n", at);
+    }
+    return parts;
+}
+
+// What zbarimg reads in a PNG image: the texts of its codes, one a line.
+QString decodeQrCode(const QByteArray &png)
+{
+    QTemporaryDir dir;
+    QFile file(dir.filePath(QStringLiteral("code.png")));
+    if (!file.open(QIODevice::WriteOnly) || file.write(png) != png.size())
+        return QStringLiteral("(not written)");
+    file.close();
+    QProcess zbarimg;
+    zbarimg.start(QStringLiteral("zbarimg"),
+                  {QStringLiteral("--raw"), QStringLiteral("-q"), file.fileName()});
+    if (!zbarimg.waitForFinished(30000) || zbarimg.exitCode() != 0)
+        return QStringLiteral("(zbarimg failed: %1)")
+            .arg(QString::fromLocal8Bit(zbarimg.readAllStandardError()));
+    return QString::fromUtf8(zbarimg.readAllStandardOutput()).trimmed();
+}
+
 QString crlf(QString text)
 {
     return text.replace(QLatin1Char('\n'), QLatin1String("\r\n"));
@@ -76,7 +117,60 @@ private slots:
     void attachmentsGoIntoMultipart();
     void validatesAddresses_data();
     void validatesAddresses();
+    void qrCodeCarriesTheToken_data();
+    void qrCodeCarriesTheToken();
+    void tokenTooLongGoesWithoutQrCode();
 };
+
+void TestMailRenderer::qrCodeCarriesTheToken_data()
+{
+    QTest::addColumn<QString>("token");
+    QTest::addColumn<QString>("locale");
+    // What the users screen puts in: the connection data as base64 of JSON.
+    const QByteArray json = R"({"host":"zeral.sevmeh.example","port":8443,"login":"i.petrov",)"
+                            R"("password":"Xk4-pL9q!rT2","ident":0})";
+    QTest::addRow("typical token") << QString::fromLatin1(json.toBase64()) << "ru";
+    QTest::addRow("short token, english mail") << "eyJob3N0IjoienIifQ=="
+                                               << "en";
+    QTest::addRow("long token") << QString::fromLatin1(QByteArray(1200, 'k').toBase64()) << "ru";
+}
+
+void TestMailRenderer::qrCodeCarriesTheToken()
+{
+    QFETCH(QString, token);
+    QFETCH(QString, locale);
+    if (QStandardPaths::findExecutable(QStringLiteral("zbarimg")).isEmpty())
+        QSKIP("zbarimg is not installed (Debian package zbar-tools): the QR code can't be read "
+              "back here");
+    _EMAIL_MESSAGE message = mobileMessage(locale);
+    message.parameters.insert(QLatin1String(email::TOKEN), token);
+    const RenderedMail mail = render(message);
+    const QList<Entity> parts = partsOf(parse(mail.message));
+    QCOMPARE(parts.size(), 2);
+    QCOMPARE(parts.at(1).headers.value("content-disposition"),
+             QByteArray("attachment; filename=\"qr-code.png\""));
+    const QByteArray png = QByteArray::fromBase64(parts.at(1).body);
+    QVERIFY(png.startsWith("\x89PNG\r\n"));
+    QCOMPARE(decodeQrCode(png), token);
+    QVERIFY(mail.body.contains(QLatin1Char('\n') + token + QLatin1Char('\n')));
+    QVERIFY(mail.body.contains(locale == "en" ? QStringLiteral("QR code")
+                                              : QStringLiteral("QR-кодом")));
+}
+
+void TestMailRenderer::tokenTooLongGoesWithoutQrCode()
+{
+    _EMAIL_MESSAGE message = mobileMessage(QStringLiteral("ru"));
+    const QString token = QString::fromLatin1(QByteArray(3000, 'x').toBase64());
+    message.parameters.insert(QLatin1String(email::TOKEN), token);
+    QTest::ignoreMessage(
+        QtWarningMsg, QRegularExpression(QStringLiteral(
+                          "mail to .*i.petrov@sevmeh.example.* without the QR code.*4000 bytes")));
+    const RenderedMail mail = render(message);
+    const Entity entity = parse(mail.message);
+    QCOMPARE(entity.headers.value("content-type"), QByteArray("text/plain; charset=utf-8"));
+    QVERIFY(decodeText(entity).contains(token));
+    QVERIFY(!mail.body.contains(QStringLiteral("QR")));
+}
 
 void TestMailRenderer::rendersInLanguageOfLocale_data()
 {
@@ -114,12 +208,17 @@ void TestMailRenderer::rendersInLanguageOfLocale()
 
     const Entity entity = parse(mail.message);
     QCOMPARE(decodeWords(entity.headers.value("subject")), subject);
-    QCOMPARE(decodeText(entity), crlf(mail.body));
+    // The text first, then the token's QR code.
+    const QList<Entity> parts = partsOf(entity);
+    QCOMPARE(parts.size(), 2);
+    QCOMPARE(decodeText(parts.at(0)), crlf(mail.body));
+    QCOMPARE(parts.at(0).headers.value("content-type"), QByteArray("text/plain; charset=utf-8"));
+    QCOMPARE(parts.at(0).headers.value("content-transfer-encoding"), QByteArray("base64"));
+    QCOMPARE(parts.at(1).headers.value("content-type"),
+             QByteArray("image/png; name=\"qr-code.png\""));
     QCOMPARE(entity.headers.value("from"), QByteArray("zeral@sevmeh.example"));
     QCOMPARE(entity.headers.value("to"), QByteArray("i.petrov@sevmeh.example"));
     QCOMPARE(entity.headers.value("mime-version"), QByteArray("1.0"));
-    QCOMPARE(entity.headers.value("content-type"), QByteArray("text/plain; charset=utf-8"));
-    QCOMPARE(entity.headers.value("content-transfer-encoding"), QByteArray("base64"));
     const QByteArray messageId = entity.headers.value("message-id");
     QVERIFY(QRegularExpression(QStringLiteral("^<[0-9a-f-]{36}@sevmeh\\.example>$"))
                 .match(QString::fromLatin1(messageId))
@@ -164,22 +263,10 @@ void TestMailRenderer::attachmentsGoIntoMultipart()
     message.attachments.append({QStringLiteral("token.txt"), QStringLiteral("text/plain"), "eyJ9"});
     message.attachments.append(
         {QStringLiteral("../Инструкция.pdf"), QStringLiteral("bad\r\ntype"), binary});
+    message.parameters.remove(QLatin1String(email::IS_MOBILE_TOKEN)); // no QR code
     const RenderedMail mail = render(message);
 
-    const Entity entity = parse(mail.message);
-    const QRegularExpressionMatch type
-        = QRegularExpression(QStringLiteral("^multipart/mixed; boundary=\"([^\"]+)\"$"))
-              .match(QString::fromLatin1(entity.headers.value("content-type")));
-    QVERIFY(type.hasMatch());
-    const QByteArray boundary = "\r\n--" + type.captured(1).toLatin1();
-    QVERIFY(entity.body.endsWith(boundary + "--\r\n"));
-    QList<Entity> parts;
-    for (int at = entity.body.indexOf(boundary + "\r\n"); at >= 0;) {
-        const int start = at + boundary.size() + 2;
-        at = entity.body.indexOf(boundary, start);
-        parts.append(parse(entity.body.mid(start, at - start)));
-        at = entity.body.indexOf(boundary + "\r\n", at);
-    }
+    const QList<Entity> parts = partsOf(parse(mail.message));
     QCOMPARE(parts.size(), 3);
 
     QCOMPARE(decodeText(parts[0]), crlf(mail.body));

@@ -224,9 +224,15 @@ void TestMailSender::deliversToRelay()
     QCOMPARE(messageId(received), messageId(mail.message));
     QVERIFY(received.contains("X-RcptTo: m.orlova@sevmeh.example"));
     QVERIFY(received.contains("X-MailFrom: zeral@sevmeh.example"));
-    const QByteArray body = received.mid(received.indexOf("\n\n") + 2);
-    QVERIFY(QString::fromUtf8(QByteArray::fromBase64(body))
+    // The text part carries the token; its QR code follows as a picture.
+    const int textPart = received.indexOf("Content-Type: text/plain");
+    const int textStart = received.indexOf("\n\n", textPart) + 2;
+    QVERIFY(textPart > 0 && textStart > textPart);
+    const QByteArray text
+        = received.mid(textStart, received.indexOf("\n--", textStart) - textStart);
+    QVERIFY(QString::fromUtf8(QByteArray::fromBase64(text))
                 .contains(QStringLiteral("eyJob3N0IjoiMTI3LjAuMC4xIn0=")));
+    QVERIFY(received.indexOf("Content-Type: image/png", textStart) > 0);
 }
 
 void TestMailSender::refusedDeliveryIsRetried()

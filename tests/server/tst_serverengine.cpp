@@ -402,7 +402,9 @@ private slots:
                       .status;
         }
         QCOMPARE(got, qint32(status));
-        QVERIFY(root->pushes.isEmpty()); // a refusal changes nothing
+        // A refusal changes nothing: root hears only of the refusal's row in the audit log.
+        QCOMPARE(root->pushes.size(), 1);
+        QCOMPARE(root->pushes.first().name, QLatin1String(cmd::AuditAppended));
         QCOMPARE(
             m_server->client()->login(QStringLiteral("root"), QStringLiteral("RootPass1")).status,
             qint32(proto::StatusOk));

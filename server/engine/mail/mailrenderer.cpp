@@ -1,6 +1,8 @@
 #include "mailrenderer.h"
 
 #include <server/engine/mail/mimemessage.h>
+#include <server/engine/mail/qrcodeimage.h>
+#include <server/engine/serverlogging.h>
 
 #include <QDateTime>
 #include <QRegularExpression>
@@ -20,6 +22,7 @@ struct MailTexts
     const char *tokenIntro;
     const char *tokenSteps;
     const char *tokenWarning;
+    const char *tokenPicture; // when the QR code of the data is attached
     const char *closing;
 };
 
@@ -32,6 +35,8 @@ const MailTexts russianTexts = {
     "авторизации, приведённые ниже, целиком, одной строкой:",
     "В этих данных содержится ваш пароль. Не пересылайте это письмо и удалите его, когда "
     "приложение будет настроено.",
+    "Те же данные есть в приложенной картинке с QR-кодом: их можно не вставлять, а отсканировать "
+    "камерой телефона в приложении.",
     "Письмо отправлено автоматически, отвечать на него не нужно.\n"
     "С уважением, администратор системы Zeral",
 };
@@ -45,6 +50,8 @@ const MailTexts englishTexts = {
     "below, in full, as one line:",
     "This data contains your password. Do not forward this message, and delete it once the app "
     "is set up.",
+    "The same data is in the attached QR code picture: instead of pasting it, you can scan it "
+    "with the phone's camera in the app.",
     "This message was sent automatically; please do not reply.\n"
     "Kind regards, your Zeral system administrator",
 };
@@ -74,6 +81,20 @@ RenderedMail MailRenderer::render(const _EMAIL_MESSAGE &message) const
 {
     const MailTexts &texts = textsFor(message.parameters.value(QLatin1String(email::LOCALE)));
     const bool withToken = message.parameters.value(QLatin1String(email::IS_MOBILE_TOKEN)).toBool();
+    const QString token
+        = withToken ? message.parameters.value(QLatin1String(email::TOKEN)).toString().trimmed()
+                    : QString();
+    // The mail is plain text, so the code goes as an attachment rather than an inline image of
+    // an HTML part. A token too long for one code still goes as text. A body of the client's
+    // own goes as it stands, without a picture its text doesn't mention.
+    QByteArray qrCode;
+    if (!token.isEmpty() && message.body.isEmpty()) {
+        QString why;
+        qrCode = QrCodeImage::png(token.toUtf8(), &why);
+        if (qrCode.isEmpty())
+            qCWarning(lcServer) << "the mail to" << message.to.trimmed()
+                                << "goes without the QR code of its token:" << why;
+    }
 
     RenderedMail mail;
     mail.recipient = message.to.trimmed();
@@ -92,8 +113,10 @@ RenderedMail MailRenderer::render(const _EMAIL_MESSAGE &message) const
         QStringList paragraphs{greeting};
         if (withToken) {
             paragraphs << QString::fromUtf8(texts.tokenIntro) << QString::fromUtf8(texts.tokenSteps)
-                       << message.parameters.value(QLatin1String(email::TOKEN)).toString().trimmed()
-                       << QString::fromUtf8(texts.tokenWarning);
+                       << token;
+            if (!qrCode.isEmpty())
+                paragraphs << QString::fromUtf8(texts.tokenPicture);
+            paragraphs << QString::fromUtf8(texts.tokenWarning);
         }
         paragraphs << QString::fromUtf8(texts.closing);
         mail.body = paragraphs.join(QLatin1String("\n\n")) + QLatin1Char('\n');
@@ -108,6 +131,8 @@ RenderedMail MailRenderer::render(const _EMAIL_MESSAGE &message) const
                                      + QUuid::createUuid().toString(QUuid::WithoutBraces)
                                      + QLatin1Char('@') + domainOf(m_sender) + QLatin1Char('>'));
     mime.setText(mail.body);
+    if (!qrCode.isEmpty())
+        mime.addAttachment(QLatin1String(QrCodeFileName), QStringLiteral("image/png"), qrCode);
     for (const _EMAIL_ATTACHMENT &attachment : message.attachments)
         mime.addAttachment(attachment.fileName, attachment.mimeType, attachment.content);
     mail.message = mime.toBytes();

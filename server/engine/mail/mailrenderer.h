@@ -6,10 +6,15 @@
 namespace zeral::server {
 
 // Writes the text of a mail from the parameters of a "send_email" request, in the language of
-// its LOCALE parameter ("ru" or "en"; anything else falls back to Russian).
+// its LOCALE parameter ("ru" or "en"; anything else falls back to Russian). A mail of mobile
+// credentials whose text is rendered here carries its token as text and as a QR code image (an
+// attachment, since the mail is plain text), unless the token is too long for one code.
 class MailRenderer
 {
 public:
+    // The attachment that carries the token of a mobile access mail as a QR code.
+    static constexpr char QrCodeFileName[] = "qr-code.png";
+
     explicit MailRenderer(QString senderAddress);
     RenderedMail render(const _EMAIL_MESSAGE &message) const;
 

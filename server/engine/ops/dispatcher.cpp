@@ -6,6 +6,7 @@
 #include <server/engine/ops/serverstate.h>
 #include <server/engine/serverlogging.h>
 #include <server/engine/storage/auditlog.h>
+#include <shared/rolenames.h>
 
 #include <QCoreApplication>
 #include <QTimer>
@@ -22,6 +23,7 @@ Dispatcher::Dispatcher(ServerState &state, QObject *parent)
     , m_sqlOps(state)
     , m_adminOps(state,
                  [this](const QByteArray &id, const QString &reason) { closeSession(id, reason); })
+    , m_auditOps(state)
 {
     namespace c = proto::command;
     const auto route = [this](const char *name, bool needsSession, auto handler) {
@@ -56,6 +58,8 @@ Dispatcher::Dispatcher(ServerState &state, QObject *parent)
     route(c::LoginLocks, true, std::bind(&AdminOps::loginLocks, &m_adminOps, _1));
     route(c::UnlockLogin, true, std::bind(&AdminOps::unlockLogin, &m_adminOps, _1));
     route(c::SendEmail, true, std::bind(&AdminOps::sendEmail, &m_adminOps, _1));
+    route(c::AuditLog, true, std::bind(&AuditOps::auditLog, &m_auditOps, _1));
+    route(c::SetConfirmer, true, std::bind(&AuditOps::setConfirmer, &m_auditOps, _1));
 }
 
 bool Dispatcher::refresh(Session *session, Reply *refusal)
@@ -129,9 +133,15 @@ void Dispatcher::dispatch(ClientConnection *connection, const Command &command)
     if (session) {
         audit.operatorLogin = session->login;
         audit.sessionId = session->id;
+        // A confirmer named for the next request is that request's, whatever it is.
+        if (command.name != QLatin1String(proto::command::SetConfirmer)) {
+            audit.confirmedBy = session->confirmerLogin;
+            session->confirmerLogin.clear();
+        }
     }
 
     Reply reply;
+    AuditRecord appended; // the row of a committed change, told to the log's readers
     const auto route = m_routes.constFind(command.name);
     if (command.type != proto::NamedCommand) {
         reply = Reply::fail(proto::StatusMalformed,
@@ -169,8 +179,12 @@ void Dispatcher::dispatch(ClientConnection *connection, const Command &command)
         audit.object = reply.object;
         audit.status = reply.status;
         audit.detail = reply.detail;
-        if (reply.isOk() && reply.change && !AuditLog::record(m_state.database.connection(), audit))
-            reply = Reply::fail(proto::StatusInternal, tr("Сервер не смог записать журнал."));
+        if (reply.isOk() && reply.change) {
+            nameObject(audit, reply);
+            appended = AuditLog::record(m_state.database.connection(), audit);
+            if (appended.id == 0)
+                reply = Reply::fail(proto::StatusInternal, tr("Сервер не смог записать журнал."));
+        }
         if (reply.isOk() && !m_state.database.commit()) {
             reply = Reply::fail(proto::StatusInternal,
                                 tr("Сервер не смог сохранить изменение; ничего не изменено. "
@@ -188,6 +202,8 @@ void Dispatcher::dispatch(ClientConnection *connection, const Command &command)
         recordRefusal(audit, reply, connection->peer());
     for (const Command &push : qAsConst(request.pushes))
         broadcast(push);
+    if (reply.isOk() && appended.id != 0)
+        tellAuditReaders(appended);
     for (const auto &action : qAsConst(request.afterCommit))
         action();
     if (reply.isOk() && reply.change)
@@ -200,9 +216,39 @@ void Dispatcher::recordRefusal(AuditEntry &audit, const Reply &reply, const QStr
     audit.object = reply.object;
     audit.status = reply.status;
     audit.detail = reply.detail;
-    AuditLog::record(m_state.database.connection(), audit);
+    nameObject(audit, reply);
+    tellAuditReaders(AuditLog::record(m_state.database.connection(), audit));
     qCInfo(lcServer) << "refused" << audit.command << "from" << peer << "status" << reply.status
                      << "-" << reply.detail;
+}
+
+void Dispatcher::nameObject(AuditEntry &audit, const Reply &reply)
+{
+    audit.objectName = reply.objectName;
+    ObjectInfo object;
+    if (audit.objectName.isEmpty() && reply.object != 0
+        && m_state.store->read(reply.object, &object))
+        audit.objectName = AuditLog::nameOf(object);
+}
+
+void Dispatcher::tellAuditReaders(const AuditRecord &row)
+{
+    if (row.id == 0)
+        return;
+    const QList<const Session *> attached = m_state.sessions.attached();
+    if (attached.isEmpty())
+        return;
+    // Read now rather than from the sessions' roles, which are brought up to date only at a
+    // session's own next request: an operator who lost the right gets no more rows.
+    const QSet<TYPE_ID> readers
+        = AuditLog::usersWithRole(m_state.database.connection(), QLatin1String(role::AUDIT_SHOW));
+    if (readers.isEmpty())
+        return;
+    const Command push = Pushes::auditAppended(row);
+    for (const Session *session : attached) {
+        if (readers.contains(session->uid))
+            session->connection->send(push);
+    }
 }
 
 void Dispatcher::answerLater(const QPointer<ClientConnection> &connection,

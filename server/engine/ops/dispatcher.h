@@ -2,10 +2,13 @@
 
 #include <server/engine/ops/accessops.h>
 #include <server/engine/ops/adminops.h>
+#include <server/engine/ops/auditops.h>
 #include <server/engine/ops/biometricops.h>
 #include <server/engine/ops/objectops.h>
 #include <server/engine/ops/sessionops.h>
 #include <server/engine/ops/sqlops.h>
+
+#include <shared/auditrecord.h>
 
 #include <QHash>
 #include <QObject>
@@ -50,6 +53,10 @@ private:
     bool refresh(Session *session, Reply *refusal);
     void answer(ClientConnection *connection, const Command &request, const Reply &reply);
     void recordRefusal(AuditEntry &audit, const Reply &reply, const QString &peer);
+    // The object's name for its audit row: the handler's, else the store's as it is now.
+    void nameObject(AuditEntry &audit, const Reply &reply);
+    // Pushes a new row of the audit log to the sessions whose operators may read the log.
+    void tellAuditReaders(const AuditRecord &row);
     void answerLater(const QPointer<ClientConnection> &connection, const QByteArray &sessionId,
                      const Command &request, AuditEntry audit, const Reply &reply);
 
@@ -60,6 +67,7 @@ private:
     BiometricOps m_biometricOps;
     SqlOps m_sqlOps;
     AdminOps m_adminOps;
+    AuditOps m_auditOps;
     QHash<QString, Route> m_routes;
 };
 

@@ -9,6 +9,7 @@
 #include <server/engine/ops/rights.h>
 #include <server/engine/ops/serverstate.h>
 #include <server/engine/session/passwordhasher.h>
+#include <server/engine/storage/auditlog.h>
 #include <shared/datasets.h>
 #include <shared/dbkeys.h>
 #include <shared/rolenames.h>
@@ -391,7 +392,9 @@ Reply ObjectOps::removeObject(Request &request)
         return Reply::internalError();
     request.pushes.append(Pushes::removed(dataset, {uid}));
     request.pushes.append(Pushes::changedObjects(*m_state.store, linked));
-    return Reply::changed(uid, QStringLiteral("removed %1").arg(type));
+    Reply reply = Reply::changed(uid, QStringLiteral("removed %1").arg(type));
+    reply.objectName = AuditLog::nameOf(stored); // the store can't tell it any more
+    return reply;
 }
 
 } // namespace zeral::server

@@ -35,6 +35,11 @@ Command Pushes::sessionClosed(const QString &reason)
     return push(proto::command::SessionClosed, ZRDataStream::pack(reason));
 }
 
+Command Pushes::auditAppended(const AuditRecord &row)
+{
+    return push(proto::command::AuditAppended, ZRDataStream::pack(row));
+}
+
 QList<Command> Pushes::changedObjects(ObjectStore &store, const QList<TYPE_ID> &uids)
 {
     QMap<QString, QList<ObjectInfo>> byDataset;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <host/core/command.h>
+#include <shared/auditrecord.h>
 #include <shared/objectinfo.h>
 
 #include <QList>
@@ -16,6 +17,7 @@ public:
     static Command changed(const QString &dataset, const QList<ObjectInfo> &objects);
     static Command removed(const QString &dataset, const QList<TYPE_ID> &uids);
     static Command sessionClosed(const QString &reason);
+    static Command auditAppended(const AuditRecord &row);
     // One "changed" push per dataset for the objects as they are now in `store`.
     static QList<Command> changedObjects(ObjectStore &store, const QList<TYPE_ID> &uids);
 

@@ -15,6 +15,7 @@ struct Reply
     QByteArray data;
     TYPE_ID object = 0;
     QString detail;
+    QString objectName;         // for the audit log, if the store can't tell it (removed)
     bool change = false;        // an applied change, logged in the audit log
     int delayMs = 0;            // the answer is held back (slowed logins)
     bool answeredLater = false; // the handler answers later, through Request::answerLater

@@ -29,6 +29,9 @@ struct Session
     QDateTime lastAction;
     QPointer<ClientConnection> connection; // null while the client is away
     QDateTime detachedSince;               // when the connection went; invalid while attached
+    // Who confirmed the session's next request (session.set_confirmer): kept for that one
+    // request's audit row, then forgotten.
+    QString confirmerLogin;
 
     bool hasRole(const char *role) const { return roles.contains(QLatin1String(role)); }
     QString ipPort() const;

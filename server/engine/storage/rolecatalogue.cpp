@@ -78,7 +78,8 @@ const QList<Group> &groups()
          {{r::REPORT_CREATE_CHANGE,
            QT_TRANSLATE_NOOP("RoleCatalogue", "Создание и изменение отчётов")},
           {r::DEVICE_LOG_SHOW, QT_TRANSLATE_NOOP("RoleCatalogue", "Просмотр журнала устройств")},
-          {r::SYSTEM_LOG_SHOW, QT_TRANSLATE_NOOP("RoleCatalogue", "Просмотр системного журнала")}}},
+          {r::SYSTEM_LOG_SHOW, QT_TRANSLATE_NOOP("RoleCatalogue", "Просмотр системного журнала")},
+          {r::AUDIT_SHOW, QT_TRANSLATE_NOOP("RoleCatalogue", "Просмотр журнала действий")}}},
     };
     return all;
 }
@@ -142,9 +143,9 @@ QList<_ROLETEMPLATE_INFO> RoleCatalogue::builtInTemplates()
                r::USER_BLOCK, r::ROLE_LINKUSER, r::ROLE_LINKSUBDIV, r::USER_CREATE_REQUIRES_CONFIRM,
                r::USER_UPDATE_REQUIRES_CONFIRM, r::USER_DELETE_REQUIRES_CONFIRM, r::WORKER_SHOW,
                r::DEPARTMENT_SHOW, r::FIRM_SHOW, r::REPORT_CREATE_CHANGE})},
-        {t::AUDITOR,
-         list({r::USER_SHOW, r::USER_MOBILE_SHOW, r::USER_ONLINE_SHOW, r::WORKER_SHOW,
-               r::DEPARTMENT_SHOW, r::FIRM_SHOW, r::DEVICE_LOG_SHOW, r::SYSTEM_LOG_SHOW})},
+        {t::AUDITOR, list({r::USER_SHOW, r::USER_MOBILE_SHOW, r::USER_ONLINE_SHOW, r::WORKER_SHOW,
+                           r::DEPARTMENT_SHOW, r::FIRM_SHOW, r::DEVICE_LOG_SHOW, r::SYSTEM_LOG_SHOW,
+                           r::AUDIT_SHOW})},
         {t::MOBILE, list({r::MOBILE_LOGIN})},
         {t::MOBILE_CHIEF, list({r::MOBILE_LOGIN, r::WORKER_SHOW, r::DEPARTMENT_SHOW})},
     };

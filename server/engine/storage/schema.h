@@ -11,7 +11,7 @@ namespace zeral::server {
 class Schema
 {
 public:
-    static constexpr int CurrentVersion = 1;
+    static constexpr int CurrentVersion = 2;
 
     // Empty on success, else the failing step and SQLite's error.
     static QString migrate(QSqlDatabase &db);
