@@ -84,7 +84,7 @@ private slots:
         QCOMPARE(requireChange->text(), QStringLiteral("Сменить пароль при первом входе"));
         QVERIFY(requireChange->isChecked());
         QVERIFY(!requireChange->isEnabled());
-        QVERIFY(useDefault->nextInFocusChain() == requireChange);
+        QCOMPARE(wizardpages::nextTabStop(useDefault), requireChange);
 
         QWidget *row = child<QWidget>(&page, "widget");
         QCOMPARE(row->minimumHeight(), 30);

@@ -66,6 +66,18 @@ inline QString md5(const QString &password)
         QCryptographicHash::hash(password.toUtf8(), QCryptographicHash::Md5).toHex());
 }
 
+// The widget that Tab leads to from `widget`: the next in the focus chain that takes focus
+// by Tab and is not part of `widget` itself.
+inline QWidget *nextTabStop(QWidget *widget)
+{
+    for (QWidget *next = widget->nextInFocusChain(); next && next != widget;
+         next = next->nextInFocusChain()) {
+        if ((next->focusPolicy() & Qt::TabFocus) && !widget->isAncestorOf(next))
+            return next;
+    }
+    return nullptr;
+}
+
 // The "property-" entries of a task, by parameter, as text.
 inline QHash<QString, QString> propertiesOf(const zeral::TaskInfo &task)
 {
