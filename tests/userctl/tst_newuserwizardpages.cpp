@@ -1,0 +1,146 @@
+// The tasks of the new-user wizard's first pages as they run: held by the progress page,
+// released one by one to the users screen's queue, the created user's uid put into those
+// after the creation, each result told to the page that made the task.
+#include "newuserchain.h"
+#include "userctlharness.h"
+
+#include <host/core/localstorage.h>
+
+#include <QSignalSpy>
+#include <QtTest>
+
+using wizardpages::md5;
+
+namespace {
+constexpr TYPE_ID NewUid = 640;
+const QString DefaultPassword = QStringLiteral("Zr-Default-2024");
+} // namespace
+
+class TestNewUserWizardPages : public QObject
+{
+    Q_OBJECT
+
+    static void storeDatabase()
+    {
+        zeral::LocalStorage::instance()->applyChanged(
+            QStringLiteral("db"),
+            {testing::makeDatabase(1, {{"PT_PASSWORD_DEF", DefaultPassword},
+                                       {"PT_IDENT_TYPE", "2"}})});
+    }
+    static zeral::ROLETEMPLATES_HASH templates()
+    {
+        zeral::ROLETEMPLATES_HASH hash;
+        for (const char *id : {"RT_ADMINISTRATOR", "RT_OPERATOR", "RT_MOBILE"})
+            hash.insert(id, {id, QString(), QString(), false, {"RL_USER_SHOW"}, QString()});
+        return hash;
+    }
+
+private slots:
+    void init()
+    {
+        zeral::LocalStorage::instance()->clear();
+    }
+
+    void runsThroughTheScreensQueue()
+    {
+        UserCtlHarness h;
+        storeDatabase();
+        NewUserChain chain(h.screen);
+        chain.roles->setRoleTemplates(templates());
+        QSignalSpy added(chain.property, &ZRWizardPage::objectAddedReported);
+        QSignalSpy passwordSaved(chain.password, &ZRWizardPage::objectUpdatedReported);
+        QSignalSpy rolesSaved(chain.roles, &ZRWizardPage::objectUpdatedReported);
+        QSignalSpy finished(chain.progress, &BaseProgressWizardPage::runFinished);
+        h.server.clearSent();
+
+        chain.walk("petrov", "Петров", "RT_OPERATOR");
+        if (QTest::currentTestFailed())
+            return;
+
+        // The creation: the login, the names, and the first password.
+        QTRY_COMPARE(h.sent(command::AddObject).size(), 1);
+        zeral::ObjectInfo created;
+        QList<zeral::_INHERIT_DATA> links;
+        unpack(h.sent(command::AddObject).first().data, created, links);
+        QCOMPARE(created.uid, TYPE_ID(0));
+        QCOMPARE(created.type, QStringLiteral("OT_USER"));
+        QCOMPARE(created.parent, TYPE_ID(0));
+        QVERIFY(links.isEmpty());
+        const QHash<QString, QString> first{{"PT_LOGIN", "petrov"},
+                                            {"PT_SURNAME", "Петров"},
+                                            {"PT_NAME", ""},
+                                            {"PT_PATRONYMIC", ""},
+                                            {"PT_PASSHASH", md5("Kk739146")}};
+        QCOMPARE(created.parameters, first);
+        // Nothing else goes out before the object exists.
+        QVERIFY(h.sent(command::UpdateObject).isEmpty());
+        h.server.answerOk(h.sent(command::AddObject).first(), ZRDataStream::pack(qint32(NewUid)));
+        QTRY_COMPARE(added.size(), 1);
+        QCOMPARE(added.first().first().value<TYPE_ID>(), NewUid);
+
+        // The password, on the new user.
+        QTRY_COMPARE(h.sent(command::UpdateObject).size(), 1);
+        const SavedObject password(h.sent(command::UpdateObject).at(0));
+        QCOMPARE(password.uid, NewUid);
+        QCOMPARE(password.type, QStringLiteral("OT_USER"));
+        const QHash<QString, QString> passwordParameters{{"PT_PASSHASH", md5(DefaultPassword)},
+                                                         {"PT_REQUIRE_CHANGE", "1"},
+                                                         {"PT_PASSWORD_EXPIRED", ""}};
+        QCOMPARE(password.parameters, passwordParameters);
+        h.server.answerOk(h.sent(command::UpdateObject).at(0));
+        QTRY_COMPARE(passwordSaved.size(), 1);
+        QCOMPARE(passwordSaved.first().first().value<TYPE_ID>(), NewUid);
+
+        // The template and the policy, the server's default.
+        QTRY_COMPARE(h.sent(command::UpdateObject).size(), 2);
+        const SavedObject access(h.sent(command::UpdateObject).at(1));
+        QCOMPARE(access.uid, NewUid);
+        const QHash<QString, QString> accessParameters{{"PT_ROLETEMPLATE", "RT_OPERATOR"},
+                                                       {"PT_IDENT_TYPE", "2"}};
+        QCOMPARE(access.parameters, accessParameters);
+        h.server.answerOk(h.sent(command::UpdateObject).at(1));
+
+        // The prescription of the template to the new user.
+        QTRY_COMPARE(h.sent(command::PrescribeRoleTemplate).size(), 1);
+        TYPE_ID uid = 0;
+        QString roleTemplate;
+        unpack(h.sent(command::PrescribeRoleTemplate).first().data, uid, roleTemplate);
+        QCOMPARE(uid, NewUid);
+        QCOMPARE(roleTemplate, QStringLiteral("RT_OPERATOR"));
+        h.server.answerOk(h.sent(command::PrescribeRoleTemplate).first());
+
+        QTRY_COMPARE(finished.size(), 1);
+        QCOMPARE(finished.first().first().toBool(), true);
+        QCOMPARE(rolesSaved.size(), 2);
+        QCOMPARE(chain.progress->succeededCount(), 4);
+        QCOMPARE(chain.progress->state(), BaseProgressWizardPage::State::Finished);
+    }
+
+    void failedCreationChangesNothingElse()
+    {
+        UserCtlHarness h;
+        storeDatabase();
+        NewUserChain chain(h.screen);
+        chain.roles->setRoleTemplates(templates());
+        QSignalSpy added(chain.property, &ZRWizardPage::objectAddedReported);
+        QSignalSpy finished(chain.progress, &BaseProgressWizardPage::runFinished);
+        h.server.clearSent();
+        chain.walk("petrov", "Петров", "RT_OPERATOR");
+        if (QTest::currentTestFailed())
+            return;
+        QTRY_COMPARE(h.sent(command::AddObject).size(), 1);
+        h.server.answerFailure(h.sent(command::AddObject).first(), zeral::proto::StatusForbidden,
+                               "no");
+        QTRY_COMPARE(finished.size(), 1);
+        QCOMPARE(finished.first().first().toBool(), false);
+        QCOMPARE(added.size(), 1);
+        QCOMPARE(added.first().first().value<TYPE_ID>(), TYPE_ID(0));
+        QCOMPARE(chain.progress->state(), BaseProgressWizardPage::State::Failed);
+        QCoreApplication::processEvents();
+        QVERIFY(h.sent(command::UpdateObject).isEmpty());
+        QVERIFY(h.sent(command::PrescribeRoleTemplate).isEmpty());
+    }
+};
+
+QTEST_MAIN(TestNewUserWizardPages)
+#include "tst_newuserwizardpages.moc"
