@@ -2,6 +2,7 @@
 // released one by one to the users screen's queue, the created user's uid put into those
 // after the creation, each result told to the page that made the task.
 #include "newuserchain.h"
+#include "realserverscreen.h"
 #include "userctlharness.h"
 
 #include <host/core/localstorage.h>
@@ -139,6 +140,56 @@ private slots:
         QCoreApplication::processEvents();
         QVERIFY(h.sent(command::UpdateObject).isEmpty());
         QVERIFY(h.sent(command::PrescribeRoleTemplate).isEmpty());
+    }
+
+    // At the real server: the user exists with what the pages gave him, and the default
+    // password lets him in only to choose a new one.
+    void atTheRealServer()
+    {
+        RealServerScreen studio;
+        QCOMPARE(studio.server.start(), QString());
+        studio.logInAsRootAndLoad();
+        if (QTest::currentTestFailed())
+            return;
+        zeral::LocalStorage *store = zeral::LocalStorage::instance();
+        const QHash<QString, QString> settings = store->dbSettings().parameters;
+        const QString defaultPassword = settings.value("PT_PASSWORD_DEF");
+        QVERIFY(!defaultPassword.isEmpty());
+
+        studio.makeScreen();
+        NewUserChain chain(studio.screen.get());
+        QObject::connect(studio.screen.get(), &UserCtl::roleTemplatesRead, chain.roles,
+                         &UserRolesWizardPage::setRoleTemplates);
+        QSignalSpy finished(chain.progress, &BaseProgressWizardPage::runFinished);
+        QSignalSpy added(chain.property, &ZRWizardPage::objectAddedReported);
+        studio.screen->insertedToInterface();
+        QTRY_VERIFY(chain.roles->findChild<ZRComboBox *>("cbRoleTemplate")->count() > 0);
+        chain.walk("petrov", "Петров", "RT_OPERATOR");
+        if (QTest::currentTestFailed())
+            return;
+        QVERIFY(finished.wait(10000));
+        QCOMPARE(finished.first().first().toBool(), true);
+        QCOMPARE(chain.progress->succeededCount(), 4);
+
+        QCOMPARE(added.size(), 1);
+        const TYPE_ID uid = added.first().first().value<TYPE_ID>();
+        QVERIFY(uid != 0);
+        // The server pushes each change before it answers it: the store holds the user as the
+        // last task left him.
+        const zeral::ObjectInfo &stored = store->constObject(uid, "user");
+        QCOMPARE(stored.parameters.value("PT_LOGIN"), QStringLiteral("petrov"));
+        QCOMPARE(stored.parameters.value("PT_ROLETEMPLATE"), QStringLiteral("RT_OPERATOR"));
+        QCOMPARE(stored.parameters.value("PT_SURNAME"), QStringLiteral("Петров"));
+        QCOMPARE(stored.parameters.value("PT_IDENT_TYPE"), settings.value("PT_IDENT_TYPE"));
+        QCOMPARE(stored.parameters.value("PT_REQUIRE_CHANGE"), QStringLiteral("1"));
+        QVERIFY(!stored.parameters.contains("PT_PASSHASH"));
+
+        const auto client = studio.server.client();
+        QCOMPARE(client->login("petrov", defaultPassword).status,
+                 qint32(zeral::proto::StatusPasswordChangeRequired));
+        // The first password of the creation has been replaced.
+        QCOMPARE(client->login("petrov", "Kk739146").status,
+                 qint32(zeral::proto::StatusLoginFailed));
     }
 };
 
