@@ -1,6 +1,7 @@
 #include "userpasswordwizardpage.h"
 #include "ui_userpasswordwizardpage.h"
 
+#include <src/pastmarkingdateedit.h>
 #include <src/wizards/newusertask.h>
 
 #include <host/core/guipassfuncs.h>
@@ -19,17 +20,8 @@ UserPasswordWizardPage::UserPasswordWizardPage(QWidget *parent)
 {
     m_ui->setupUi(this);
 
-    // The expiry is shown with a passed date marked, which the date edit only does when built
-    // so; a form can't pass that, so the form's edit makes way for one built here.
-    ZRDateEdit *formDateEdit = m_ui->passwExpireDate;
-    auto *dateEdit = new ZRDateEdit(formDateEdit->parentWidget(), true);
-    dateEdit->setObjectName(formDateEdit->objectName());
-    dateEdit->setEnabled(formDateEdit->isEnabled());
-    dateEdit->setCalendarPopup(formDateEdit->calendarPopup());
-    delete m_ui->horizontalLayout->replaceWidget(formDateEdit, dateEdit);
-    delete formDateEdit;
-    m_ui->passwExpireDate = dateEdit;
-    setTabOrder(m_ui->cbIsPasswordTimeLimit, dateEdit);
+    m_ui->passwExpireDate = PastMarkingDateEdit::replace(m_ui->passwExpireDate);
+    setTabOrder(m_ui->cbIsPasswordTimeLimit, m_ui->passwExpireDate);
 
     connect(m_ui->cbIsPasswordTimeLimit, &QCheckBox::clicked, this,
             &UserPasswordWizardPage::passwExpireTypeChanged);

@@ -1,6 +1,7 @@
 #include "userroleswizardpage.h"
 #include "ui_userroleswizardpage.h"
 
+#include <src/identificationpolicy.h>
 #include <src/mobileuserhelper.h>
 #include <src/roletemplatechoices.h>
 #include <src/wizards/newusertask.h>
@@ -9,29 +10,15 @@
 #include <host/core/localstorage.h>
 #include <shared/dbkeys.h>
 
-#include <QIcon>
 #include <QVector>
-
-namespace {
-// The values of "PT_IDENT_TYPE" the policy box offers; there is no policy 3.
-constexpr int IdentPassword = 0;
-constexpr int IdentBiometrics = 1;
-constexpr int IdentPasswordBiometrics = 2;
-constexpr int IdentKerberos = 4;
-} // namespace
 
 UserRolesWizardPage::UserRolesWizardPage(QWidget *parent)
     : ZRWizardPage(parent)
     , m_ui(std::make_unique<Ui::UserRolesWizardPage>())
 {
     m_ui->setupUi(this);
-    // Items of a form carry no data, so the policies are put in here.
     ZRComboBox *identType = m_ui->cbIdentType;
-    identType->addItem(QIcon(), tr("Логин + пароль"), IdentPassword);
-    identType->addItem(QIcon(), tr("Логин + биометрическая информация"), IdentBiometrics);
-    identType->addItem(QIcon(), tr("Логин + пароль + биометрическая информация"),
-                       IdentPasswordBiometrics);
-    identType->addItem(QIcon(), tr("Авторизация Kerberos"), IdentKerberos);
+    IdentificationPolicy::fillBox(identType);
 
     // The server-wide default; a value the box doesn't offer leaves the first policy chosen.
     const uint serverDefault = zeral::LocalStorage::instance()
@@ -54,8 +41,8 @@ UserRolesWizardPage::~UserRolesWizardPage() = default;
 void UserRolesWizardPage::identTypeChanged()
 {
     // A new user has no fingerprints yet, so a policy that needs them can't log him in.
-    const int policy = m_ui->cbIdentType->currentData().toInt();
-    m_ui->lbWarning->setVisible(policy == IdentBiometrics || policy == IdentPasswordBiometrics);
+    m_ui->lbWarning->setVisible(
+        IdentificationPolicy::needsBiometrics(m_ui->cbIdentType->currentData().toInt()));
 }
 
 void UserRolesWizardPage::setRoleTemplates(

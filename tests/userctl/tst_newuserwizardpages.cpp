@@ -17,16 +17,17 @@ constexpr TYPE_ID NewUid = 640;
 const QString DefaultPassword = QStringLiteral("Zr-Default-2024");
 } // namespace
 
-class TestNewUserWizardPages : public QObject
+// The pages before the scripted server: a database object with a default password and a
+// biometric default policy, and the templates an administrator sees.
+struct ScriptedRun
 {
-    Q_OBJECT
-
-    static void storeDatabase()
+    static UserCtl *storeDatabase(UserCtl *screen)
     {
         zeral::LocalStorage::instance()->applyChanged(
             QStringLiteral("db"),
             {testing::makeDatabase(1, {{"PT_PASSWORD_DEF", DefaultPassword},
                                        {"PT_IDENT_TYPE", "2"}})});
+        return screen;
     }
     static zeral::ROLETEMPLATES_HASH templates()
     {
@@ -36,6 +37,28 @@ class TestNewUserWizardPages : public QObject
         return hash;
     }
 
+    // Walks the pages; the creation is then out at the server.
+    void start()
+    {
+        chain.roles->setRoleTemplates(templates());
+        h.server.clearSent();
+        chain.walk("petrov", "Петров", "RT_OPERATOR");
+        if (QTest::currentTestFailed())
+            return;
+        QTRY_COMPARE(h.sent(command::AddObject).size(), 1);
+    }
+
+    UserCtlHarness h;
+    // The access page reads the default policy when it is made.
+    NewUserChain chain{storeDatabase(h.screen)};
+    QSignalSpy added{chain.property, &ZRWizardPage::objectAddedReported};
+    QSignalSpy finished{chain.progress, &BaseProgressWizardPage::runFinished};
+};
+
+class TestNewUserWizardPages : public QObject
+{
+    Q_OBJECT
+
 private slots:
     void init()
     {
@@ -44,22 +67,15 @@ private slots:
 
     void runsThroughTheScreensQueue()
     {
-        UserCtlHarness h;
-        storeDatabase();
-        NewUserChain chain(h.screen);
-        chain.roles->setRoleTemplates(templates());
-        QSignalSpy added(chain.property, &ZRWizardPage::objectAddedReported);
-        QSignalSpy passwordSaved(chain.password, &ZRWizardPage::objectUpdatedReported);
-        QSignalSpy rolesSaved(chain.roles, &ZRWizardPage::objectUpdatedReported);
-        QSignalSpy finished(chain.progress, &BaseProgressWizardPage::runFinished);
-        h.server.clearSent();
-
-        chain.walk("petrov", "Петров", "RT_OPERATOR");
+        ScriptedRun run;
+        UserCtlHarness &h = run.h;
+        QSignalSpy passwordSaved(run.chain.password, &ZRWizardPage::objectUpdatedReported);
+        QSignalSpy rolesSaved(run.chain.roles, &ZRWizardPage::objectUpdatedReported);
+        run.start();
         if (QTest::currentTestFailed())
             return;
 
         // The creation: the login, the names, and the first password.
-        QTRY_COMPARE(h.sent(command::AddObject).size(), 1);
         zeral::ObjectInfo created;
         QList<zeral::_INHERIT_DATA> links;
         unpack(h.sent(command::AddObject).first().data, created, links);
@@ -76,8 +92,8 @@ private slots:
         // Nothing else goes out before the object exists.
         QVERIFY(h.sent(command::UpdateObject).isEmpty());
         h.server.answerOk(h.sent(command::AddObject).first(), ZRDataStream::pack(qint32(NewUid)));
-        QTRY_COMPARE(added.size(), 1);
-        QCOMPARE(added.first().first().value<TYPE_ID>(), NewUid);
+        QTRY_COMPARE(run.added.size(), 1);
+        QCOMPARE(run.added.first().first().value<TYPE_ID>(), NewUid);
 
         // The password, on the new user.
         QTRY_COMPARE(h.sent(command::UpdateObject).size(), 1);
@@ -110,33 +126,27 @@ private slots:
         QCOMPARE(roleTemplate, QStringLiteral("RT_OPERATOR"));
         h.server.answerOk(h.sent(command::PrescribeRoleTemplate).first());
 
-        QTRY_COMPARE(finished.size(), 1);
-        QCOMPARE(finished.first().first().toBool(), true);
+        QTRY_COMPARE(run.finished.size(), 1);
+        QCOMPARE(run.finished.first().first().toBool(), true);
         QCOMPARE(rolesSaved.size(), 2);
-        QCOMPARE(chain.progress->succeededCount(), 4);
-        QCOMPARE(chain.progress->state(), BaseProgressWizardPage::State::Finished);
+        QCOMPARE(run.chain.progress->succeededCount(), 4);
+        QCOMPARE(run.chain.progress->state(), BaseProgressWizardPage::State::Finished);
     }
 
     void failedCreationChangesNothingElse()
     {
-        UserCtlHarness h;
-        storeDatabase();
-        NewUserChain chain(h.screen);
-        chain.roles->setRoleTemplates(templates());
-        QSignalSpy added(chain.property, &ZRWizardPage::objectAddedReported);
-        QSignalSpy finished(chain.progress, &BaseProgressWizardPage::runFinished);
-        h.server.clearSent();
-        chain.walk("petrov", "Петров", "RT_OPERATOR");
+        ScriptedRun run;
+        run.start();
         if (QTest::currentTestFailed())
             return;
-        QTRY_COMPARE(h.sent(command::AddObject).size(), 1);
+        UserCtlHarness &h = run.h;
         h.server.answerFailure(h.sent(command::AddObject).first(), zeral::proto::StatusForbidden,
                                "no");
-        QTRY_COMPARE(finished.size(), 1);
-        QCOMPARE(finished.first().first().toBool(), false);
-        QCOMPARE(added.size(), 1);
-        QCOMPARE(added.first().first().value<TYPE_ID>(), TYPE_ID(0));
-        QCOMPARE(chain.progress->state(), BaseProgressWizardPage::State::Failed);
+        QTRY_COMPARE(run.finished.size(), 1);
+        QCOMPARE(run.finished.first().first().toBool(), false);
+        QCOMPARE(run.added.size(), 1);
+        QCOMPARE(run.added.first().first().value<TYPE_ID>(), TYPE_ID(0));
+        QCOMPARE(run.chain.progress->state(), BaseProgressWizardPage::State::Failed);
         QCoreApplication::processEvents();
         QVERIFY(h.sent(command::UpdateObject).isEmpty());
         QVERIFY(h.sent(command::PrescribeRoleTemplate).isEmpty());

@@ -255,10 +255,8 @@ private slots:
         }
         if (limited)
             child(w.page, "cbIsPasswordTimeLimit")->click();
-        QVERIFY(w.next());
-        QCOMPARE(w.tasks.size(), 1);
-        const zeral::TaskInfo task = w.tasks.first();
-        wizardpages::verifyUserTask(task, "save_object", w.page, "objectUpdated");
+        zeral::TaskInfo task;
+        w.leaveWithOneUserTask("save_object", "objectUpdated", &task);
         if (QTest::currentTestFailed())
             return;
         const QString expiry

@@ -184,10 +184,8 @@ private slots:
         for (int i = 0; i < 3; ++i)
             type(child(w.page, edits[i]), names.at(i));
         const qint64 before = zeral::TaskInfo().id;
-        QVERIFY(w.next());
-        QCOMPARE(w.tasks.size(), 1);
-        const zeral::TaskInfo task = w.tasks.first();
-        wizardpages::verifyUserTask(task, "create_object", w.page, "objectAdded");
+        zeral::TaskInfo task;
+        w.leaveWithOneUserTask("create_object", "objectAdded", &task);
         if (QTest::currentTestFailed())
             return;
         QVERIFY(task.id > before);

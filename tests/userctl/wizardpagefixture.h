@@ -42,6 +42,10 @@ public:
         return wizard.currentPage() == last;
     }
 
+    // Leaves the page by Next and takes the one task it emitted, checked as a task on the
+    // user that the wizard makes.
+    void leaveWithOneUserTask(const QString &kind, const QString &method, zeral::TaskInfo *task);
+
     PageListWizard wizard;
     Page *page;
     ZRWizardPage *last;
@@ -117,3 +121,13 @@ inline void verifyUserTask(const zeral::TaskInfo &task, const QString &kind,
 }
 
 } // namespace wizardpages
+
+template<class Page>
+void PageInWizard<Page>::leaveWithOneUserTask(const QString &kind, const QString &method,
+                                              zeral::TaskInfo *task)
+{
+    QVERIFY(next());
+    QCOMPARE(tasks.size(), 1);
+    *task = tasks.first();
+    wizardpages::verifyUserTask(*task, kind, page, method);
+}
