@@ -236,7 +236,8 @@ void UserProperties::setTemplatesCount(zeral::TYPE_ID uid, int count)
     const bool hasTemplates = m_templatesCount != 0;
     ZRComboBox *identType = m_ui->cbIdentType;
     identType->setItemEnabled(identType->findData(IdentificationPolicy::Biometrics), hasTemplates);
-    identType->setItemEnabled(identType->findData(IdentificationPolicy::PasswordBiometrics), hasTemplates);
+    identType->setItemEnabled(identType->findData(IdentificationPolicy::PasswordBiometrics),
+                              hasTemplates);
     m_ui->lbWarning->setVisible(!hasTemplates);
 }
 

@@ -16,9 +16,10 @@ public:
     // A "create_object" or "save_object" of a user, with the properties each under
     // "property-<key>" as text, parent 0, told back to `method` of `receiver`. The start and
     // error texts are filled with the user's name as those properties give it.
-    static zeral::TaskInfo objectTask(const QString &kind, const QHash<QString, QString> &properties,
-                                      QObject *receiver, const QString &method,
-                                      const QString &startMessage, const QString &errorMessage);
+    static zeral::TaskInfo objectTask(const QString &kind,
+                                      const QHash<QString, QString> &properties, QObject *receiver,
+                                      const QString &method, const QString &startMessage,
+                                      const QString &errorMessage);
 
     NewUserTask() = delete;
 };

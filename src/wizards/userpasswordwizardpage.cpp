@@ -89,18 +89,17 @@ QHash<QString, QString> UserPasswordWizardPage::properties() const
 {
     const bool useDefault = m_ui->cbUseDefaultPassword->isChecked();
     const QString password
-        = useDefault
-              ? GUIPassFuncs::getDBParameterByName(QLatin1String(db::database::PASSWORD_DEF))
-              : m_ui->passChangeWidget->password();
+        = useDefault ? GUIPassFuncs::getDBParameterByName(QLatin1String(db::database::PASSWORD_DEF))
+                     : m_ui->passChangeWidget->password();
     const bool requireChange = useDefault || m_ui->cbRequireChangePassword->isChecked();
     const QString expiry = m_ui->cbIsPasswordTimeLimit->isChecked()
                                ? m_ui->passwExpireDate->date().toString(Qt::ISODate)
                                : QString();
-    return {{QLatin1String(db::user::PASSHASH),
-             PassHash::encrypt(password, QCryptographicHash::Md5)},
-            {QLatin1String(db::user::REQUIRE_CHANGE),
-             requireChange ? QStringLiteral("1") : QStringLiteral("0")},
-            {QLatin1String(db::database::PASSWORD_EXPIRED), expiry}};
+    return {
+        {QLatin1String(db::user::PASSHASH), PassHash::encrypt(password, QCryptographicHash::Md5)},
+        {QLatin1String(db::user::REQUIRE_CHANGE),
+         requireChange ? QStringLiteral("1") : QStringLiteral("0")},
+        {QLatin1String(db::database::PASSWORD_EXPIRED), expiry}};
 }
 
 bool UserPasswordWizardPage::validatePage()
@@ -123,8 +122,7 @@ void UserPasswordWizardPage::initializePage()
 
 bool UserPasswordWizardPage::eventFilter(QObject *object, QEvent *event)
 {
-    if (object == wizard()
-        && (event->type() == QEvent::Move || event->type() == QEvent::Resize)) {
+    if (object == wizard() && (event->type() == QEvent::Move || event->type() == QEvent::Resize)) {
         m_ui->passChangeWidget->moveCriteriaWidget();
     }
     return ZRWizardPage::eventFilter(object, event);

@@ -94,9 +94,8 @@ QHash<QString, QString> UserPropertyWizardPage::properties() const
 
 bool UserPropertyWizardPage::validatePage()
 {
-    emit appendTask(NewUserTask::objectTask(QStringLiteral("create_object"), properties(), this,
-                                            QStringLiteral("objectAdded"),
-                                            tr("Добавление пользователя %1"),
-                                            tr("Ошибка добавления пользователя %1")));
+    emit appendTask(NewUserTask::objectTask(
+        QStringLiteral("create_object"), properties(), this, QStringLiteral("objectAdded"),
+        tr("Добавление пользователя %1"), tr("Ошибка добавления пользователя %1")));
     return true;
 }

@@ -68,18 +68,17 @@ void UserRolesWizardPage::setRoleTemplates(
 
 QHash<QString, QString> UserRolesWizardPage::properties() const
 {
-    return {{QLatin1String(db::user::ROLE_TEMPLATE),
-             m_ui->cbRoleTemplate->currentData().toString()},
-            {QLatin1String(db::user::IDENT_TYPE), m_ui->cbIdentType->currentData().toString()}};
+    return {
+        {QLatin1String(db::user::ROLE_TEMPLATE), m_ui->cbRoleTemplate->currentData().toString()},
+        {QLatin1String(db::user::IDENT_TYPE), m_ui->cbIdentType->currentData().toString()}};
 }
 
 bool UserRolesWizardPage::validatePage()
 {
     const QHash<QString, QString> chosen = properties();
-    emit appendTask(NewUserTask::objectTask(QStringLiteral("save_object"), chosen, this,
-                                            QStringLiteral("objectUpdated"),
-                                            tr("Изменение ролей пользователя %1"),
-                                            tr("Ошибка изменения ролей пользователя %1")));
+    emit appendTask(NewUserTask::objectTask(
+        QStringLiteral("save_object"), chosen, this, QStringLiteral("objectUpdated"),
+        tr("Изменение ролей пользователя %1"), tr("Ошибка изменения ролей пользователя %1")));
 
     zeral::TaskInfo prescribe;
     prescribe.uid = 0;

@@ -25,10 +25,9 @@ public:
         , roles(new UserRolesWizardPage)
         , progress(new BaseProgressWizardPage)
     {
-        for (QWizardPage *page : {static_cast<QWizardPage *>(property),
-                                  static_cast<QWizardPage *>(password),
-                                  static_cast<QWizardPage *>(roles),
-                                  static_cast<QWizardPage *>(progress)})
+        for (QWizardPage *page :
+             {static_cast<QWizardPage *>(property), static_cast<QWizardPage *>(password),
+              static_cast<QWizardPage *>(roles), static_cast<QWizardPage *>(progress)})
             wizard.addPage(page);
         QObject::connect(property, &UserPropertyWizardPage::appendTask, progress,
                          &BaseProgressWizardPage::addTask);
@@ -36,8 +35,8 @@ public:
                          &BaseProgressWizardPage::addTask);
         QObject::connect(password, &UserPasswordWizardPage::appendTask, progress,
                          &BaseProgressWizardPage::addTask);
-        QObject::connect(progress, &BaseProgressWizardPage::executeTask, screen,
-                         &UserCtl::addTask, Qt::QueuedConnection);
+        QObject::connect(progress, &BaseProgressWizardPage::executeTask, screen, &UserCtl::addTask,
+                         Qt::QueuedConnection);
     }
 
     // Types the login and the surname, keeps the default password, picks the template with

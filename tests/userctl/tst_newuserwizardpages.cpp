@@ -24,9 +24,8 @@ struct ScriptedRun
     static UserCtl *storeDatabase(UserCtl *screen)
     {
         zeral::LocalStorage::instance()->applyChanged(
-            QStringLiteral("db"),
-            {testing::makeDatabase(1, {{"PT_PASSWORD_DEF", DefaultPassword},
-                                       {"PT_IDENT_TYPE", "2"}})});
+            QStringLiteral("db"), {testing::makeDatabase(1, {{"PT_PASSWORD_DEF", DefaultPassword},
+                                                             {"PT_IDENT_TYPE", "2"}})});
         return screen;
     }
     static zeral::ROLETEMPLATES_HASH templates()
@@ -60,10 +59,7 @@ class TestNewUserWizardPages : public QObject
     Q_OBJECT
 
 private slots:
-    void init()
-    {
-        zeral::LocalStorage::instance()->clear();
-    }
+    void init() { zeral::LocalStorage::instance()->clear(); }
 
     void runsThroughTheScreensQueue()
     {

@@ -118,10 +118,12 @@ private slots:
         QTest::addColumn<QString>("password");
         QTest::addColumn<QString>("repeat");
         QTest::addColumn<bool>("complete");
-        QTest::addRow("nothing typed") << "" << "" << false;
+        QTest::addRow("nothing typed") << ""
+                                       << "" << false;
         QTest::addRow("strong") << StrongPassword << StrongPassword << true;
         QTest::addRow("repetition differs") << StrongPassword << "Lantern7Mosaik" << false;
-        QTest::addRow("too short") << "Ab1" << "Ab1" << false;
+        QTest::addRow("too short") << "Ab1"
+                                   << "Ab1" << false;
     }
     void ownPasswordNeedsAPassingVerdict()
     {

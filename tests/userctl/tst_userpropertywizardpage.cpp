@@ -112,7 +112,8 @@ private slots:
         QCOMPARE(changed.size(), typed.size());
         QCOMPARE(w.page->isComplete(), usable);
         QCOMPARE(w.nextEnabled(), usable);
-        QCOMPARE(edit->borderColor(), usable ? ParameterizedEdit::Normal : ParameterizedEdit::Error);
+        QCOMPARE(edit->borderColor(),
+                 usable ? ParameterizedEdit::Normal : ParameterizedEdit::Error);
     }
 
     void freeLoginTakenAgainWhileTyping()

@@ -122,8 +122,9 @@ private slots:
         }
 
         QLabel *lbWarning = warning(&page);
-        QCOMPARE(lbWarning->text(), QStringLiteral("Внимание! Пользователь не имеет шаблонов: "
-                                                   "вход по биометрической информации невозможен."));
+        QCOMPARE(lbWarning->text(),
+                 QStringLiteral("Внимание! Пользователь не имеет шаблонов: "
+                                "вход по биометрической информации невозможен."));
         QVERIFY(lbWarning->wordWrap());
         QVERIFY(lbWarning->isHidden());
         const QPalette palette = lbWarning->palette();
@@ -226,7 +227,8 @@ private slots:
             << table({templateInfo("RT_ADMINISTRATOR"), templateInfo("RT_MOBILE"),
                       templateInfo("RT_MOBILE_CHIEF")})
             << Entries{};
-        QTest::addRow("empty table") << "RT_ADMINISTRATOR" << zeral::ROLETEMPLATES_HASH() << Entries{};
+        QTest::addRow("empty table")
+            << "RT_ADMINISTRATOR" << zeral::ROLETEMPLATES_HASH() << Entries{};
     }
     void templates()
     {
@@ -267,10 +269,14 @@ private slots:
         QTest::addColumn<int>("policyIndex");
         QTest::addColumn<QString>("roleTemplate");
         QTest::addColumn<QString>("identType");
-        QTest::addRow("operator, password") << usualTable() << 1 << 0 << "RT_OPERATOR" << "0";
-        QTest::addRow("custom, kerberos") << usualTable() << 0 << 3 << "RT_DUTY" << "4";
-        QTest::addRow("supervisor, biometrics") << usualTable() << 2 << 1 << "RT_SUPERVISOR" << "1";
-        QTest::addRow("no template to give") << zeral::ROLETEMPLATES_HASH() << -1 << 2 << "" << "2";
+        QTest::addRow("operator, password") << usualTable() << 1 << 0 << "RT_OPERATOR"
+                                            << "0";
+        QTest::addRow("custom, kerberos") << usualTable() << 0 << 3 << "RT_DUTY"
+                                          << "4";
+        QTest::addRow("supervisor, biometrics") << usualTable() << 2 << 1 << "RT_SUPERVISOR"
+                                                << "1";
+        QTest::addRow("no template to give") << zeral::ROLETEMPLATES_HASH() << -1 << 2 << ""
+                                             << "2";
     }
     void tasks()
     {
