@@ -156,18 +156,6 @@ private slots:
         QCOMPARE(passwords(w.page)->password(), generated.first().first().toString());
     }
 
-    void verdictIsRemembered()
-    {
-        // The page keeps the last verdict it was told; it doesn't ask again.
-        Wizard w;
-        w.show();
-        child(w.page, "cbUseDefaultPassword")->click();
-        emit passwords(w.page)->passCheckResult(true);
-        QVERIFY(w.nextEnabled());
-        emit passwords(w.page)->passCheckResult(false);
-        QVERIFY(!w.nextEnabled());
-    }
-
     void defaultForcesTheChangeAtFirstLogin()
     {
         UserPasswordWizardPage page;

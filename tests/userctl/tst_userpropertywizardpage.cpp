@@ -116,19 +116,6 @@ private slots:
                  usable ? ParameterizedEdit::Normal : ParameterizedEdit::Error);
     }
 
-    void freeLoginTakenAgainWhileTyping()
-    {
-        PageInWizard<UserPropertyWizardPage> w;
-        w.page->setExistingUsers(usersWith({"ivan"}));
-        w.show();
-        ParameterizedEdit *edit = child(w.page, "loginEdit");
-        type(edit, "ivano");
-        QVERIFY(w.nextEnabled());
-        QTest::keyClick(edit, Qt::Key_Backspace);
-        QVERIFY(!w.nextEnabled());
-        QCOMPARE(edit->borderColor(), ParameterizedEdit::Error);
-    }
-
     void newListOfUsersReplacesTheOld()
     {
         UserPropertyWizardPage page;

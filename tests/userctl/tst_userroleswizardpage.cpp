@@ -188,13 +188,6 @@ private slots:
         QVERIFY(w.nextEnabled()); // nothing on this page is mandatory
     }
 
-    void policySetFromCodeDoesNotWarn()
-    {
-        UserRolesWizardPage page;
-        box(&page, "cbIdentType")->setCurrentData(1);
-        QVERIFY(warning(&page)->isHidden());
-    }
-
     void templates_data()
     {
         QTest::addColumn<QString>("own");
