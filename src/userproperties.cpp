@@ -1,7 +1,9 @@
 #include "userproperties.h"
 #include "ui_userproperties.h"
 
+#include <src/identificationpolicy.h>
 #include <src/passworddialog.h>
+#include <src/pastmarkingdateedit.h>
 #include <src/userloginvalidator.h>
 #include <src/usertaskdata.h>
 
@@ -20,12 +22,6 @@
 #include <QStringList>
 
 namespace {
-// The values of "PT_IDENT_TYPE" that the policy box offers; there is no policy 3.
-constexpr int IdentPassword = 0;
-constexpr int IdentBiometrics = 1;
-constexpr int IdentPasswordBiometrics = 2;
-constexpr int IdentKerberos = 4;
-
 QString param(const zeral::ObjectInfo &object, const char *key)
 {
     return object.parameters.value(QLatin1String(key));
@@ -38,23 +34,12 @@ UserProperties::UserProperties(QWidget *parent)
 {
     m_ui->setupUi(this);
 
-    // The end of a password's validity is shown with a passed date marked, which the date
-    // edit only does when built so; a form can't pass that, so the form's edit makes way.
-    ZRDateEdit *formDateEdit = m_ui->passwordExpireDateEdit;
-    auto *dateEdit = new ZRDateEdit(formDateEdit->parentWidget(), true);
-    dateEdit->setObjectName(formDateEdit->objectName());
-    dateEdit->setEnabled(formDateEdit->isEnabled());
-    dateEdit->setCalendarPopup(formDateEdit->calendarPopup());
-    delete m_ui->identificationLayout->replaceWidget(formDateEdit, dateEdit);
-    delete formDateEdit;
+    ZRDateEdit *dateEdit = PastMarkingDateEdit::replace(m_ui->passwordExpireDateEdit);
     m_ui->passwordExpireDateEdit = dateEdit;
     setTabOrder(m_ui->passwExpireCheck, dateEdit);
 
     ZRComboBox *identType = m_ui->cbIdentType;
-    identType->addItem(tr("Логин + пароль"), IdentPassword);
-    identType->addItem(tr("Логин + биометрическая информация"), IdentBiometrics);
-    identType->addItem(tr("Логин + пароль + биометрическая информация"), IdentPasswordBiometrics);
-    identType->addItem(tr("Авторизация Kerberos"), IdentKerberos);
+    IdentificationPolicy::fillBox(identType);
 
     QFont warningFont = font();
     warningFont.setPointSize(warningFont.pointSize() + 2);
@@ -79,7 +64,7 @@ UserProperties::UserProperties(QWidget *parent)
     connect(m_ui->actionChangePassword, &QAction::triggered, this, &UserProperties::setPassword);
     // A Kerberos account has neither a password nor a login of ours to change.
     connect(identType, &ZRComboBox::currentDataChanged, this, [this](const QVariant &data) {
-        const bool ours = data.toInt() != IdentKerberos;
+        const bool ours = data.toInt() != IdentificationPolicy::Kerberos;
         m_ui->actionChangePassword->setEnabled(ours);
         m_ui->actionResetPassword->setEnabled(ours);
         m_ui->loginEdit->setEnabled(ours);
@@ -250,8 +235,9 @@ void UserProperties::setTemplatesCount(zeral::TYPE_ID uid, int count)
     // it, since a disabled item stays selected.
     const bool hasTemplates = m_templatesCount != 0;
     ZRComboBox *identType = m_ui->cbIdentType;
-    identType->setItemEnabled(identType->findData(IdentBiometrics), hasTemplates);
-    identType->setItemEnabled(identType->findData(IdentPasswordBiometrics), hasTemplates);
+    identType->setItemEnabled(identType->findData(IdentificationPolicy::Biometrics), hasTemplates);
+    identType->setItemEnabled(identType->findData(IdentificationPolicy::PasswordBiometrics),
+                              hasTemplates);
     m_ui->lbWarning->setVisible(!hasTemplates);
 }
 

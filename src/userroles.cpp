@@ -3,6 +3,7 @@
 
 #include <src/mobileuserhelper.h>
 #include <src/rolecontainer.h>
+#include <src/roletemplatechoices.h>
 #include <src/usertaskdata.h>
 
 #include <host/core/authdata.h>
@@ -15,11 +16,8 @@
 #include <shared/datasets.h>
 #include <shared/dbkeys.h>
 
-#include <QCoreApplication>
 #include <QSignalBlocker>
 #include <QVector>
-
-#include <algorithm>
 
 namespace {
 // The role of the roles tree that keeps the catalogue's own order.
@@ -116,12 +114,7 @@ void UserRoles::setRoleTemplates(const zeral::ROLETEMPLATES_HASH &templs)
     ZRComboBox *selector = m_ui->roleTemplateSelector;
     const QString remembered = selector->currentData().toString();
 
-    struct Entry
-    {
-        QString text;
-        QString id;
-    };
-    QVector<Entry> entries;
+    QVector<RoleTemplateChoices::Choice> choices;
     const QString present = presentTemplateId();
     for (auto it = m_roleTemplates.cbegin(); it != m_roleTemplates.cend(); ++it) {
         const QString &id = it.key();
@@ -132,21 +125,13 @@ void UserRoles::setRoleTemplates(const zeral::ROLETEMPLATES_HASH &templs)
             if (!m_desktopRolesAvailable && !mobile)
                 continue;
         }
-        entries.append({templateName(id), id});
+        choices.append({templateName(id), id});
     }
-    // The table is a hash: its order differs from run to run. The list goes by name, as the
-    // form's insert policy says, so the operator finds a template where he found it before.
-    std::sort(entries.begin(), entries.end(), [](const Entry &a, const Entry &b) {
-        const int byName = QString::localeAwareCompare(a.text, b.text);
-        return byName != 0 ? byName < 0 : a.id < b.id;
-    });
-
+    // The list goes by name, as the form's insert policy says.
+    RoleTemplateChoices::fill(selector, choices);
     {
         // Refilling is no choice of anybody's: the selector speaks once it is filled.
         const QSignalBlocker quiet(selector);
-        selector->clear();
-        for (const Entry &entry : qAsConst(entries))
-            selector->insertItem(selector->count(), QIcon(), entry.text, entry.id);
         selector->setCurrentIndex(-1);
     }
 
@@ -249,8 +234,7 @@ QString UserRoles::templateName(const QString &id) const
     const zeral::_ROLETEMPLATE_INFO info = m_roleTemplates.value(id);
     if (info.custom)
         return info.name;
-    return QCoreApplication::translate(
-        "ZRGlobals", ZRGlobals::roleTemplateNames().value(id).toUtf8().constData());
+    return RoleTemplateChoices::builtInName(id);
 }
 
 bool UserRoles::editsSelf() const

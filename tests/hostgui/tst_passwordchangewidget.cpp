@@ -37,6 +37,8 @@ private slots:
     void generatedPasswordMeetsPolicy_data();
     void generatedPasswordMeetsPolicy();
     void startCheckingReportsAtOnce();
+    void rulesComeBackAfterAPassingHide_data();
+    void rulesComeBackAfterAPassingHide();
 };
 
 void TestPasswordChangeWidget::verdict_data()
@@ -154,6 +156,35 @@ void TestPasswordChangeWidget::startCheckingReportsAtOnce()
 
     widget.setElementsEnabled(false);
     QVERIFY(!widget.criteriaWidget()->isVisible());
+}
+
+void TestPasswordChangeWidget::rulesComeBackAfterAPassingHide_data()
+{
+    QTest::addColumn<bool>("dropped");
+    QTest::addColumn<bool>("shownAgain");
+    QTest::addRow("hidden with its window: back when shown") << false << true;
+    QTest::addRow("dropped first: stay away") << true << false;
+}
+
+// A wizard hides its pages for a moment whenever a page tells that its completeness changed;
+// the rules must not vanish with that, unless they were dropped on purpose.
+void TestPasswordChangeWidget::rulesComeBackAfterAPassingHide()
+{
+    QFETCH(bool, dropped);
+    QFETCH(bool, shownAgain);
+    QWidget window;
+    auto *holder = new QWidget(&window);
+    auto *widget = new PasswordChangeWidget(holder);
+    window.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&window));
+    widget->startCheckingProcess();
+    QVERIFY(widget->criteriaWidget()->isVisible());
+    if (dropped)
+        widget->hideCriteriaWidget();
+    holder->hide();
+    QVERIFY(!widget->criteriaWidget()->isVisible());
+    holder->show();
+    QCOMPARE(widget->criteriaWidget()->isVisible(), shownAgain);
 }
 
 QTEST_MAIN(TestPasswordChangeWidget)

@@ -1,16 +1,14 @@
 // The roles tab of the user dialogs: which templates it offers to whom, the roles it shows,
 // the tasks it hands to the screen's queue, and what it makes of their outcome.
+#include "realserverscreen.h"
 #include "userctlharness.h"
 
 #include <src/userroles.h>
 
-#include <host/core/localstorageloader.h>
-#include <host/core/loginclient.h>
 #include <host/gui/models/fastproxymodel.h>
 #include <host/gui/widgets/treeview.h>
 #include <host/gui/widgets/zrcombobox.h>
 #include <shared/metatypes.h>
-#include <tests/server/serverharness.h>
 #include <tests/support/modeldump.h>
 
 #include <QLabel>
@@ -434,41 +432,27 @@ private slots:
     // editor's tasks turn into, and the stored template changed.
     void atTheRealServer()
     {
-        harness::Server server;
-        QCOMPARE(server.start(), QString());
-        const auto root = server.rootClient();
+        RealServerScreen studio;
+        QCOMPARE(studio.server.start(), QString());
+        const auto root = studio.server.rootClient();
         const TYPE_ID clerkUid = harness::addUser(*root, "clerk", "RT_OPERATOR");
         QVERIFY(clerkUid);
-
-        AuthData::clear();
+        studio.logInAsRootAndLoad();
+        if (QTest::currentTestFailed())
+            return;
         zeral::LocalStorage *store = zeral::LocalStorage::instance();
-        store->clear();
-        ZRServerInterface router;
-        LoginClient login(&router);
-        QSignalSpy loggedIn(&login, &LoginClient::loggedIn);
-        router.connectToServer(QStringLiteral("127.0.0.1"), server.engine->port());
-        QTRY_COMPARE(router.state(), ZRServerInterface::State::Connected);
-        login.login(QStringLiteral("root"), QStringLiteral("RootPass1"), QStringLiteral("test"));
-        QVERIFY(loggedIn.wait(5000));
-        store->attach(&router);
-        zeral::LocalStorageLoader loader(&router, store);
-        QSignalSpy loaded(&loader, &zeral::LocalStorageLoader::finished);
-        loader.start();
-        QVERIFY(loaded.wait(10000));
         const QString clerkTemplate = [&] {
             return store->constObject(clerkUid, "user").parameters.value("PT_ROLETEMPLATE");
         }();
         QCOMPARE(clerkTemplate, "RT_OPERATOR");
 
-        QTemporaryDir settings;
-        Settings::useFile(settings.filePath(QStringLiteral("studio.ini")));
-        std::unique_ptr<UserCtl> screen(new UserCtl);
-        router.registerPlugin(screen.get(), screen->init(&router, QStringLiteral("userctl")));
+        studio.makeScreen();
+        UserCtl *screen = studio.screen.get();
         Editor e;
-        QObject::connect(&e.editor, &UserRoles::appendTask, screen.get(), &UserCtl::addTask);
-        QObject::connect(screen.get(), &UserCtl::roleTemplatesRead, &e.editor,
+        QObject::connect(&e.editor, &UserRoles::appendTask, screen, &UserCtl::addTask);
+        QObject::connect(screen, &UserCtl::roleTemplatesRead, &e.editor,
                          &UserRoles::setRoleTemplates);
-        QSignalSpy said(screen.get(), qOverload<QString>(&UserCtl::showMessage));
+        QSignalSpy said(screen, qOverload<QString>(&UserCtl::showMessage));
         QSignalSpy changed(&e.editor, &UserRoles::roleChanged);
         screen->insertedToInterface();
         e.editor.setCurrent(store->constObject(clerkUid, "user"));
@@ -493,9 +477,6 @@ private slots:
                                      "Изменение параметров пользователя",
                                      "Сохранение параметров пользователя clerk"}));
         QCOMPARE(store->constObject(clerkUid, "user").parameters.value("PT_ROLETEMPLATE"), "RT_HR");
-        screen.reset();
-        router.disconnectFromServer();
-        store->clear();
     }
 };
 

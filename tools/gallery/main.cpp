@@ -36,5 +36,6 @@ int main(int argc, char *argv[])
     gallery::shootUserRoles(dir);
     gallery::shootUserProperties(dir);
     gallery::shootUserPermissions(dir);
+    gallery::shootNewUserPages(dir);
     return 0;
 }

@@ -14,4 +14,5 @@ void shootWizards(const QDir &dir);
 void shootUserRoles(const QDir &dir);
 void shootUserProperties(const QDir &dir);
 void shootUserPermissions(const QDir &dir);
+void shootNewUserPages(const QDir &dir);
 } // namespace gallery

@@ -145,6 +145,7 @@ void PasswordChangeWidget::moveCriteriaWidget()
 
 void PasswordChangeWidget::hideCriteriaWidget()
 {
+    m_restoreCriteria = false;
     if (m_criteria)
         m_criteria->hide();
 }
@@ -161,7 +162,18 @@ void PasswordChangeWidget::generatePassword()
 void PasswordChangeWidget::hideEvent(QHideEvent *event)
 {
     QWidget::hideEvent(event);
+    const bool shown = m_criteria && m_criteria->isVisible();
     hideCriteriaWidget();
+    m_restoreCriteria = shown;
+}
+
+void PasswordChangeWidget::showEvent(QShowEvent *event)
+{
+    QWidget::showEvent(event);
+    if (m_restoreCriteria) {
+        m_restoreCriteria = false;
+        showCriteriaWidget();
+    }
 }
 
 void PasswordChangeWidget::changeEvent(QEvent *event)

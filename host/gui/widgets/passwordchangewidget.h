@@ -52,6 +52,7 @@ signals:
 
 protected:
     void hideEvent(QHideEvent *event) override;
+    void showEvent(QShowEvent *event) override;
     void changeEvent(QEvent *event) override;
 
 private:
@@ -66,4 +67,7 @@ private:
     QPointer<PasswordCriteriaPanel> m_criteria; // a window of its own, owned by this widget
     QMap<QString, QVariant> m_options;
     bool m_verdict = false;
+    // The rules were up when the widget was hidden without being asked to drop them: a
+    // wizard hides its pages for a moment on every change of the buttons.
+    bool m_restoreCriteria = false;
 };
