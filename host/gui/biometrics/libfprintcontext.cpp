@@ -70,7 +70,9 @@ QString LibfprintContext::dispatcherName() const
 
 bool LibfprintContext::runsInsideGlibDispatcher() const
 {
-    return dispatcherName().contains(QLatin1String("Glib"));
+    // A widget application has the platform's subclass, QPAEventDispatcherGlib.
+    const QAbstractEventDispatcher *dispatcher = QAbstractEventDispatcher::instance();
+    return dispatcher && dispatcher->inherits("QEventDispatcherGlib");
 }
 
 LibfprintContext::Claim LibfprintContext::claim(FpDevice *device)

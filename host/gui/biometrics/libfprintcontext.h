@@ -40,6 +40,8 @@ public:
     bool runsInsideGlibDispatcher() const;
 
     Claim claim(FpDevice *device);
+    // Whether a reader of this process holds a device, or is still closing it.
+    bool isClaimed() const { return !m_holders.isEmpty(); }
     // The device was closed: the next claim may have it.
     void release(FpDevice *device);
     void setClosing(FpDevice *device);

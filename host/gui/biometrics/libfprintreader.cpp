@@ -58,6 +58,8 @@ LibfprintReader::~LibfprintReader()
     *m_self = nullptr;
     if (m_device && m_statusHandler)
         g_signal_handler_disconnect(m_device, m_statusHandler);
+    if (m_state == State::Opening || m_state == State::Reading)
+        LibfprintContext::instance()->setClosing(m_device);
     if (m_cancellable) {
         g_cancellable_cancel(m_cancellable);
         g_object_unref(m_cancellable);
@@ -107,8 +109,11 @@ bool LibfprintReader::begin(Mode mode)
         // Already reading: the new task starts after the running call is cancelled.
         m_restart = true;
         m_stopping = true;
-        if (m_callRunning)
+        if (m_callRunning) {
+            LibfprintContext::instance()->setClosing(m_device);
             g_cancellable_cancel(m_cancellable);
+        }
+        setActive(true);
         return true;
     case State::Closing:
     case State::WaitingForClose:
@@ -326,14 +331,18 @@ void LibfprintReader::stop()
         break;
     case State::Opening:
         m_stopping = true;
+        // On its way to being closed: another reader waits for it instead of hearing "busy".
+        LibfprintContext::instance()->setClosing(m_device);
         g_cancellable_cancel(m_cancellable);
         break;
     case State::Reading:
         m_stopping = true;
-        if (m_callRunning)
+        if (m_callRunning) {
+            LibfprintContext::instance()->setClosing(m_device);
             g_cancellable_cancel(m_cancellable);
-        else
+        } else {
             closeDevice();
+        }
         break;
     }
     setActive(false);
