@@ -76,12 +76,13 @@ private:
 void TestLibfprintReader::initTestCase()
 {
     qRegisterMetaType<Failure>();
-    if (qEnvironmentVariableIsSet("QT_NO_GLIB"))
-        QSKIP("Qt runs without GLib here; the timer fallback is used instead");
-    // Qt's GLib dispatcher runs libfprint's callbacks inside the Qt event loop.
-    QVERIFY2(QAbstractEventDispatcher::instance()->inherits("QEventDispatcherGlib"),
-             qPrintable(LibfprintContext::instance()->dispatcherName()));
-    QVERIFY(LibfprintContext::instance()->runsInsideGlibDispatcher());
+    // Qt's GLib dispatcher runs libfprint's callbacks inside the Qt event loop; without it
+    // (ctest runs this test a second time with QT_NO_GLIB) a timer iterates GLib instead.
+    const bool glib = !qEnvironmentVariableIsSet("QT_NO_GLIB");
+    if (!glib)
+        QTest::ignoreMessage(QtWarningMsg, QRegularExpression("doesn't run GLib"));
+    QCOMPARE(LibfprintContext::instance()->runsInsideGlibDispatcher(), glib);
+    QCOMPARE(QAbstractEventDispatcher::instance()->inherits("QEventDispatcherGlib"), glib);
     QVERIFY2(LibfprintReader::isDevicePresent(), "libfprint didn't find its virtual reader");
     LibfprintReader reader;
     QVERIFY(reader.name().contains(QStringLiteral("Virtual"), Qt::CaseInsensitive));
