@@ -62,14 +62,18 @@ void TestFingerprintEnrolmentReader::init()
     m_server = new ScriptedServer(this);
     // Finger 1 was enrolled on the simulated reader, finger 6 on a real one.
     m_server->script(QLatin1String(proto::command::GetUserFingers), [](const Command &request) {
-        return Command::answer(request, proto::StatusOk,
-                               ZRDataStream::pack(QList<qint32>{1, 6},
-                                                  QList<quint32>{
-                                                      zeral::SIMULATED_FINGERPRINT_FORMAT,
-                                                      zeral::LIBFPRINT_FINGERPRINT_FORMAT}));
+        return Command::answer(
+            request, proto::StatusOk,
+            ZRDataStream::pack(QList<qint32>{1, 6},
+                               QList<quint32>{zeral::SIMULATED_FINGERPRINT_FORMAT,
+                                              zeral::LIBFPRINT_FINGERPRINT_FORMAT}));
     });
-    AuthData::set({QStringLiteral("operator"), 2, "session-7", QString(),
-                   {zeral::role::USER_SHOW, zeral::role::USER_BIOMETRICS_EDIT}, QString()});
+    AuthData::set({QStringLiteral("operator"),
+                   2,
+                   "session-7",
+                   QString(),
+                   {zeral::role::USER_SHOW, zeral::role::USER_BIOMETRICS_EDIT},
+                   QString()});
     FingerprintReaderFactory::setPreferredKind(FingerprintReaderFactory::Kind::Libfprint);
     // The reader of the case before may still be closing.
     QTRY_VERIFY_WITH_TIMEOUT(!LibfprintContext::instance()->isClaimed(), Wait);
@@ -136,8 +140,9 @@ void TestFingerprintEnrolmentReader::enrolsThroughTheLibrary()
     m_server->answerOk(m_server->lastSent(enrolFinger));
     QTRY_COMPARE(dialog->activity(), Activity::Idle);
     QCOMPARE(dialog->enrolledFingers(), (QList<qint32>{1, 3, 6}));
-    QCOMPARE(dialog->findChild<QTreeWidget *>(QStringLiteral("fingerTree"))->topLevelItem(3)->text(1),
-             QStringLiteral("сохранен (сканер)"));
+    QCOMPARE(
+        dialog->findChild<QTreeWidget *>(QStringLiteral("fingerTree"))->topLevelItem(3)->text(1),
+        QStringLiteral("сохранен (сканер)"));
 }
 
 void TestFingerprintEnrolmentReader::busyReaderGivesWay()

@@ -111,10 +111,11 @@ private slots:
                 QVERIFY(m_scanner.put(fingers->takeFirst()));
         });
         QSignalSpy identified(reader, &FingerprintReader::identified);
-        QTest::ignoreMessage(QtWarningMsg,
-                             QRegularExpression(QStringLiteral(
-                                 "skipped an unreadable fingerprint template of user %1 ")
-                                                    .arg(night)));
+        QTest::ignoreMessage(
+            QtWarningMsg,
+            QRegularExpression(
+                QStringLiteral("skipped an unreadable fingerprint template of user %1 ")
+                    .arg(night)));
         wizard->next();
         QCOMPARE(wizard->currentId(), int(DeleteObjectWizard::VerifyPage));
         QVERIFY(identified.wait(Wait));
@@ -123,7 +124,8 @@ private slots:
         QVERIFY(!wizard->verifyPage()->isComplete());
         QTRY_VERIFY_WITH_TIMEOUT(wizard->verifyPage()->isComplete(), Wait);
         QCOMPARE(widget->identifiedUids(), QList<TYPE_ID>{guard});
-        QVERIFY(zeral::LocalStorage::instance()->constObjects(QStringLiteral("user")).contains(clerk));
+        QVERIFY(
+            zeral::LocalStorage::instance()->constObjects(QStringLiteral("user")).contains(clerk));
         wizard->next();
         QTRY_VERIFY_WITH_TIMEOUT(
             !zeral::LocalStorage::instance()->constObjects(QStringLiteral("user")).contains(clerk),

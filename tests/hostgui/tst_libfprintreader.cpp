@@ -218,8 +218,7 @@ void TestLibfprintReader::busy()
 {
     QFETCH(bool, otherProcess);
     // Another studio is known by its lock; a lock held by a live process is never stale.
-    QLockFile otherStudio(
-        LibfprintContext::lockFilePath(LibfprintContext::instance()->device()));
+    QLockFile otherStudio(LibfprintContext::lockFilePath(LibfprintContext::instance()->device()));
     LibfprintReader first;
     if (otherProcess) {
         // The reader of the test before may still be closing.
@@ -297,8 +296,7 @@ void TestLibfprintReader::widgetGrantsThroughTheLibrary()
 
 void TestLibfprintReader::widgetFallsBackWhenBusy()
 {
-    QLockFile otherStudio(
-        LibfprintContext::lockFilePath(LibfprintContext::instance()->device()));
+    QLockFile otherStudio(LibfprintContext::lockFilePath(LibfprintContext::instance()->device()));
     QTRY_VERIFY_WITH_TIMEOUT(!LibfprintContext::instance()->isClaimed(), Wait);
     QVERIFY(otherStudio.tryLock(0));
     FingerprintReaderFactory::setPreferredKind(FingerprintReaderFactory::Kind::Libfprint);
@@ -312,7 +310,8 @@ void TestLibfprintReader::widgetFallsBackWhenBusy()
     widget.start();
     auto *standIn = qobject_cast<SimulatedFingerprintReader *>(widget.reader());
     QVERIFY(standIn);
-    QVERIFY2(widget.readerNotice().contains(QStringLiteral("занят")), qPrintable(widget.readerNotice()));
+    QVERIFY2(widget.readerNotice().contains(QStringLiteral("занят")),
+             qPrintable(widget.readerNotice()));
     QVERIFY(widget.readerNotice().contains(QStringLiteral("имитацией")));
     standIn->touch(simulated);
     QVERIFY(widget.isGranted());

@@ -32,19 +32,13 @@ public:
     static constexpr int Width = 256;
     static constexpr int Height = 320;
 
-    VirtualFingerprintScanner()
-    {
-        qputenv("FP_VIRTUAL_IMAGE", socketPath().toLocal8Bit());
-    }
+    VirtualFingerprintScanner() { qputenv("FP_VIRTUAL_IMAGE", socketPath().toLocal8Bit()); }
     ~VirtualFingerprintScanner() { m_socket.abort(); }
 
     QString socketPath() const { return m_dir.filePath(QStringLiteral("reader")); }
 
     // Puts the finger of `pattern` on the reader; false when the reader isn't listening.
-    bool put(int pattern)
-    {
-        return send(Width, Height, drawFinger(pattern, ++m_readings));
-    }
+    bool put(int pattern) { return send(Width, Height, drawFinger(pattern, ++m_readings)); }
     // The reader disappears, as when its cable is pulled.
     bool unplug() { return send(-5, 0, QByteArray()); }
 

@@ -4,8 +4,8 @@ FingerprintReader::FingerprintReader(QObject *parent)
     : QObject(parent)
 {}
 
-zeral::TEMPLATES_HASH FingerprintReader::readableTemplates(
-    const zeral::TEMPLATES_HASH &gallery) const
+zeral::TEMPLATES_HASH
+FingerprintReader::readableTemplates(const zeral::TEMPLATES_HASH &gallery) const
 {
     zeral::TEMPLATES_HASH readable;
     for (auto it = gallery.constBegin(); it != gallery.constEnd(); ++it) {

@@ -46,9 +46,8 @@ FingerprintReader *FingerprintReaderFactory::create(QObject *parent, QString *no
         if (LibfprintReader::isDevicePresent())
             return new LibfprintReader(parent);
         if (notice)
-            *notice = fallbackNotice(
-                QCoreApplication::translate("FingerprintReaderFactory",
-                                            "Сканер отпечатков не найден."));
+            *notice = fallbackNotice(QCoreApplication::translate("FingerprintReaderFactory",
+                                                                 "Сканер отпечатков не найден."));
     }
     return new SimulatedFingerprintReader(parent);
 }

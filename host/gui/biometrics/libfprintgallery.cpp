@@ -68,13 +68,14 @@ LibfprintGallery::LibfprintGallery(const zeral::TEMPLATES_HASH &templates, FpDev
             continue;
         }
         GError *error = nullptr;
-        FpPrint *print = fp_print_deserialize(
-            reinterpret_cast<const guchar *>(stored.data.constData()), gsize(stored.data.size()),
-            &error);
+        FpPrint *print
+            = fp_print_deserialize(reinterpret_cast<const guchar *>(stored.data.constData()),
+                                   gsize(stored.data.size()), &error);
         if (!print) {
             qCWarning(lcBiometrics).nospace()
                 << "skipped an unreadable fingerprint template of user " << it.key() << " ("
-                << stored.data.size() << " bytes): " << (error ? error->message : "no reason given");
+                << stored.data.size()
+                << " bytes): " << (error ? error->message : "no reason given");
             g_clear_error(&error);
             continue;
         }

@@ -202,20 +202,18 @@ void LibfprintReader::startCall()
     m_callRunning = true;
     if (m_mode == Mode::Enrol) {
         FpPrint *print = fp_print_new(m_device);
-        fp_device_enroll(m_device, print, m_cancellable,
-                         reinterpret_cast<FpEnrollProgress>(&enrolProgress),
-                         new Call{m_self, m_device}, freeCall,
-                         reinterpret_cast<GAsyncReadyCallback>(&enrolDone),
-                         new Call{m_self, m_device});
+        fp_device_enroll(
+            m_device, print, m_cancellable, reinterpret_cast<FpEnrollProgress>(&enrolProgress),
+            new Call{m_self, m_device}, freeCall, reinterpret_cast<GAsyncReadyCallback>(&enrolDone),
+            new Call{m_self, m_device});
     } else {
-        fp_device_identify(m_device, m_gallery->prints(), m_cancellable, nullptr, nullptr,
-                           nullptr, reinterpret_cast<GAsyncReadyCallback>(&identifyDone),
+        fp_device_identify(m_device, m_gallery->prints(), m_cancellable, nullptr, nullptr, nullptr,
+                           reinterpret_cast<GAsyncReadyCallback>(&identifyDone),
                            new Call{m_self, m_device});
     }
 }
 
-void LibfprintReader::enrolProgress(FpDevice *device, int stages, void *, void *data,
-                                    GError *error)
+void LibfprintReader::enrolProgress(FpDevice *device, int stages, void *, void *data, GError *error)
 {
     LibfprintReader *self = *callOf(data)->reader;
     if (!self || self->m_stopping)
@@ -437,8 +435,8 @@ void LibfprintReader::failWith(const GError *error)
              tr("Сканер отпечатков занят другой программой. Закройте ее и повторите."));
         return;
     }
-    fail(Failure::Other, tr("Сканер отпечатков сообщил об ошибке: %1")
-                             .arg(QString::fromUtf8(error->message)));
+    fail(Failure::Other,
+         tr("Сканер отпечатков сообщил об ошибке: %1").arg(QString::fromUtf8(error->message)));
 }
 
 QString LibfprintReader::retryText(const GError *error) const

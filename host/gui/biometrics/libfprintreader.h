@@ -59,8 +59,7 @@ private:
 
     // The library's answers, from its main context.
     static void opened(void *source, void *result, void *call);
-    static void enrolProgress(FpDevice *device, int stages, void *print, void *call,
-                              GError *error);
+    static void enrolProgress(FpDevice *device, int stages, void *print, void *call, GError *error);
     static void enrolDone(void *source, void *result, void *call);
     static void identifyDone(void *source, void *result, void *call);
     static void closed(void *source, void *result, void *call);
