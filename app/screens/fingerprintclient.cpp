@@ -36,18 +36,30 @@ void FingerprintClient::getUserFingers(zeral::TYPE_ID uid, FingersDone done)
         proto::command::GetUserFingers, ZRDataStream::pack(quint32(uid)),
         [done](const Outcome &outcome, const Command &answer) {
             QList<qint32> fingers;
+            QHash<qint32, quint32> formats;
             if (!outcome.isOk()) {
-                done(outcome, fingers);
+                done(outcome, fingers, formats);
                 return;
             }
             ZRDataStream in(answer.data);
             zeral::wire::readList(in, fingers);
             if (in.status() != QDataStream::Ok) {
                 qCWarning(lcStudioScreens) << "unreadable list of fingers";
-                done({proto::StatusMalformed, tr("Сервер прислал нечитаемый список пальцев.")}, {});
+                done({proto::StatusMalformed, tr("Сервер прислал нечитаемый список пальцев.")}, {},
+                     {});
                 return;
             }
-            done(outcome, fingers);
+            // The formats, finger by finger; a server that sends none leaves them unknown.
+            QList<quint32> formatList;
+            if (!in.atEnd())
+                zeral::wire::readList(in, formatList);
+            if (in.status() == QDataStream::Ok && formatList.size() == fingers.size()) {
+                for (int i = 0; i < fingers.size(); ++i)
+                    formats.insert(fingers.at(i), formatList.at(i));
+            } else if (!formatList.isEmpty() || in.status() != QDataStream::Ok) {
+                qCWarning(lcStudioScreens) << "unreadable template formats of the fingers";
+            }
+            done(outcome, fingers, formats);
         });
 }
 

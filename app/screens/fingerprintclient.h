@@ -3,6 +3,7 @@
 #include <shared/types.h>
 
 #include <QByteArray>
+#include <QHash>
 #include <QList>
 #include <QObject>
 #include <QPointer>
@@ -27,12 +28,14 @@ public:
         bool isOk() const;
     };
     using Done = std::function<void(const Outcome &outcome)>;
-    using FingersDone = std::function<void(const Outcome &outcome, const QList<qint32> &fingers)>;
+    // The fingers, ascending, and the template format of each (missing from older servers).
+    using FingersDone = std::function<void(const Outcome &outcome, const QList<qint32> &fingers,
+                                           const QHash<qint32, quint32> &formats)>;
 
     explicit FingerprintClient(ZRServerInterface *server, QObject *parent = nullptr);
     ~FingerprintClient() override;
 
-    // The fingers (0..9) of the user that have a template.
+    // The fingers (0..9) of the user that have a template, with their formats.
     void getUserFingers(zeral::TYPE_ID uid, FingersDone done);
     // Stores a sample as the template of a finger, replacing an earlier one.
     void enrolFinger(zeral::TYPE_ID uid, qint32 finger, quint32 format, const QByteArray &sample,

@@ -5,10 +5,11 @@
 
 #include <host/core/protocol.h>
 #include <host/gui/biometrics/fingerprintowner.h>
-#include <host/gui/biometrics/fingerprintreader.h>
+#include <host/gui/biometrics/fingerprintreaderfactory.h>
 #include <host/gui/biometrics/simulatedfingerprintpanel.h>
 #include <host/gui/biometrics/simulatedfingerprintreader.h>
 
+#include <QLabel>
 #include <QMessageBox>
 #include <QPushButton>
 #include <algorithm>
@@ -24,7 +25,6 @@ FingerprintEnrolmentDialog::FingerprintEnrolmentDialog(ZRServerInterface *server
     : QDialog(parent)
     , m_ui(std::make_unique<Ui::FingerprintEnrolmentDialog>())
     , m_client(new FingerprintClient(server, this))
-    , m_reader(reader)
     , m_uid(uid)
 {
     m_ui->setupUi(this);
@@ -44,22 +44,20 @@ FingerprintEnrolmentDialog::FingerprintEnrolmentDialog(ZRServerInterface *server
     }
     m_ui->fingerTree->resizeColumnToContents(0);
 
-    if (!m_reader)
-        m_reader = new SimulatedFingerprintReader(this);
-    else
-        m_reader->setParent(this);
-    m_ui->readerNameLabel->setText(
-        m_reader->isSimulated() ? tr("%1 (имитация)").arg(m_reader->name()) : m_reader->name());
-    if (auto *simulated = qobject_cast<SimulatedFingerprintReader *>(m_reader)) {
-        m_simulatedPanel = new SimulatedFingerprintPanel(m_ui->readerBox);
-        m_simulatedPanel->setObjectName(QStringLiteral("simulatedPanel"));
-        m_simulatedPanel->setReader(simulated);
-        m_ui->readerLayout->addWidget(m_simulatedPanel, 1);
-    }
-    connect(m_reader, &FingerprintReader::sampleCaptured, this,
-            &FingerprintEnrolmentDialog::sampleCaptured);
-    connect(m_reader, &FingerprintReader::errorOccurred, this,
-            &FingerprintEnrolmentDialog::readerFailed);
+    m_noticeLabel = new QLabel(m_ui->readerBox);
+    m_noticeLabel->setObjectName(QStringLiteral("readerNotice"));
+    m_noticeLabel->setWordWrap(true);
+    m_noticeLabel->setStyleSheet(
+        QStringLiteral("QLabel { background: #fff4ce; color: #5c4400; border: 1px solid #e6c65c;"
+                       " border-radius: 3px; padding: 6px 8px; }"));
+    m_noticeLabel->hide();
+    m_ui->readerLayout->insertWidget(0, m_noticeLabel);
+    QString notice;
+    if (!reader)
+        reader = FingerprintReaderFactory::create(this, &notice);
+    useReader(reader);
+    m_noticeLabel->setText(notice);
+    m_noticeLabel->setVisible(!notice.isEmpty());
 
     connect(m_ui->scanButton, &QPushButton::clicked, this, &FingerprintEnrolmentDialog::startScan);
     connect(m_ui->cancelScanButton, &QPushButton::clicked, this,
@@ -80,6 +78,40 @@ FingerprintEnrolmentDialog::FingerprintEnrolmentDialog(ZRServerInterface *server
 FingerprintEnrolmentDialog::~FingerprintEnrolmentDialog()
 {
     m_reader->stop();
+}
+
+void FingerprintEnrolmentDialog::useReader(FingerprintReader *reader)
+{
+    if (m_reader) {
+        m_reader->stop();
+        m_reader->disconnect(this);
+        m_reader->deleteLater(); // it may be the one calling us now
+    }
+    delete m_simulatedPanel;
+    m_simulatedPanel = nullptr;
+    m_reader = reader;
+    m_reader->setParent(this);
+    m_ui->readerNameLabel->setText(
+        m_reader->isSimulated() ? tr("%1 (имитация)").arg(m_reader->name()) : m_reader->name());
+    if (auto *simulated = qobject_cast<SimulatedFingerprintReader *>(m_reader)) {
+        m_simulatedPanel = new SimulatedFingerprintPanel(m_ui->readerBox);
+        m_simulatedPanel->setObjectName(QStringLiteral("simulatedPanel"));
+        m_simulatedPanel->setReader(simulated);
+        m_ui->readerLayout->addWidget(m_simulatedPanel, 1);
+    }
+    connect(m_reader, &FingerprintReader::enrolled, this,
+            &FingerprintEnrolmentDialog::templateEnrolled);
+    connect(m_reader, &FingerprintReader::errorOccurred, this,
+            &FingerprintEnrolmentDialog::readerFailed);
+    connect(m_reader, &FingerprintReader::progress, this, [this](const QString &text) {
+        if (m_activity == Activity::WaitingForFinger)
+            showMessage(text, MessageWidget::Information);
+    });
+}
+
+QString FingerprintEnrolmentDialog::readerNotice() const
+{
+    return m_noticeLabel->isHidden() ? QString() : m_noticeLabel->text();
 }
 
 QList<qint32> FingerprintEnrolmentDialog::enrolledFingers() const
@@ -128,8 +160,10 @@ void FingerprintEnrolmentDialog::loadFingers()
     setActivity(Activity::Loading);
     showMessage(tr("Загрузка сведений об отпечатках..."), MessageWidget::Information);
     m_client->getUserFingers(m_uid, [this](const FingerprintClient::Outcome &outcome,
-                                           const QList<qint32> &fingers) {
+                                           const QList<qint32> &fingers,
+                                           const QHash<qint32, quint32> &formats) {
         m_fingersKnown = outcome.isOk();
+        m_formats = formats;
         m_enrolled.clear();
         for (qint32 finger : fingers) {
             if (finger >= 0 && finger < FingerCount)
@@ -154,7 +188,7 @@ void FingerprintEnrolmentDialog::startScan()
         return;
     m_scannedFinger = finger;
     setActivity(Activity::WaitingForFinger);
-    if (!m_reader->start()) {
+    if (!m_reader->startEnrolment()) {
         // The reader has said why through errorOccurred; make sure the screen is free again.
         if (m_activity == Activity::WaitingForFinger) {
             setActivity(Activity::Idle);
@@ -176,7 +210,7 @@ void FingerprintEnrolmentDialog::cancelScan()
     showMessage(tr("Сканирование прервано."), MessageWidget::Information);
 }
 
-void FingerprintEnrolmentDialog::sampleCaptured(quint32 format, const QByteArray &sample)
+void FingerprintEnrolmentDialog::templateEnrolled(quint32 format, const QByteArray &sample)
 {
     if (m_activity != Activity::WaitingForFinger)
         return;
@@ -186,7 +220,8 @@ void FingerprintEnrolmentDialog::sampleCaptured(quint32 format, const QByteArray
     showMessage(tr("Сохранение отпечатка пальца «%1»...").arg(fingerName(finger)),
                 MessageWidget::Information);
     m_client->enrolFinger(
-        m_uid, finger, format, sample, [this, finger](const FingerprintClient::Outcome &outcome) {
+        m_uid, finger, format, sample,
+        [this, finger, format](const FingerprintClient::Outcome &outcome) {
             setActivity(Activity::Idle);
             if (!outcome.isOk()) {
                 showMessage(failureText(tr("Отпечаток не сохранен"), outcome),
@@ -194,6 +229,7 @@ void FingerprintEnrolmentDialog::sampleCaptured(quint32 format, const QByteArray
                 return;
             }
             m_enrolled.insert(finger);
+            m_formats.insert(finger, format);
             updateFingerRow(finger);
             updateControls();
             showMessage(tr("Отпечаток пальца «%1» сохранен.").arg(fingerName(finger)),
@@ -201,14 +237,27 @@ void FingerprintEnrolmentDialog::sampleCaptured(quint32 format, const QByteArray
         });
 }
 
-void FingerprintEnrolmentDialog::readerFailed(const QString &message)
+void FingerprintEnrolmentDialog::readerFailed(FingerprintReader::Failure failure,
+                                              const QString &message)
 {
-    qCWarning(lcStudioScreens) << "fingerprint reader failed:" << message;
-    if (m_activity == Activity::WaitingForFinger) {
+    qCWarning(lcStudioScreens) << "fingerprint reader failed:" << failure << message;
+    const bool scanning = m_activity == Activity::WaitingForFinger;
+    if (scanning) {
         m_reader->stop();
         setActivity(Activity::Idle);
     }
-    showMessage(tr("Ошибка сканера: %1").arg(message), MessageWidget::Critical);
+    if (m_reader->isSimulated() || !FingerprintReaderFactory::fallsBack(failure)) {
+        showMessage(tr("Ошибка сканера: %1").arg(message), MessageWidget::Critical);
+        return;
+    }
+    // The real reader is missing, busy or gone: the simulated one stands in, said plainly.
+    m_noticeLabel->setText(FingerprintReaderFactory::fallbackNotice(message));
+    m_noticeLabel->show();
+    useReader(new SimulatedFingerprintReader(this));
+    showMessage(tr("Ошибка сканера: %1 Отпечаток можно снять имитацией сканера: нажмите "
+                   "«Сканировать» еще раз.")
+                    .arg(message),
+                MessageWidget::Warning);
 }
 
 void FingerprintEnrolmentDialog::removeSelectedFinger()
@@ -249,6 +298,7 @@ void FingerprintEnrolmentDialog::removeFinger(int finger)
                 return;
             }
             m_enrolled.remove(finger);
+            m_formats.remove(finger);
             updateFingerRow(finger);
             updateControls();
             showMessage(tr("Отпечаток пальца «%1» удален.").arg(fingerName(finger)),
@@ -278,7 +328,11 @@ void FingerprintEnrolmentDialog::updateFingerRow(int finger)
         item->setText(1, tr("неизвестно"));
         item->setIcon(1, QIcon());
     } else if (enrolled) {
-        item->setText(1, tr("сохранен"));
+        // Which kind of reader made it: a simulated template proves nothing about a finger.
+        const auto format = m_formats.constFind(finger);
+        item->setText(1, format == m_formats.constEnd()
+                             ? tr("сохранен")
+                             : tr("сохранен (%1)").arg(FingerprintReader::formatName(*format)));
         item->setIcon(1, QIcon::fromTheme(QStringLiteral("action-finger")));
     } else {
         item->setText(1, tr("нет"));

@@ -19,6 +19,7 @@
 #include <host/core/protocol.h>
 #include <host/core/settings.h>
 #include <host/core/zrglobals.h>
+#include <host/gui/biometrics/fingerprintreaderfactory.h>
 #include <host/gui/widgets/zrguiglobals.h>
 #include <server/engine/demo/demoorganisation.h>
 #include <shared/datasets.h>
@@ -81,6 +82,9 @@ StudioController::StudioController(const StudioOptions &options, QObject *parent
     , m_plugins(new PluginLoader(options.pluginDir, this))
     , m_enrolment(new FingerprintEnrolmentService(m_router, this))
 {
+    FingerprintReaderFactory::setPreferredKind(FingerprintReaderFactory::kindFromSetting(
+        Settings::value(QLatin1String(studio::settings::FingerprintReader)).toString(),
+        FingerprintReaderFactory::Kind::Libfprint));
     zeral::LocalStorage::instance()->attach(m_router);
     connect(m_router, &ZRServerInterface::connected, this, &StudioController::onConnected);
     connect(m_router, &ZRServerInterface::connectionFailed, this,

@@ -9,4 +9,7 @@ inline constexpr char Screen[] = "mainwindow/screen"; // the plugin name of the 
 inline constexpr char Tab[] = "mainwindow/tab";
 inline constexpr char LastLogin[] = "login/last_login";
 inline constexpr char RecentServers[] = "login/recent_servers";
+// "libfprint" (the default: a USB reader when there is one, else the simulated reader) or
+// "simulated" (always the simulated reader).
+inline constexpr char FingerprintReader[] = "fingerprint/reader";
 } // namespace studio::settings

@@ -176,7 +176,7 @@ void TestFingerprintEnrolment::finishedGoesToEveryScreenThatAsked()
 void TestFingerprintEnrolment::listThenEnrol()
 {
     auto *reader = new SimulatedFingerprintReader;
-    QSignalSpy captured(reader, &FingerprintReader::sampleCaptured);
+    QSignalSpy captured(reader, &SimulatedFingerprintReader::sampleCaptured);
     FingerprintEnrolmentDialog dialog(m_server, 41, reader);
     dialog.show();
     auto *progress = dialog.findChild<QProgressBar *>();
@@ -213,7 +213,7 @@ void TestFingerprintEnrolment::listThenEnrol()
     m_server->answerOk(request);
     QTRY_COMPARE(dialog.activity(), Activity::Idle);
     QCOMPARE(dialog.enrolledFingers(), (Fingers{1, 3, 6}));
-    QCOMPARE(tree->topLevelItem(3)->text(1), QStringLiteral("сохранен"));
+    QCOMPARE(tree->topLevelItem(3)->text(1), QStringLiteral("сохранен (имитация)"));
     QCOMPARE(messageLine(dialog)->messageIcon(), MessageWidget::Positive);
 }
 

@@ -46,10 +46,10 @@ void TestFingerprintMatcher::identify()
 
     SimulatedFingerprintReader reader;
     reader.setNoisePerMille(noisePerMille);
-    QSignalSpy captured(&reader, &FingerprintReader::sampleCaptured);
+    QSignalSpy captured(&reader, &SimulatedFingerprintReader::sampleCaptured);
     reader.touch(touched);
     QCOMPARE(captured.count(), 0); // a stopped reader reads nothing
-    reader.start();
+    reader.startEnrolment();
     reader.touch(touched);
     QCOMPARE(captured.count(), 1);
 

@@ -137,6 +137,61 @@ private slots:
         QVERIFY(templates.contains(m_root->uid) && !templates.contains(m_uids.value("target")));
     }
 
+    // Templates of the simulated reader and of libfprint live side by side: the fingers list
+    // tells each finger's format after the list itself, and the users screen's confirmation
+    // statement still gives its six columns, each template with its own format and bytes.
+    void bothFormatsSideBySide()
+    {
+        const QByteArray simulated(zeral::SIMULATED_FINGERPRINT_SIZE, 's');
+        const QByteArray print = QByteArray("FP3") + QByteArray(1200, 'p');
+        m_uids["twokinds"] = addUser(*m_root, QStringLiteral("twokinds"), "RT_ADMINISTRATOR");
+        QVERIFY(m_uids.value("twokinds"));
+        const auto enrolAs = [this](qint32 finger, quint32 format, const QByteArray &bytes) {
+            return m_root
+                ->request(cmd::EnrolFinger,
+                          ZRDataStream::pack(m_uids.value("twokinds"), finger, format, bytes))
+                .status;
+        };
+        QCOMPARE(enrolAs(7, zeral::SIMULATED_FINGERPRINT_FORMAT, simulated), qint32(proto::StatusOk));
+        QCOMPARE(enrolAs(8, zeral::LIBFPRINT_FINGERPRINT_FORMAT, print), qint32(proto::StatusOk));
+        // A finger enrolled again with the other reader takes that reader's format.
+        QCOMPARE(enrolAs(9, zeral::SIMULATED_FINGERPRINT_FORMAT, simulated), qint32(proto::StatusOk));
+        QCOMPARE(enrolAs(9, zeral::LIBFPRINT_FINGERPRINT_FORMAT, print), qint32(proto::StatusOk));
+
+        const Command answer = m_root->request(cmd::GetUserFingers,
+                                               ZRDataStream::pack(m_uids.value("twokinds")));
+        QCOMPARE(answer.status, qint32(proto::StatusOk));
+        QList<qint32> fingers;
+        QList<quint32> formats;
+        ZRDataStream in(answer.data);
+        in >> fingers >> formats;
+        QCOMPARE(in.status(), QDataStream::Ok);
+        const quint32 sim = zeral::SIMULATED_FINGERPRINT_FORMAT;
+        const quint32 lib = zeral::LIBFPRINT_FINGERPRINT_FORMAT;
+        QCOMPARE(fingers, (QList<qint32>{7, 8, 9}));
+        QCOMPARE(formats, (QList<quint32>{sim, lib, lib}));
+
+        // The statement exactly as the users screen sends it.
+        const DbResult found = select(
+            R"sql(SELECT fingers.user_object_id, templates.template_format, templates.template, role_is_accessed( fingers.user_object_id, 'RL_CONFIRM_USER_UPDATE' ),  get_object_param(fingers.user_object_id, 'PT_ROLETEMPLATE') as roletemplate_id,  (SELECT rt.interface_name FROM role_template rt WHERE rt.id_name = get_object_param(fingers.user_object_id, 'PT_ROLETEMPLATE') ) as roletemplate_name  FROM fingers  INNER JOIN templates ON (fingers.finger_id = templates.uid)  WHERE fingers.user_object_id IN (SELECT id FROM (SELECT id, role_is_accessed( id, 'RL_CONFIRM_USER_UPDATE' ) AS "hasrole" FROM userid ) AS "src" WHERE hasrole = true );)sql");
+        QCOMPARE(found.columnCount, 6);
+        QStringList ofAdmin;
+        for (int row = 0; row < found.rowCount; ++row) {
+            if (found.value(row, 0).toUInt() != m_uids.value("twokinds"))
+                continue;
+            const quint32 format = found.value(row, 1).toUInt();
+            const QByteArray bytes = found.value(row, 2).toByteArray();
+            QCOMPARE(bytes, format == lib ? print : format == sim ? simulated : QByteArray());
+            QCOMPARE(found.value(row, 3).toInt(), 1);
+            QCOMPARE(found.value(row, 4).toString(), QStringLiteral("RT_ADMINISTRATOR"));
+            QVERIFY(!found.value(row, 5).toString().isEmpty());
+            ofAdmin.append(QString::number(format, 16));
+        }
+        ofAdmin.sort();
+        QCOMPARE(ofAdmin, (QStringList{QString::number(lib, 16), QString::number(lib, 16),
+                                       QString::number(sim, 16)}));
+    }
+
     // A database filled before the role existed gets it at the next start, for the
     // templates in charge only.
     void roleReachesOlderDatabase()

@@ -2,6 +2,7 @@
 
 #include "biometricslogging.h"
 #include "fingerprintowner.h"
+#include "fingerprintreaderfactory.h"
 #include "simulatedfingerprintpanel.h"
 #include "simulatedfingerprintreader.h"
 
@@ -67,6 +68,7 @@ QPixmap fingerprintPicture(const QPalette &palette)
 
 AuthorizationWidget::AuthorizationWidget(QWidget *parent)
     : QWidget(parent)
+    , m_noticeLabel(new QLabel(this))
     , m_iconLabel(new QLabel(this))
     , m_statusLabel(new QLabel(this))
     , m_variantList(new QListWidget(this))
@@ -88,11 +90,19 @@ AuthorizationWidget::AuthorizationWidget(QWidget *parent)
     setUpList(m_identifiedList);
     fitHeight(m_identifiedList, 2, 4);
 
+    m_noticeLabel->setObjectName(QStringLiteral("readerNotice"));
+    m_noticeLabel->setWordWrap(true);
+    m_noticeLabel->setStyleSheet(
+        QStringLiteral("QLabel { background: #fff4ce; color: #5c4400; border: 1px solid #e6c65c;"
+                       " border-radius: 3px; padding: 6px 8px; }"));
+    m_noticeLabel->hide();
+
     auto *header = new QHBoxLayout;
     header->addWidget(m_iconLabel);
     header->addWidget(m_statusLabel, 1);
     auto *identifiedTitle = new QLabel(tr("Опознаны:"), this);
     auto *layout = new QVBoxLayout(this);
+    layout->addWidget(m_noticeLabel);
     layout->addLayout(header);
     layout->addWidget(new QLabel(tr("Кто может подтвердить:"), this));
     layout->addWidget(m_variantList);
@@ -100,7 +110,9 @@ AuthorizationWidget::AuthorizationWidget(QWidget *parent)
     layout->addWidget(m_identifiedList);
     layout->addWidget(m_simulatedPanel, 1);
 
-    setReader(new SimulatedFingerprintReader(this));
+    QString notice;
+    setReader(FingerprintReaderFactory::create(this, &notice));
+    showNotice(notice);
     showStatus(tr("Ожидание данных для проверки…"));
     setEnabled(false);
 }
@@ -129,22 +141,71 @@ void AuthorizationWidget::setReader(FingerprintReader *reader)
     }
     m_reader = reader;
     m_reader->setParent(this);
-    connect(m_reader, &FingerprintReader::sampleCaptured, this,
-            &AuthorizationWidget::sampleCaptured);
+    connect(m_reader, &FingerprintReader::identified, this,
+            &AuthorizationWidget::fingerIdentified);
     connect(m_reader, &FingerprintReader::errorOccurred, this,
-            [this](const QString &message) { showStatus(message, true); });
+            &AuthorizationWidget::readerFailed);
+    connect(m_reader, &FingerprintReader::progress, this,
+            [this](const QString &text) { showStatus(text, true); });
 
     auto *simulated = qobject_cast<SimulatedFingerprintReader *>(m_reader);
     m_simulatedPanel->setReader(simulated);
     m_simulatedPanel->setVisible(simulated != nullptr);
     if (wasActive)
-        m_reader->start();
+        startReader();
+}
+
+QString AuthorizationWidget::readerNotice() const
+{
+    return m_noticeLabel->isHidden() ? QString() : m_noticeLabel->text();
+}
+
+QString AuthorizationWidget::statusText() const
+{
+    return m_statusLabel->text();
+}
+
+void AuthorizationWidget::showNotice(const QString &text)
+{
+    m_noticeLabel->setText(text);
+    m_noticeLabel->setVisible(!text.isEmpty());
+}
+
+void AuthorizationWidget::startReader()
+{
+    if (!m_granted)
+        m_reader->startIdentification(m_templates);
+}
+
+void AuthorizationWidget::readerFailed(FingerprintReader::Failure failure, const QString &message)
+{
+    if (m_reader->isSimulated() || !FingerprintReaderFactory::fallsBack(failure)) {
+        showStatus(message, true);
+        return;
+    }
+    // A missing, busy or unplugged reader: the simulated one stands in, and the operator is
+    // told so on top of the widget. The failed reader goes after this call has returned.
+    qCWarning(lcBiometrics) << "falling back to the simulated reader:" << message;
+    showNotice(FingerprintReaderFactory::fallbackNotice(message));
+    FingerprintReader *failed = m_reader;
+    failed->stop();
+    m_reader = nullptr;
+    failed->disconnect(this);
+    failed->deleteLater();
+    setReader(new SimulatedFingerprintReader(this));
+    if (m_started && !m_granted) {
+        startReader();
+        showStatus(tr("Приложите палец к сканеру."));
+    }
 }
 
 void AuthorizationWidget::setTemplates(QMultiHash<zeral::TYPE_ID, zeral::TEMPLATE_DATA> templates)
 {
-    m_matcher.setTemplates(templates);
+    m_templates = templates;
     m_simulatedPanel->setTemplates(templates);
+    // A reader already identifying goes on against the new gallery.
+    if (m_started && m_reader->isActive())
+        startReader();
 }
 
 void AuthorizationWidget::addGrantVariant(QString name, int variant, int count)
@@ -169,22 +230,22 @@ void AuthorizationWidget::start()
     m_identified.clear();
     m_identifiedList->clear();
     fitHeight(m_identifiedList, 2, 4);
-    m_reader->start();
-    if (m_variants.isEmpty() || allowedAnywhere().isEmpty() || m_matcher.templates().isEmpty()) {
+    if (m_variants.isEmpty() || allowedAnywhere().isEmpty() || m_templates.isEmpty()) {
         showStatus(tr("Подтвердить изменение некому: нет сохраненных отпечатков пальцев "
                       "пользователей с правом подтверждения."),
                    true);
     } else {
         showStatus(tr("Приложите палец к сканеру."));
     }
+    // A reader that can't start says why (readerFailed), over the line above.
+    startReader();
     evaluate(true);
 }
 
-void AuthorizationWidget::sampleCaptured(quint32 format, const QByteArray &sample)
+void AuthorizationWidget::fingerIdentified(zeral::TYPE_ID uid)
 {
     if (m_granted)
         return;
-    const zeral::TYPE_ID uid = m_matcher.identify(format, sample);
     if (uid == 0) {
         showStatus(tr("Отпечаток не распознан. Приложите палец еще раз."), true);
         evaluate(true);
@@ -275,7 +336,7 @@ void AuthorizationWidget::evaluate(bool announce)
     const bool changed = grantedNow != m_granted;
     m_granted = grantedNow;
     updateVariantList();
-    if (m_granted && m_reader->isActive())
+    if (m_granted && m_reader && m_reader->isActive())
         m_reader->stop();
     if (announce || changed)
         emit granted(m_granted);

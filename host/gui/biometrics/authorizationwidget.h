@@ -1,6 +1,6 @@
 #pragma once
 
-#include "fingerprintmatcher.h"
+#include "fingerprintreader.h"
 
 #include <shared/templatedata.h>
 
@@ -21,8 +21,10 @@ class SimulatedFingerprintPanel;
 // of its own may be filled by anybody allowed in any place of the variant. The change is
 // granted when one variant has all its places filled by distinct identified people.
 //
-// The widget stays disabled until start(), which also starts the reader. Without a real
-// reader it reads through a SimulatedFingerprintReader, and says so.
+// The widget stays disabled until start(), which starts the reader identifying against the
+// templates. The reader is the one FingerprintReaderFactory gives; each reader matches the
+// templates of its own format. When a real reader is missing, busy or unplugged the widget
+// reads through a SimulatedFingerprintReader, and says so.
 class AuthorizationWidget : public QWidget
 {
     Q_OBJECT
@@ -33,6 +35,9 @@ public:
     // Reads through another reader from now on; the widget takes it over.
     void setReader(FingerprintReader *reader);
     FingerprintReader *reader() const { return m_reader; }
+    // Why the simulated reader stands in for a real one; empty when it doesn't.
+    QString readerNotice() const;
+    QString statusText() const;
 
     bool isGranted() const { return m_granted; }
     // The distinct people identified since start(), in the order they came.
@@ -59,7 +64,10 @@ private:
         QMap<int, QSet<zeral::TYPE_ID>> places;
     };
 
-    void sampleCaptured(quint32 format, const QByteArray &sample);
+    void fingerIdentified(zeral::TYPE_ID uid);
+    void readerFailed(FingerprintReader::Failure failure, const QString &message);
+    void startReader();
+    void showNotice(const QString &text);
     QSet<zeral::TYPE_ID> allowedIn(const GrantVariant &variant, int place) const;
     QSet<zeral::TYPE_ID> allowedAnywhere() const;
     int filledPlaces(const GrantVariant &variant) const;
@@ -68,12 +76,13 @@ private:
     void updateVariantList();
 
     FingerprintReader *m_reader = nullptr;
-    FingerprintMatcher m_matcher;
+    zeral::TEMPLATES_HASH m_templates;
     QMap<int, GrantVariant> m_variants;
     QList<zeral::TYPE_ID> m_identified;
     bool m_granted = false;
     bool m_started = false;
 
+    QLabel *m_noticeLabel;
     QLabel *m_iconLabel;
     QLabel *m_statusLabel;
     QListWidget *m_variantList;

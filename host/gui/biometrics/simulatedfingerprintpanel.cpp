@@ -72,15 +72,21 @@ void SimulatedFingerprintPanel::setReader(SimulatedFingerprintReader *reader)
 void SimulatedFingerprintPanel::setTemplates(const zeral::TEMPLATES_HASH &templates)
 {
     // People in the order of their names, each person's fingers numbered.
+    // Templates of real readers can't be imitated: only the simulated ones are offered.
+    zeral::TEMPLATES_HASH simulated;
+    for (auto it = templates.constBegin(); it != templates.constEnd(); ++it) {
+        if (it.value().format == FingerprintReader::SimulatedFormat)
+            simulated.insert(it.key(), it.value());
+    }
     QMap<QString, zeral::TYPE_ID> owners;
-    for (auto uid : templates.uniqueKeys())
+    for (auto uid : simulated.uniqueKeys())
         owners.insert(FingerprintOwner::displayName(uid), uid);
 
     m_fingerList->clear();
     m_fingers.clear();
     const QIcon userIcon = ZRGuiGlobals::objectIcon(QStringLiteral("OT_USER"));
     for (auto owner = owners.constBegin(); owner != owners.constEnd(); ++owner) {
-        const QList<zeral::TEMPLATE_DATA> fingers = templates.values(owner.value());
+        const QList<zeral::TEMPLATE_DATA> fingers = simulated.values(owner.value());
         for (int finger = 0; finger < fingers.size(); ++finger) {
             const QString text = fingers.size() == 1
                                      ? owner.key()

@@ -8,12 +8,25 @@ SimulatedFingerprintReader::SimulatedFingerprintReader(QObject *parent)
     : FingerprintReader(parent)
 {}
 
-bool SimulatedFingerprintReader::start()
+bool SimulatedFingerprintReader::startEnrolment()
 {
+    return begin(false);
+}
+
+bool SimulatedFingerprintReader::startIdentification(const zeral::TEMPLATES_HASH &gallery)
+{
+    m_matcher.setTemplates(readableTemplates(gallery));
+    return begin(true);
+}
+
+bool SimulatedFingerprintReader::begin(bool identifying)
+{
+    m_identifying = identifying;
     if (!m_active) {
         m_active = true;
         emit activeChanged(true);
     }
+    emit fingerWanted();
     return true;
 }
 
@@ -48,14 +61,26 @@ void SimulatedFingerprintReader::touch(const zeral::TEMPLATE_DATA &enrolled)
         sample[bit / 8] = char(sample.at(bit / 8) ^ (1 << (bit % 8)));
     }
     qCDebug(lcBiometrics) << "simulated touch of an enrolled finger, bits changed" << flips;
-    emit sampleCaptured(enrolled.format, sample);
+    read(enrolled.format, sample);
 }
 
 void SimulatedFingerprintReader::touchUnknownFinger()
 {
     if (!m_active)
         return;
-    emit sampleCaptured(SimulatedFormat, newTemplate());
+    read(SimulatedFormat, newTemplate());
+}
+
+void SimulatedFingerprintReader::read(quint32 format, const QByteArray &sample)
+{
+    emit sampleCaptured(format, sample);
+    // A slot of sampleCaptured may have stopped the reader.
+    if (!m_active)
+        return;
+    if (m_identifying)
+        emit identified(m_matcher.identify(format, sample));
+    else
+        emit enrolled(format, sample);
 }
 
 QByteArray SimulatedFingerprintReader::newTemplate()

@@ -90,9 +90,11 @@ Reply BiometricOps::userFingers(Request &request)
     if (!m_state.store->read(uid, &user) || user.type != QLatin1String(db::system::USER))
         return Reply::fail(proto::StatusNotFound, tr("Пользователя %1 нет.").arg(uid), uid);
     QList<qint32> fingers;
-    if (!m_state.store->fingersOf(uid, &fingers))
+    QList<quint32> formats;
+    if (!m_state.store->fingersOf(uid, &fingers, &formats))
         return Reply::internalError();
-    return Reply::ok(ZRDataStream::pack(fingers));
+    // The formats follow the list, finger by finger: a reader of the list alone still reads it.
+    return Reply::ok(ZRDataStream::pack(fingers, formats));
 }
 
 Reply BiometricOps::enrolFinger(Request &request)

@@ -543,15 +543,25 @@ bool ObjectStore::addFinger(TYPE_ID user, int finger, const TEMPLATE_DATA &data)
                {templateUid, user, finger});
 }
 
-bool ObjectStore::fingersOf(TYPE_ID user, QList<qint32> *fingers)
+bool ObjectStore::fingersOf(TYPE_ID user, QList<qint32> *fingers, QList<quint32> *formats)
 {
     fingers->clear();
-    QSqlQuery &query
-        = statement("SELECT DISTINCT finger FROM fingers WHERE user_object_id = ? ORDER BY finger");
+    if (formats)
+        formats->clear();
+    // One template per finger is stored; should a finger have two, the newest counts.
+    QSqlQuery &query = statement(
+        "SELECT f.finger, t.template_format FROM fingers f JOIN templates t ON t.uid = f.finger_id"
+        " WHERE f.user_object_id = ? ORDER BY f.finger, t.uid DESC");
     if (!run(query, {user}))
         return false;
-    while (query.next())
-        fingers->append(query.value(0).toInt());
+    while (query.next()) {
+        const qint32 finger = query.value(0).toInt();
+        if (!fingers->isEmpty() && fingers->constLast() == finger)
+            continue;
+        fingers->append(finger);
+        if (formats)
+            formats->append(query.value(1).toUInt());
+    }
     query.finish();
     return true;
 }

@@ -67,8 +67,8 @@ public:
     bool addPermission(const OBJECT_PERMISSION &permission);
     bool clearPermissions(TYPE_ID subject);
     bool fingerCounts(const QList<TYPE_ID> &users, QHash<quint32, quint32> *counts);
-    // The fingers of `user` that have a template, ascending.
-    bool fingersOf(TYPE_ID user, QList<qint32> *fingers);
+    // The fingers of `user` that have a template, ascending, and each one's template format.
+    bool fingersOf(TYPE_ID user, QList<qint32> *fingers, QList<quint32> *formats = nullptr);
     // Stores a template beside any the finger has; for a first fill, where there are none.
     bool addFinger(TYPE_ID user, int finger, const TEMPLATE_DATA &data);
     // Stores the finger's one template, dropping whatever it had before.
