@@ -91,8 +91,8 @@ void FingerprintEnrolmentDialog::useReader(FingerprintReader *reader)
     m_simulatedPanel = nullptr;
     m_reader = reader;
     m_reader->setParent(this);
-    m_ui->readerNameLabel->setText(
-        m_reader->isSimulated() ? tr("%1 (имитация)").arg(m_reader->name()) : m_reader->name());
+    // The simulated reader's name already says what it is.
+    m_ui->readerNameLabel->setText(m_reader->name());
     if (auto *simulated = qobject_cast<SimulatedFingerprintReader *>(m_reader)) {
         m_simulatedPanel = new SimulatedFingerprintPanel(m_ui->readerBox);
         m_simulatedPanel->setObjectName(QStringLiteral("simulatedPanel"));
