@@ -37,8 +37,8 @@ NewUserWizard::NewUserWizard(QWidget *parent)
     m_ui.monitoringPermissionPage = add(new UserPermissionsWizardPage, "monitoringPermissionPage");
     m_ui.progressPage = add(new UserProgressWizardPage, "progressPage");
 
-    setWindowTitle(QCoreApplication::translate("NewUserWizard",
-                                               "Мастер добавления нового пользователя"));
+    setWindowTitle(
+        QCoreApplication::translate("NewUserWizard", "Мастер добавления нового пользователя"));
     QMetaObject::connectSlotsByName(this);
 
     setAttribute(Qt::WA_DeleteOnClose);
@@ -111,7 +111,8 @@ void NewUserWizard::showButtons(int id)
         setButtonLayout({QWizard::Stretch, QWizard::NextButton, QWizard::CancelButton});
 }
 
-void NewUserWizard::setTemplatesForVerify(QMultiHash<zeral::TYPE_ID, zeral::TEMPLATE_DATA> templates)
+void NewUserWizard::setTemplatesForVerify(
+    QMultiHash<zeral::TYPE_ID, zeral::TEMPLATE_DATA> templates)
 {
     setEnabled(true);
     m_ui.progressPage->setTemplatesForVerify(templates);

@@ -65,8 +65,7 @@ bool UserProgressWizardPage::verifyCreateUser()
             &AuthorizationWidget::addGrantVariant);
     connect(this, &UserProgressWizardPage::uidsForVerify, authorization,
             &AuthorizationWidget::setGrantedUids);
-    connect(this, &UserProgressWizardPage::startVerify, authorization,
-            &AuthorizationWidget::start);
+    connect(this, &UserProgressWizardPage::startVerify, authorization, &AuthorizationWidget::start);
 
     auto *confirm = new QPushButton(tr("Подтвердить"), dialog);
     auto *refuse = new QPushButton(tr("Отклонить"), dialog);
@@ -111,8 +110,8 @@ QString UserProgressWizardPage::noteText() const
     if (!m_reason.isEmpty())
         lines << m_reason;
     if (m_createdUid != 0) {
-        const QString login = wizard() ? wizard()->field(QStringLiteral("PT_LOGIN")).toString()
-                                       : QString();
+        const QString login
+            = wizard() ? wizard()->field(QStringLiteral("PT_LOGIN")).toString() : QString();
         lines << tr("Пользователь «%1» создан, но настроен не полностью. Завершите настройку в "
                     "его свойствах или удалите его.")
                      .arg(login);

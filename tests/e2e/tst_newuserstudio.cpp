@@ -132,9 +132,8 @@ private:
             wizard->findChild<KPasswordLineEdit *>(QStringLiteral("repeatEdit"))
                 ->setPassword(password);
             // The strength check answers on its own time.
-            if (!QTest::qWaitFor([wizard] {
-                    return wizard->button(QWizard::NextButton)->isEnabled();
-                }))
+            if (!QTest::qWaitFor(
+                    [wizard] { return wizard->button(QWizard::NextButton)->isEnabled(); }))
                 return nullptr;
         }
         wizard->next();
