@@ -9,11 +9,14 @@
 #include <src/rolecontainer.h>
 #include <src/userfilterproxymodel.h>
 #include <src/userpropertiesdialog.h>
+#include <src/wizards/newuserwizard.h>
 
 #include <host/core/authdata.h>
 #include <host/core/data.h>
+#include <host/core/localstorage.h>
 #include <host/core/zrglobals.h>
 #include <host/gui/models/itemroles.h>
+#include <shared/datasets.h>
 
 #include <QItemSelection>
 #include <QMessageBox>
@@ -51,7 +54,40 @@ void UserCtl::connectEditorData(Dialog *dialog)
     connect(this, &UserCtl::userAccessSaved, dialog, &Dialog::setUserAccessSaved);
 }
 
-void UserCtl::addButtonClicked() {}
+void UserCtl::addButtonClicked()
+{
+    // The new user's rights on departments are part of the wizard: without the right to give
+    // them, it would make a user whose rights nobody set.
+    if (!userctl::RoleContainer::canRoleLinkSubdiv()) {
+        QMessageBox::critical(this, tr("Добавление"),
+                              tr("Ошибка добавления пользователя\nНет доступа"));
+        return;
+    }
+    m_templateWatchUids.clear();
+
+    auto *wizard = new NewUserWizard(this);
+    wizard->setExistingUsers(
+        zeral::LocalStorage::instance()->constObjects(QLatin1String(zeral::USER_DATANAME)));
+    wizard->setRoleTemplates(m_roleTemplates);
+
+    connect(wizard, &QWizard::finished, this, &UserCtl::userEditFinished);
+    connect(this, &UserCtl::roleTemplatesRead, wizard, &NewUserWizard::setRoleTemplates);
+    connect(wizard, &NewUserWizard::appendTask, this, &UserCtl::addTask, Qt::QueuedConnection);
+    connect(this, &UserCtl::templatesForVerify, wizard, &NewUserWizard::templatesForVerify);
+    connect(this, &UserCtl::variantsForVerify, wizard, &NewUserWizard::variantsForVerify);
+    connect(this, &UserCtl::uidsForVerify, wizard, &NewUserWizard::uidsForVerify);
+    connect(this, &UserCtl::startVerify, wizard, &NewUserWizard::startVerify);
+    connect(wizard, &NewUserWizard::requestUserTemplatesForCreateUser, this,
+            &UserCtl::getUserTemplatesForCreateUser);
+    // The server's reason for a failed step (a login taken meanwhile, a lost connection)
+    // comes in red after the step's own message; the last page shows it.
+    connect(this, qOverload<QString, QColor>(&UserCtl::showMessage), wizard,
+            [wizard](const QString &reason, const QColor &) { wizard->showFailureReason(reason); });
+
+    sendGetRoletemplates();
+    wizard->show();
+    wizard->setEnabled(true);
+}
 
 void UserCtl::userEditFinished()
 {

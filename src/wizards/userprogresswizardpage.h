@@ -1,0 +1,64 @@
+#pragma once
+
+#include <host/gui/wizards/baseprogresswizardpage.h>
+#include <shared/templatedata.h>
+#include <shared/types.h>
+
+#include <QList>
+#include <QMultiHash>
+#include <QString>
+
+class QLabel;
+
+// The last page of the new-user wizard. It holds the tasks of the pages before it and runs
+// them when it is shown; if the operator's creations need a second person's fingerprint, it
+// asks for it first, and a refusal throws every task away, so the server never hears of the
+// user.
+//
+// When the run stops after the user was created, the page says so under the log: the account
+// exists, half set up, and the operator has to finish or delete it.
+class UserProgressWizardPage : public BaseProgressWizardPage
+{
+    Q_OBJECT
+public:
+    explicit UserProgressWizardPage(QWidget *parent = nullptr);
+
+    void initializePage() override;
+    void objectAdded(zeral::TYPE_ID uid) override;
+
+    // The confirmers' templates last given, without the operator's own.
+    QMultiHash<zeral::TYPE_ID, zeral::TEMPLATE_DATA> templatesForVerification() const
+    {
+        return templates;
+    }
+    // The uid of the user the run created, 0 while there is none.
+    zeral::TYPE_ID createdUid() const { return m_createdUid; }
+    // What the page adds to the base's log about the outcome for the operator; empty if all
+    // went well.
+    QString noteText() const;
+
+signals:
+    void templatesForVerify(QMultiHash<zeral::TYPE_ID, zeral::TEMPLATE_DATA> templates);
+    void uidsForVerify(int variant, int index, QList<zeral::TYPE_ID>);
+    void variantsForVerify(QString name, int id, int count);
+    void requestUserTemplatesForCreateUser();
+    void startVerify();
+
+public slots:
+    // Whether the creation may go on: true at once unless the operator's creations need a
+    // confirmation; otherwise after the confirming person's finger and "Подтвердить".
+    bool verifyCreateUser();
+    void setTemplatesForVerify(QMultiHash<zeral::TYPE_ID, zeral::TEMPLATE_DATA> templates);
+    // The reason the server or the connection gave for the task that ended the run, shown
+    // under the log.
+    void showFailureReason(const QString &reason);
+
+private:
+    void runEnded(bool success);
+    void showNote(const QString &text);
+
+    QMultiHash<zeral::TYPE_ID, zeral::TEMPLATE_DATA> templates;
+    zeral::TYPE_ID m_createdUid = 0;
+    QString m_reason;
+    QLabel *m_note;
+};
