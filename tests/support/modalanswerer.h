@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QObject>
+#include <QPointer>
 #include <QTimer>
 
 #include <functional>
@@ -8,7 +9,8 @@
 class QWidget;
 
 // Answers the next modal window (a dialog run by exec(), a message box) as soon as it is
-// the active modal widget: the handler gets it from the event loop and must close it.
+// the active modal widget: the handler gets it from the event loop and must close it. A modal
+// window already in front when the answerer is made is passed over.
 class ModalAnswerer : public QObject
 {
     Q_OBJECT
@@ -23,5 +25,6 @@ private:
 
     QTimer m_timer;
     Handler m_handler;
+    QPointer<QWidget> m_alreadyOpen;
     bool m_answered = false;
 };
