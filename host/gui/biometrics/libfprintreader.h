@@ -63,7 +63,7 @@ private:
     static void enrolDone(void *source, void *result, void *call);
     static void identifyDone(void *source, void *result, void *call);
     static void closed(void *source, void *result, void *call);
-    static void fingerStatusChanged(void *device, void *spec, void *reader);
+    static void fingerStatusChanged(void *device, void *property, void *reader);
 
     State m_state = State::Idle;
     Mode m_mode = Mode::Enrol;
