@@ -6,6 +6,7 @@
 // in milliseconds (the median of the runs of each page); bench/run turns them into the table.
 #include "benchreport.h"
 #include "roundtrip.h"
+#include "threadedengine.h"
 
 #include <host/core/passhash.h>
 #include <host/core/protocol.h>
@@ -124,23 +125,9 @@ int main(int argc, char **argv)
     options.databasePath = dir.filePath(QStringLiteral("bench.db"));
     options.loginPolicy.delayStepMs = 0;
 
-    QThread engineThread;
-    engineThread.start();
-    auto *engine = new ServerEngine(options);
-    engine->moveToThread(&engineThread);
-    QString error;
-    quint16 port = 0;
-    QMetaObject::invokeMethod(
-        engine,
-        [&] {
-            error = engine->start();
-            if (error.isEmpty()
-                && !engine->setRootPassword(
-                    PassHash::encrypt(rootPassword, QCryptographicHash::Md5)))
-                error = QStringLiteral("root's password not set");
-            port = engine->port();
-        },
-        Qt::BlockingQueuedConnection);
+    bench::ThreadedEngine engine(options);
+    const QString error = engine.start(rootPassword);
+    const quint16 port = engine.port();
     if (!error.isEmpty() || !fillLog(options.databasePath)) {
         std::fprintf(stderr, "bench_audit: %s\n", qPrintable(error));
         return 1;
@@ -252,9 +239,5 @@ int main(int argc, char **argv)
         }
     }
 
-    QMetaObject::invokeMethod(
-        engine, [engine] { delete engine; }, Qt::BlockingQueuedConnection);
-    engineThread.quit();
-    engineThread.wait();
     return 0;
 }

@@ -6,6 +6,7 @@
 // milliseconds; bench/run turns them into the table.
 #include "benchreport.h"
 #include "roundtrip.h"
+#include "threadedengine.h"
 
 #include <host/core/authdata.h>
 #include <host/core/dbquery.h>
@@ -148,23 +149,9 @@ int main(int argc, char **argv)
     options.loginPolicy.delayStepMs = 0;
 
     // As in the studio: the engine lives in a thread of its own.
-    QThread engineThread;
-    engineThread.start();
-    auto *engine = new ServerEngine(options);
-    engine->moveToThread(&engineThread);
-    QString error;
-    quint16 port = 0;
-    QMetaObject::invokeMethod(
-        engine,
-        [&] {
-            error = engine->start();
-            if (error.isEmpty()
-                && !engine->setRootPassword(
-                    PassHash::encrypt(rootPassword, QCryptographicHash::Md5)))
-                error = QStringLiteral("root's password not set");
-            port = engine->port();
-        },
-        Qt::BlockingQueuedConnection);
+    bench::ThreadedEngine engine(options);
+    const QString error = engine.start(rootPassword);
+    const quint16 port = engine.port();
     if (!error.isEmpty()) {
         std::fprintf(stderr, "bench_server: %s\n", qPrintable(error));
         return 1;
@@ -275,9 +262,5 @@ int main(int argc, char **argv)
     }
     bench::report("server_confirm_sql", confirmations);
 
-    QMetaObject::invokeMethod(
-        engine, [engine] { delete engine; }, Qt::BlockingQueuedConnection);
-    engineThread.quit();
-    engineThread.wait();
     return 0;
 }

@@ -13,6 +13,7 @@
 // DBFILE EMPLOYEES ACCOUNTS` makes a smaller site, for a profiler.
 #include "benchreport.h"
 #include "paintcounter.h"
+#include "threadedengine.h"
 
 #include <host/core/authdata.h>
 #include <host/core/localstorage.h>
@@ -150,23 +151,17 @@ int main(int argc, char **argv)
     const bool reused = QFileInfo::exists(databasePath);
 
     // As in the studio: the engine lives in a thread of its own.
-    QThread engineThread;
-    engineThread.start();
-    auto *engine = new ServerEngine(options);
-    engine->moveToThread(&engineThread);
+    bench::ThreadedEngine engine(options);
     QString error;
     quint16 port = 0;
     clockid_t engineClock{};
     QElapsedTimer build;
     build.start();
-    QMetaObject::invokeMethod(
-        engine,
-        [&] {
-            error = engine->start();
-            port = engine->port();
-            pthread_getcpuclockid(pthread_self(), &engineClock);
-        },
-        Qt::BlockingQueuedConnection);
+    engine.run([&](ServerEngine &running) {
+        error = running.start();
+        port = running.port();
+        pthread_getcpuclockid(pthread_self(), &engineClock);
+    });
     if (!error.isEmpty())
         fail(qPrintable(error));
     std::fprintf(stderr, "database %s in %.1f s: %d employees, %d more accounts\n",
@@ -274,9 +269,5 @@ int main(int argc, char **argv)
     bench::report("studio_login_rss_peak", {peak});
 
     router.unregisterPlugin(&screen);
-    QMetaObject::invokeMethod(
-        engine, [engine] { delete engine; }, Qt::BlockingQueuedConnection);
-    engineThread.quit();
-    engineThread.wait();
     return 0;
 }
