@@ -34,12 +34,12 @@ protected:
     {}
 
     // Empty on success, else why the server didn't start.
-    QString setUp()
+    QString setUp(zeral::server::ServerEngine::Options serverOptions = {})
     {
         m_settings = std::make_unique<QTemporaryDir>();
         Settings::useFile(m_settings->filePath(QStringLiteral("studio.ini")));
         m_server = std::make_unique<harness::Server>();
-        return m_server->start();
+        return m_server->start(serverOptions);
     }
 
     void tearDown()
