@@ -70,14 +70,14 @@ void UserCtl::notifyReceiver(const zeral::TaskInfo &task, zeral::TYPE_ID uid)
 
 bool UserCtl::processSaveObject(const zeral::TaskInfo &task)
 {
-    qCDebug(ucc()) << "process task" << task.type << task.uid << task.data;
+    qCDebug(ucc()) << "process task" << task.type << task.uid << UserTaskData::loggable(task);
     m_data->updateObject(UserTaskData::object(task), handler(&UserCtl::objectSavedHandler));
     return true;
 }
 
 bool UserCtl::processCreateObject(const zeral::TaskInfo &task)
 {
-    qCDebug(ucc()) << "process task" << task.type << task.uid << task.data;
+    qCDebug(ucc()) << "process task" << task.type << task.uid << UserTaskData::loggable(task);
     zeral::ObjectInfo object = UserTaskData::object(task);
     object.uid = 0;
     QList<zeral::_INHERIT_DATA> links;
@@ -101,7 +101,7 @@ bool UserCtl::processCreateObject(const zeral::TaskInfo &task)
 
 bool UserCtl::processPrescribeUser(const zeral::TaskInfo &task)
 {
-    qCDebug(ucc()) << "process task" << task.type << task.uid << task.data;
+    qCDebug(ucc()) << "process task" << task.type << task.uid << UserTaskData::loggable(task);
     m_data->roleTemplatePrescribeUser(task.uid, dataText(task, QStringLiteral("PT_ROLETEMPLATE")),
                                       handler(&UserCtl::prescribeUserHandler));
     return true;
@@ -109,7 +109,7 @@ bool UserCtl::processPrescribeUser(const zeral::TaskInfo &task)
 
 bool UserCtl::processDeleteObject(const zeral::TaskInfo &task)
 {
-    qCDebug(ucc()) << "process task" << task.type << task.uid << task.data;
+    qCDebug(ucc()) << "process task" << task.type << task.uid << UserTaskData::loggable(task);
     zeral::ObjectInfo object;
     object.uid = task.uid;
     object.type = dataText(task, QStringLiteral("object_type"));
@@ -119,7 +119,7 @@ bool UserCtl::processDeleteObject(const zeral::TaskInfo &task)
 
 bool UserCtl::processUpdatePermissions(const zeral::TaskInfo &task)
 {
-    qCDebug(ucc()) << "process task" << task.type << task.uid << task.data;
+    qCDebug(ucc()) << "process task" << task.type << task.uid << UserTaskData::loggable(task);
     m_data->updatePermissions(task.uid, UserTaskData::permissions(task),
                               handler(&UserCtl::updatePermissionsHandler));
     return true;
@@ -127,7 +127,7 @@ bool UserCtl::processUpdatePermissions(const zeral::TaskInfo &task)
 
 bool UserCtl::processAddPermissions(const zeral::TaskInfo &task)
 {
-    qCDebug(ucc()) << "process task" << task.type << task.uid << task.data;
+    qCDebug(ucc()) << "process task" << task.type << task.uid << UserTaskData::loggable(task);
     m_data->addPermissions(UserTaskData::permissions(task),
                            handler(&UserCtl::updatePermissionsHandler));
     return true;
@@ -135,7 +135,7 @@ bool UserCtl::processAddPermissions(const zeral::TaskInfo &task)
 
 bool UserCtl::processSendEmail(const zeral::TaskInfo &task)
 {
-    qCDebug(ucc()) << "process task" << task.type << task.uid << task.data;
+    qCDebug(ucc()) << "process task" << task.type << task.uid << UserTaskData::loggable(task);
     const QString language
         = Settings::value(QStringLiteral("mainwindow/language"), QLocale().name())
               .toString()
@@ -161,7 +161,7 @@ bool UserCtl::processSendEmail(const zeral::TaskInfo &task)
 
 bool UserCtl::processSaveToClipboard(const zeral::TaskInfo &task)
 {
-    qCDebug(ucc()) << "process task" << task.type << task.uid << task.data;
+    qCDebug(ucc()) << "process task" << task.type << task.uid << UserTaskData::loggable(task);
     QGuiApplication::clipboard()->setText(dataText(task, QStringLiteral("text")),
                                           QClipboard::Clipboard);
     // Later, so that the task is set up as the running one like any other first.

@@ -72,3 +72,15 @@ QList<zeral::OBJECT_PERMISSION> UserTaskData::permissions(const zeral::TaskInfo 
     }
     return permissions;
 }
+
+QMultiMap<QString, QVariant> UserTaskData::loggable(const zeral::TaskInfo &task)
+{
+    static const QStringList secrets{QStringLiteral("property-PT_PASSHASH"),
+                                     QStringLiteral("auth_data"), QStringLiteral("text")};
+    QMultiMap<QString, QVariant> data = task.data;
+    for (const QString &key : secrets) {
+        if (data.remove(key) > 0)
+            data.insert(key, QStringLiteral("<hidden>"));
+    }
+    return data;
+}

@@ -27,4 +27,9 @@ public:
     static void putPermissionObjects(zeral::TaskInfo *task, const QSet<zeral::TYPE_ID> &uids);
     // The task's subject gets the right the queue grants on every object of the task.
     static QList<zeral::OBJECT_PERMISSION> permissions(const zeral::TaskInfo &task);
+
+    // The task's data for a log line: a password's hash, the auth data of a mail and the
+    // clipboard's text are replaced by a mark, since debug logs are read by more people
+    // than the operator who made the password.
+    static QMultiMap<QString, QVariant> loggable(const zeral::TaskInfo &task);
 };

@@ -317,6 +317,43 @@ private slots:
         h.server.answerFailure(request, zeral::proto::StatusInternal, QStringLiteral("smtp"));
         QTRY_COMPARE(receiver.told, QList<TYPE_ID>{0});
     }
+
+    // Debug logging names every task it runs, but never the secrets a task carries.
+    void secretsStayOutOfTheLog_data()
+    {
+        QTest::addColumn<QString>("type");
+        QTest::addColumn<QString>("key");
+        QTest::addRow("mail token") << "send_email" << "auth_data";
+        QTest::addRow("clipboard") << "save_to_clipboard" << "text";
+        QTest::addRow("password hash") << "save_object" << "property-PT_PASSHASH";
+    }
+    void secretsStayOutOfTheLog()
+    {
+        QFETCH(QString, type);
+        QFETCH(QString, key);
+        static QStringList logged;
+        logged.clear();
+        QLoggingCategory::setFilterRules(QStringLiteral("gui.plugin.userctl.debug=true"));
+        const QtMessageHandler previous
+            = qInstallMessageHandler([](QtMsgType, const QMessageLogContext &, const QString &text) {
+                  logged.append(text);
+              });
+        const QString secret = QStringLiteral("eyJwYXNzdyI6IlNlY3JldDEyMyJ9");
+        {
+            UserCtlHarness h;
+            Receiver receiver;
+            addTo(h.screen,
+                  task("A", type, 31,
+                       {{"object_type", "OT_USER"}, {"addr_to", "a@b.ru"}, {key, secret}}),
+                  &receiver);
+        }
+        qInstallMessageHandler(previous);
+        QLoggingCategory::setFilterRules(QStringLiteral("gui.plugin.userctl.debug=false\n"
+                                                        "gui.plugin.userctl.warning=false"));
+        const QString all = logged.join(QLatin1Char('\n'));
+        QVERIFY2(all.contains(QStringLiteral("process task")), qPrintable(all));
+        QVERIFY2(!all.contains(secret), qPrintable(all));
+    }
 };
 
 QTEST_MAIN(TestUserCtlQueue)
