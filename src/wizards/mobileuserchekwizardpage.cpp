@@ -123,13 +123,16 @@ void MobileUserChekWizardPage::appendPersonTasks(unsigned int uid, const QString
         {QLatin1String(db::user::SURNAME), employeeValue(db::user::SURNAME)},
         {QLatin1String(db::user::PATRONYMIC), employeeValue(db::user::PATRONYMIC)},
         {QLatin1String(db::user::PASSHASH), PassHash::encrypt(password, QCryptographicHash::Md5)}};
-    zeral::TaskInfo create = NewUserTask::objectTask(
-        QStringLiteral("create_object"), properties, nullptr, QStringLiteral("objectAdded"),
-        QString(), QString());
+    const QString startText = tr("Добавление пользователя %1");
+    const QString errorText = tr("Ошибка добавления пользователя %1");
+    zeral::TaskInfo create
+        = NewUserTask::objectTask(QStringLiteral("create_object"), properties, nullptr,
+                                  QStringLiteral("objectAdded"), startText, errorText);
     create.data.insert(QStringLiteral("inherit-child-%1").arg(zeral::INHERIT_WORKER_USER),
                        QString::number(uid));
-    create.startMessage = tr("Добавление пользователя %1").arg(email);
-    create.errorMessage = tr("Ошибка добавления пользователя %1").arg(email);
+    // Named by the address as it stands, whatever name the login would make.
+    create.startMessage = startText.arg(email);
+    create.errorMessage = errorText.arg(email);
     emit appendTask(create);
 
     zeral::TaskInfo prescribe;
