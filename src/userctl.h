@@ -180,6 +180,9 @@ private:
     void setCurrentConnectedUserInfoRoles();
     void disconnectUserResult(Command &command);
 
+    // Opens the new-mobile-users wizard under `parent`, on these employees if any are given.
+    void openNewMobileUserWizard(QWidget *parent, const zeral::OBJECT_UID_LIST &employees);
+
     // Commands the studio sends to the screen.
     void showNewMobileUserWizardsHandler(Command &command);
     void showMobileUserPropertiesHandler(Command &command);

@@ -9,13 +9,19 @@
 #include <src/rolecontainer.h>
 #include <src/userfilterproxymodel.h>
 #include <src/userpropertiesdialog.h>
+#include <src/wizards/newmobileuserwizard.h>
 #include <src/wizards/newuserwizard.h>
+#include <src/wizards/userprogresswizardpage.h>
 
 #include <host/core/authdata.h>
 #include <host/core/data.h>
 #include <host/core/localstorage.h>
+#include <host/core/logging.h>
+#include <host/core/protocol.h>
+#include <host/core/zrdatastream.h>
 #include <host/core/zrglobals.h>
 #include <host/gui/models/itemroles.h>
+#include <host/gui/widgets/zrguiglobals.h>
 #include <shared/datasets.h>
 
 #include <QItemSelection>
@@ -156,10 +162,53 @@ void UserCtl::cancelChanged()
     mobileUserSelectionChanged();
 }
 
-void UserCtl::addMobileButtonClicked() {}
+void UserCtl::addMobileButtonClicked()
+{
+    // As for a desktop user: the rights on departments are part of the wizard.
+    if (!userctl::RoleContainer::canRoleLinkSubdiv()) {
+        QMessageBox::critical(this, tr("Добавление"),
+                              tr("Ошибка добавления пользователя\nНет доступа"));
+        return;
+    }
+    openNewMobileUserWizard(this, {});
+}
+
+void UserCtl::openNewMobileUserWizard(QWidget *parent, const zeral::OBJECT_UID_LIST &employees)
+{
+    m_templateWatchUids.clear();
+    auto *wizard = new NewMobileUserWizard(parent);
+    wizard->setRoletemplates(m_roleTemplates);
+    if (!employees.isEmpty())
+        wizard->setCheckedEmployees(employees);
+    wizard->setWindowModality(Qt::ApplicationModal);
+    connect(this, &UserCtl::roleTemplatesRead, wizard, &NewMobileUserWizard::setRoletemplates);
+    connect(wizard, &NewMobileUserWizard::appendTask, this, &UserCtl::addTask,
+            Qt::QueuedConnection);
+    // The server's reason for the step that stopped the run shows under its log.
+    UserProgressWizardPage *progress = wizard->progressPage();
+    connect(this, qOverload<QString, QColor>(&UserCtl::showMessage), progress,
+            [progress](const QString &reason, const QColor &) {
+                progress->showFailureReason(reason);
+            });
+    sendGetRoletemplates();
+    wizard->show();
+}
 
 void UserCtl::showMobileUserProperties() {}
 
-void UserCtl::showNewMobileUserWizardsHandler(Command &) {}
+void UserCtl::showNewMobileUserWizardsHandler(Command &command)
+{
+    QList<unsigned int> employees;
+    ZRDataStream in(command.data);
+    in >> employees;
+    qCDebug(ucc()) << "show mobile user wizard" << employees;
+    command.status = zeral::proto::StatusOk;
+    if (!userctl::RoleContainer::canRoleLinkSubdiv()) {
+        QMessageBox::critical(ZRGuiGlobals::zrApp, tr("Добавление"),
+                              tr("Ошибка добавления пользователя\nНет доступа"));
+        return;
+    }
+    openNewMobileUserWizard(ZRGuiGlobals::zrApp, employees);
+}
 
 void UserCtl::showMobileUserPropertiesHandler(Command &) {}

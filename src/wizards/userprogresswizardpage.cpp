@@ -38,9 +38,23 @@ void UserProgressWizardPage::initializePage()
 
 void UserProgressWizardPage::objectAdded(zeral::TYPE_ID uid)
 {
-    if (uid != 0 && state() == State::Running)
+    if (uid != 0 && state() == State::Running) {
         m_createdUid = uid;
+        m_createdUids.append(uid);
+    }
     BaseProgressWizardPage::objectAdded(uid);
+}
+
+void UserProgressWizardPage::objectUpdated(zeral::TYPE_ID uid)
+{
+    if (uid == 0 && state() == State::Running && !m_createdUids.isEmpty())
+        m_failedAfterCreation = true;
+    BaseProgressWizardPage::objectUpdated(uid);
+}
+
+void UserProgressWizardPage::setOutcomeSummary(OutcomeSummary summary)
+{
+    m_summary = std::move(summary);
 }
 
 bool UserProgressWizardPage::verifyCreateUser()
@@ -104,6 +118,14 @@ void UserProgressWizardPage::showFailureReason(const QString &reason)
 
 QString UserProgressWizardPage::noteText() const
 {
+    if (m_summary && (state() == State::Finished || state() == State::Failed)) {
+        QStringList lines;
+        if (state() == State::Failed && !m_reason.isEmpty())
+            lines << m_reason;
+        lines << m_summary(*this);
+        lines.removeAll(QString());
+        return lines.join(QLatin1Char('\n'));
+    }
     if (state() != State::Failed)
         return QString();
     QStringList lines;
@@ -123,12 +145,18 @@ QString UserProgressWizardPage::noteText() const
 
 void UserProgressWizardPage::runEnded(bool success)
 {
-    if (!success)
+    if (!success || m_summary)
         showNote(noteText());
 }
 
 void UserProgressWizardPage::showNote(const QString &text)
 {
+    // Red tells of a failure; a summary of a run that went well is plain text.
+    QPalette notePalette = m_note->palette();
+    notePalette.setColor(QPalette::WindowText, state() == State::Failed
+                                                   ? QColor(0xb7, 0x1c, 0x1c)
+                                                   : palette().color(QPalette::WindowText));
+    m_note->setPalette(notePalette);
     m_note->setText(text);
     m_note->setVisible(!text.isEmpty());
 }

@@ -8,6 +8,8 @@
 #include <QMultiHash>
 #include <QString>
 
+#include <functional>
+
 class QLabel;
 
 // The last page of the new-user wizard. It holds the tasks of the pages before it and runs
@@ -16,15 +18,29 @@ class QLabel;
 // user.
 //
 // When the run stops after the user was created, the page says so under the log: the account
-// exists, half set up, and the operator has to finish or delete it.
+// exists, half set up, and the operator has to finish or delete it. A wizard that makes many
+// users at once gives the page its own summary of the outcome instead (setOutcomeSummary).
 class UserProgressWizardPage : public BaseProgressWizardPage
 {
     Q_OBJECT
 public:
+    // What a wizard of many users says about the ended run, from the page's counts: the
+    // text shown under the log, after the failure's reason if there is one.
+    using OutcomeSummary = std::function<QString(const UserProgressWizardPage &page)>;
+
     explicit UserProgressWizardPage(QWidget *parent = nullptr);
 
     void initializePage() override;
     void objectAdded(zeral::TYPE_ID uid) override;
+    void objectUpdated(zeral::TYPE_ID uid) override;
+
+    // Replaces the one-user outcome texts; also shown after a run that went well.
+    void setOutcomeSummary(OutcomeSummary summary);
+    // The uids the run's creations reported, in the order created.
+    QList<zeral::TYPE_ID> createdUids() const { return m_createdUids; }
+    // Whether the run failed at a step after its last creation, which leaves that object
+    // made but not fully set up; false when it failed at a creation, or did not fail.
+    bool failedAfterCreation() const { return m_failedAfterCreation; }
 
     // The confirmers' templates last given, without the operator's own.
     QMultiHash<zeral::TYPE_ID, zeral::TEMPLATE_DATA> templatesForVerification() const
@@ -59,6 +75,9 @@ private:
 
     QMultiHash<zeral::TYPE_ID, zeral::TEMPLATE_DATA> templates;
     zeral::TYPE_ID m_createdUid = 0;
+    QList<zeral::TYPE_ID> m_createdUids;
+    bool m_failedAfterCreation = false;
+    OutcomeSummary m_summary;
     QString m_reason;
     QLabel *m_note;
 };

@@ -12,15 +12,21 @@ using zeral::TYPE_ID;
 
 ObjectTreeModel *StoreModels::makeDatasetModel(const QString &dataname)
 {
+    return makeMergedModel({dataname}, LocalStorage::instance());
+}
+
+ObjectTreeModel *StoreModels::makeMergedModel(const QStringList &datanames, QObject *parent)
+{
     LocalStorage *storage = LocalStorage::instance();
-    auto *model = new ObjectTreeModel(storage);
-    model->setObjectName(dataname);
-    model->add(storage->constObjects(dataname).values());
+    auto *model = new ObjectTreeModel(parent);
+    model->setObjectName(datanames.join(QLatin1Char('+')));
+    for (const QString &dataname : datanames)
+        model->add(storage->constObjects(dataname).values());
     QObject::connect(storage, &LocalStorage::dataChanged, model,
-                     [storage, model, dataname](const QString &name, const QList<TYPE_ID> &uids) {
-                         if (name != dataname)
+                     [storage, model, datanames](const QString &name, const QList<TYPE_ID> &uids) {
+                         if (!datanames.contains(name))
                              return;
-                         const LocalStorage::Objects &objects = storage->constObjects(dataname);
+                         const LocalStorage::Objects &objects = storage->constObjects(name);
                          QList<zeral::ObjectInfo> changed;
                          changed.reserve(uids.size());
                          for (TYPE_ID uid : uids) {
@@ -31,8 +37,8 @@ ObjectTreeModel *StoreModels::makeDatasetModel(const QString &dataname)
                          model->add(changed);
                      });
     QObject::connect(storage, &LocalStorage::dataRemoved, model,
-                     [model, dataname](const QString &name, const QList<TYPE_ID> &uids) {
-                         if (name != dataname)
+                     [model, datanames](const QString &name, const QList<TYPE_ID> &uids) {
+                         if (!datanames.contains(name))
                              return;
                          for (TYPE_ID uid : uids)
                              model->remove(uid);
