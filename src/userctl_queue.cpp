@@ -153,6 +153,8 @@ bool UserCtl::processSendEmail(const zeral::TaskInfo &task)
     Command command = newCommand();
     command.name = QLatin1String(zeral::proto::command::SendEmail);
     command.type = zeral::proto::NamedCommand;
+    // The server's request, so it names the operator's session like the data requests do.
+    command.sessionId = m_data->sessionId();
     ZRDataStream out(&command.data, QIODevice::WriteOnly);
     out << message << AuthData::user();
     sendQuery(command, handler(&UserCtl::sendEmailHandler));

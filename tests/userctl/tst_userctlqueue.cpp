@@ -302,6 +302,9 @@ private slots:
               &receiver);
         const Command request = h.sent(command::SendEmail).value(0);
         QCOMPARE(request.type, zeral::proto::NamedCommand);
+        // Without the session the server refuses it as a stranger's.
+        QVERIFY(!AuthData::sessionId().isEmpty());
+        QCOMPARE(request.sessionId, AuthData::sessionId());
         zeral::_EMAIL_MESSAGE mail;
         QString login;
         unpack(request.data, mail, login);
