@@ -1,5 +1,7 @@
 #include "metatypes.h"
 
+#include <shared/maildelivery.h>
+
 #include <QCoreApplication>
 
 namespace zeral {
@@ -31,6 +33,7 @@ void registerMetaTypes()
     registerWithStreams<_TEMPLATE_DATA>("zeral::_TEMPLATE_DATA");
     registerWithStreams<ConnectedUserInfo>("zeral::ConnectedUserInfo");
     registerWithStreams<LoginLockInfo>("zeral::LoginLockInfo");
+    registerWithStreams<MailDelivery>("zeral::MailDelivery");
     registerWithStreams<_EMAIL_MESSAGE>("zeral::_EMAIL_MESSAGE");
     registerWithStreams<TaskInfo>("zeral::TaskInfo");
     registerWithStreams<RoleEntry>("zeral::RoleEntry");

@@ -58,6 +58,7 @@ void EmbeddedServer::startEngine(bool demo, quint16 port)
     options.address = QHostAddress::LocalHost;
     options.port = port;
     options.demo = demo;
+    options.smtpUrl = m_smtpUrl;
     auto *engine = new ServerEngine(options);
     engine->moveToThread(m_thread);
     m_engine = engine;
@@ -72,8 +73,8 @@ void EmbeddedServer::startEngine(bool demo, quint16 port)
                 return; // stopped meanwhile
             if (databaseError.isEmpty() && listenError.isEmpty()) {
                 m_port = listening;
-                qCInfo(lcEmbedded) << "embedded server on 127.0.0.1 port" << listening << "with"
-                                   << m_databasePath;
+                qCInfo(lcEmbedded)
+                    << "embedded server on 127.0.0.1 port" << listening << "with" << m_databasePath;
                 emit started(listening);
                 return;
             }

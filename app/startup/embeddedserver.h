@@ -26,6 +26,8 @@ public:
     explicit EmbeddedServer(QObject *parent = nullptr);
     ~EmbeddedServer() override; // stops
 
+    // The mail relay the engine delivers to (smtp://host:port); takes effect at start().
+    void setSmtpUrl(const QString &url) { m_smtpUrl = url; }
     void start(const QString &databasePath, bool demo, quint16 preferredPort = PreferredPort);
     // Closes every connection and the database; waits for the engine's thread to end.
     void stop();
@@ -50,5 +52,6 @@ private:
     QThread *m_thread = nullptr;
     zeral::server::ServerEngine *m_engine = nullptr; // lives in m_thread
     QString m_databasePath;
+    QString m_smtpUrl;
     quint16 m_port = 0;
 };

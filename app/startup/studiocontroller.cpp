@@ -160,6 +160,7 @@ void StudioController::start()
     m_embedded = new EmbeddedServer(this);
     connect(m_embedded, &EmbeddedServer::started, this, &StudioController::onServerStarted);
     connect(m_embedded, &EmbeddedServer::failed, this, &StudioController::onServerFailed);
+    m_embedded->setSmtpUrl(m_options.smtpUrl);
     m_embedded->start(m_options.databasePath, m_options.demo);
 }
 

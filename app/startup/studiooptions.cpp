@@ -27,7 +27,13 @@ bool StudioOptions::parse(const QStringList &arguments, StudioOptions *options, 
         QStringLiteral("plugins"),
         QCoreApplication::translate("StudioOptions", "Папка с модулями студии."),
         QStringLiteral("DIR"));
-    parser.addOptions({server, db, demo, plugins});
+    const QCommandLineOption smtp(
+        QStringLiteral("smtp"),
+        QCoreApplication::translate("StudioOptions",
+                                    "Почтовый сервер встроенного сервера: smtp://хост:порт или "
+                                    "smtps://хост:порт."),
+        QStringLiteral("URL"));
+    parser.addOptions({server, db, demo, smtp, plugins});
     if (!parser.parse(arguments)) {
         *error = parser.errorText();
         return false;
@@ -52,14 +58,27 @@ bool StudioOptions::parse(const QStringList &arguments, StudioOptions *options, 
                          .arg(value);
             return false;
         }
-        if (parser.isSet(db) || parser.isSet(demo)) {
-            *error = QCoreApplication::translate(
-                "StudioOptions",
-                "--db и --demo относятся к встроенному серверу и не сочетаются с --server.");
+        if (parser.isSet(db) || parser.isSet(demo) || parser.isSet(smtp)) {
+            *error = QCoreApplication::translate("StudioOptions",
+                                                 "--db, --demo и --smtp относятся к встроенному "
+                                                 "серверу и не сочетаются с --server.");
             return false;
         }
     }
     result.demo = parser.isSet(demo);
+    if (parser.isSet(smtp)) {
+        const QString url = parser.value(smtp).trimmed();
+        if (!url.startsWith(QLatin1String("smtp://"))
+            && !url.startsWith(QLatin1String("smtps://"))) {
+            *error = QCoreApplication::translate("StudioOptions",
+                                                 "Адрес почтового сервера «%1» не подходит: "
+                                                 "укажите его как smtp://хост:порт или "
+                                                 "smtps://хост:порт.")
+                         .arg(url);
+            return false;
+        }
+        result.smtpUrl = url;
+    }
     result.databasePath = parser.isSet(db) ? parser.value(db) : defaultDatabasePath(result.demo);
     result.pluginDir = parser.isSet(plugins) ? parser.value(plugins) : defaultPluginDir();
     *options = result;
@@ -100,5 +119,6 @@ QString StudioOptions::defaultDatabasePath(bool demo)
 
 QString StudioOptions::defaultPluginDir()
 {
-    return QDir(QCoreApplication::applicationDirPath()).absoluteFilePath(QStringLiteral("../plugins"));
+    return QDir(QCoreApplication::applicationDirPath())
+        .absoluteFilePath(QStringLiteral("../plugins"));
 }

@@ -10,6 +10,7 @@ struct StudioOptions
     quint16 serverPort = 0;
     QString databasePath; // of the embedded server; empty: the user's data folder
     bool demo = false;
+    QString smtpUrl; // the embedded server's mail relay; empty: mails stay in its outbox
     QString pluginDir;
 
     bool embedded() const { return serverHost.isEmpty(); }

@@ -4,6 +4,7 @@
 #include <app/window/loginlocksdialog.h>
 
 #include <host/core/authdata.h>
+#include <host/core/maildeliverywatcher.h>
 #include <host/core/settings.h>
 #include <host/core/zrplugininterface.h>
 #include <host/gui/widgets/pluginwidget.h>
@@ -79,6 +80,13 @@ MainWindow::MainWindow(ZRServerInterface *server, QWidget *parent)
     statusBar()->addPermanentWidget(m_operatorLabel);
     buildMenus();
 
+    // The server tells only the operator who queued a mail what became of it.
+    if (server) {
+        m_mailDeliveries = new MailDeliveryWatcher(server, this);
+        connect(m_mailDeliveries, &MailDeliveryWatcher::deliveryChanged, this,
+                &MainWindow::onMailDelivery);
+    }
+
     resize(1280, 800);
     restoreGeometry(Settings::value(QLatin1String(studio::settings::Geometry)).toByteArray());
     m_splitter->restoreState(
@@ -137,13 +145,13 @@ void MainWindow::buildMenus()
     QMenu *helpMenu = menuBar()->addMenu(tr("&Справка"));
     QAction *about = helpMenu->addAction(tr("О студии"));
     connect(about, &QAction::triggered, this, [this] {
-        QMessageBox::about(this, tr("О студии"),
-                           tr("<b>Студия Zeral</b> %1<br>Администрирование системы контроля "
-                              "доступа и учёта рабочего времени.<br>Сервер: %2")
-                               .arg(QApplication::applicationVersion(),
-                                    m_server ? QStringLiteral("%1:%2").arg(m_server->host()).arg(
-                                        m_server->port())
-                                             : QString()));
+        QMessageBox::about(
+            this, tr("О студии"),
+            tr("<b>Студия Zeral</b> %1<br>Администрирование системы контроля "
+               "доступа и учёта рабочего времени.<br>Сервер: %2")
+                .arg(QApplication::applicationVersion(),
+                     m_server ? QStringLiteral("%1:%2").arg(m_server->host()).arg(m_server->port())
+                              : QString()));
     });
 }
 
@@ -364,11 +372,39 @@ void MainWindow::showNotice(const QString &text, MessageWidget::Icon icon)
     m_notice->setText(text);
     m_notice->setMessageIcon(icon);
     m_notice->show();
+    m_mailNoticeId = 0;
 }
 
 void MainWindow::hideNotice()
 {
     m_notice->hide();
+    m_mailNoticeId = 0;
+}
+
+void MainWindow::onMailDelivery(const zeral::MailDelivery &delivery)
+{
+    using zeral::MailDelivery;
+    const QString reason = delivery.error.isEmpty() ? tr("причина не названа") : delivery.error;
+    if (delivery.state == QLatin1String(MailDelivery::Pending)) {
+        const QString at
+            = delivery.nextAttempt.isValid()
+                  ? delivery.nextAttempt.toLocalTime().toString(QStringLiteral("HH:mm"))
+                  : tr("позже");
+        showNotice(tr("Письмо для %1 пока не доставлено: %2. Сервер повторит отправку в %3.")
+                       .arg(delivery.recipient, reason, at),
+                   MessageWidget::Warning);
+    } else if (delivery.state == QLatin1String(MailDelivery::Failed)) {
+        showNotice(tr("Письмо для %1 не доставлено: %2. Сервер больше не будет его отправлять: "
+                      "проверьте адрес и почтовый сервер и отправьте письмо снова.")
+                       .arg(delivery.recipient, reason),
+                   MessageWidget::Critical);
+    } else {
+        // Delivered at last: the warning about this mail is out of date.
+        if (m_mailNoticeId == delivery.id)
+            hideNotice();
+        return;
+    }
+    m_mailNoticeId = delivery.id;
 }
 
 void MainWindow::saveLayout()

@@ -2,11 +2,13 @@
 
 #include <host/core/zrserverinterface.h>
 #include <host/gui/widgets/messagewidget.h>
+#include <shared/maildelivery.h>
 
 #include <QList>
 #include <QMainWindow>
 #include <QPointer>
 
+class MailDeliveryWatcher;
 class PluginWidget;
 class QLabel;
 class QSplitter;
@@ -48,6 +50,8 @@ public:
     void showNotice(const QString &text, MessageWidget::Icon icon);
     void hideNotice();
     MessageWidget *notice() const { return m_notice; }
+    // What the server said about the mails this operator queued.
+    MailDeliveryWatcher *mailDeliveries() const { return m_mailDeliveries; }
 
 signals:
     void logoutRequested();
@@ -73,6 +77,8 @@ private:
     void chooseLanguage(const QString &language);
     // The logins locked after failed attempts, for an operator who may change users.
     void showLoginLocks();
+    // A mail of this operator that waits for a retry or was given up on gets a notice.
+    void onMailDelivery(const zeral::MailDelivery &delivery);
 
     QPointer<ZRServerInterface> m_server;
     QList<Screen> m_screens;
@@ -83,6 +89,8 @@ private:
     QLabel *m_connectionIcon;
     QLabel *m_connectionLabel;
     QLabel *m_operatorLabel;
+    MailDeliveryWatcher *m_mailDeliveries = nullptr;
+    qint64 m_mailNoticeId = 0; // the mail the notice speaks of, 0 if it speaks of none
     int m_currentScreen = -1;
     int m_currentTab = -1;
 };

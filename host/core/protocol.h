@@ -48,6 +48,8 @@ inline constexpr char DataChanged[] = "data.changed";
 inline constexpr char DataRemoved[] = "data.removed";
 // A new row of the audit log, to the sessions that may read the log.
 inline constexpr char AuditAppended[] = "audit.appended";
+// The outcome of an attempt to deliver a mail, to the sessions of the operator who queued it.
+inline constexpr char MailDelivery[] = "mail.delivery";
 // The local store.
 inline constexpr char Snapshot[] = "data.snapshot";
 inline constexpr char RoleCatalogue[] = "data.role_catalogue";

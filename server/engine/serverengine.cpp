@@ -5,6 +5,7 @@
 #include <server/engine/net/clientconnection.h>
 #include <server/engine/net/tlsserver.h>
 #include <server/engine/ops/dispatcher.h>
+#include <server/engine/ops/pushes.h>
 #include <server/engine/ops/serverstate.h>
 #include <server/engine/serverlogging.h>
 #include <server/engine/session/passwordhasher.h>
@@ -109,6 +110,17 @@ QString ServerEngine::start()
     m_sessionSweep->start(60 * 1000);
     if (!m_options.smtpUrl.isEmpty()) {
         auto *sender = new MailSender(m_options.databasePath, m_options.smtpUrl, this);
+        sender->setDeliveryPolicy(m_options.mailMaxAttempts, m_options.mailFirstPauseMs,
+                                  m_options.mailTimeoutMs);
+        // The sender reports from its own thread; the sessions are touched only from this
+        // one, so the outcome is queued over to the dispatcher.
+        Dispatcher *dispatcher = m_dispatcher;
+        connect(
+            sender, &MailSender::attemptRecorded, dispatcher,
+            [dispatcher](const QString &operatorLogin, const zeral::MailDelivery &delivery) {
+                dispatcher->sendToOperator(operatorLogin, Pushes::mailDelivery(delivery));
+            },
+            Qt::QueuedConnection);
         sender->start();
         m_state->mailSender = sender;
     }

@@ -39,6 +39,11 @@ public:
         QString tlsKeyPath;
         QString smtpUrl; // empty: mails are kept in the outbox
         QString mailSender = QStringLiteral("zeral@localhost");
+        // How often a mail is tried, the pause after its first failure and how long one
+        // delivery may take (MailSender::setDeliveryPolicy).
+        int mailMaxAttempts = 5;
+        int mailFirstPauseMs = 60 * 1000;
+        int mailTimeoutMs = 60 * 1000;
         LoginThrottle::Policy loginPolicy;
         std::function<QDateTime()> clock; // empty: the system clock
         // A session whose connection dropped waits this long to be resumed, then ends.

@@ -27,7 +27,9 @@ QDateTime readTime(const QVariant &value)
     return moment;
 }
 
-QString stateName(MailOutbox::State state)
+} // namespace
+
+QString MailOutbox::stateName(State state)
 {
     switch (state) {
     case MailOutbox::State::Pending:
@@ -43,6 +45,8 @@ QString stateName(MailOutbox::State state)
     }
     return QString();
 }
+
+namespace {
 
 bool run(QSqlQuery &query, const char *what)
 {
@@ -111,7 +115,7 @@ QList<MailOutbox::Entry> MailOutbox::due(QSqlDatabase &db, const QDateTime &now,
     QSqlQuery query(db);
     query.setForwardOnly(true);
     query.prepare(QStringLiteral(
-        "SELECT id, recipient, subject, body, message, attempts FROM mail_outbox"
+        "SELECT id, recipient, subject, body, message, attempts, operator FROM mail_outbox"
         " WHERE state = 'pending' AND next_attempt <= ? ORDER BY next_attempt, id LIMIT ?"));
     query.addBindValue(storedTime(now));
     query.addBindValue(limit);
@@ -126,6 +130,7 @@ QList<MailOutbox::Entry> MailOutbox::due(QSqlDatabase &db, const QDateTime &now,
         entry.mail.body = query.value(3).toString();
         entry.mail.message = query.value(4).toByteArray();
         entry.attempts = query.value(5).toInt();
+        entry.operatorLogin = query.value(6).toString();
         entries.append(entry);
     }
     return entries;
@@ -135,13 +140,16 @@ bool MailOutbox::recordAttempt(QSqlDatabase &db, qint64 id, bool delivered, cons
                                const QDateTime &now, const QDateTime &retryAt, int maxAttempts)
 {
     // SQLite evaluates every expression of SET on the row as it was, so "attempts + 1" is
-    // the count including this attempt throughout.
+    // the count including this attempt throughout. A mail that leaves the queue keeps no
+    // text: the connections run with secure_delete, so the old bytes are overwritten too.
     QSqlQuery query(db);
     query.prepare(QStringLiteral(
         "UPDATE mail_outbox SET attempts = attempts + 1, last_attempt = ?, last_error = "
         "COALESCE(?, ''),"
         " state = CASE WHEN ? THEN 'sent' WHEN attempts + 1 >= ? THEN 'failed' ELSE 'pending' END,"
         " next_attempt = CASE WHEN ? OR attempts + 1 >= ? THEN NULL ELSE ? END,"
+        " body = CASE WHEN ? OR attempts + 1 >= ? THEN '' ELSE body END,"
+        " message = CASE WHEN ? OR attempts + 1 >= ? THEN X'' ELSE message END,"
         " sent = CASE WHEN ? THEN ? ELSE NULL END"
         " WHERE id = ? AND state = 'pending'"));
     const QString at = storedTime(now);
@@ -152,6 +160,10 @@ bool MailOutbox::recordAttempt(QSqlDatabase &db, qint64 id, bool delivered, cons
     query.addBindValue(delivered);
     query.addBindValue(maxAttempts);
     query.addBindValue(storedTime(retryAt));
+    for (int i = 0; i < 2; ++i) {
+        query.addBindValue(delivered);
+        query.addBindValue(maxAttempts);
+    }
     query.addBindValue(delivered);
     query.addBindValue(at);
     query.addBindValue(id);

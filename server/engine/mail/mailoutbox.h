@@ -20,6 +20,7 @@ public:
     struct Entry
     {
         qint64 id = 0;
+        QString operatorLogin; // who queued it: he is told the outcome
         RenderedMail mail;
         int attempts = 0;
     };
@@ -32,10 +33,13 @@ public:
     // Pending mails whose next attempt is due at `now`, oldest first.
     static QList<Entry> due(QSqlDatabase &db, const QDateTime &now, int limit);
     // Records the outcome of one attempt; a failure is retried after `retryAt` until the
-    // attempts reach `maxAttempts`, then the mail is Failed for good.
+    // attempts reach `maxAttempts`, then the mail is Failed for good. A mail Sent or Failed
+    // loses its body and message, which carry the password of a token mail: only recipient,
+    // subject, times, attempts and state stay for the record.
     static bool recordAttempt(QSqlDatabase &db, qint64 id, bool delivered, const QString &error,
                               const QDateTime &now, const QDateTime &retryAt, int maxAttempts);
     static State state(QSqlDatabase &db, qint64 id);
+    static QString stateName(State state);
     // When the earliest pending mail is due; invalid when none is pending.
     static QDateTime nextDue(QSqlDatabase &db);
     // Makes the held mails pending, due at `now`, once a relay is there. Returns how many,

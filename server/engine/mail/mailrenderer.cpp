@@ -3,9 +3,9 @@
 #include <server/engine/mail/mimemessage.h>
 #include <server/engine/mail/qrcodeimage.h>
 #include <server/engine/serverlogging.h>
+#include <shared/emailaddress.h>
 
 #include <QDateTime>
-#include <QRegularExpression>
 #include <QUuid>
 
 namespace zeral::server {
@@ -141,14 +141,7 @@ RenderedMail MailRenderer::render(const _EMAIL_MESSAGE &message) const
 
 bool MailRenderer::isValidAddress(const QString &address)
 {
-    // A dot-atom before the "@", host names of letters, digits and inner hyphens after it,
-    // at least two labels; the lengths SMTP allows.
-    static const QRegularExpression pattern(QRegularExpression::anchoredPattern(
-        QStringLiteral("[A-Za-z0-9!#$%&'*+/=?^_`{|}~-]+(\\.[A-Za-z0-9!#$%&'*+/=?^_`{|}~-]+)*"
-                       "@([A-Za-z0-9]([A-Za-z0-9-]{0,61}[A-Za-z0-9])?\\.)+[A-Za-z0-9]([A-Za-z0-9-]{"
-                       "0,61}[A-Za-z0-9])?")));
-    return address.size() <= 254 && address.indexOf(QLatin1Char('@')) <= 64
-           && pattern.match(address).hasMatch();
+    return email::isValidAddress(address);
 }
 
 } // namespace zeral::server

@@ -19,7 +19,7 @@ public:
     RenderedMail render(const _EMAIL_MESSAGE &message) const;
 
     // Whether `address` is one plain address (local@domain.tld, ASCII, nothing around it)
-    // that a mail can go to. Check the recipient before the mail goes into the outbox.
+    // that a mail can go to; the rule of email::isValidAddress, which the client shares.
     static bool isValidAddress(const QString &address);
 
 private:

@@ -82,6 +82,9 @@ void MailSender::Worker::open()
     QSqlQuery wal(db);
     if (!wal.exec(QStringLiteral("PRAGMA journal_mode=WAL")))
         qCDebug(lcMail) << "mail sender: journal mode unchanged" << wal.lastError().text();
+    // The text of a delivered mail is erased through this connection: overwrite it.
+    if (!wal.exec(QStringLiteral("PRAGMA secure_delete=ON")))
+        qCWarning(lcMail) << "mail sender: secure delete not set" << wal.lastError().text();
 
     const int released = MailOutbox::releaseHeld(db, QDateTime::currentDateTimeUtc());
     if (released > 0)
@@ -113,15 +116,25 @@ void MailSender::Worker::deliverDue()
             return; // broken off by stop(): not the relay's fault, not counted
         const QDateTime at = QDateTime::currentDateTimeUtc();
         const int attempt = entry.attempts + 1;
-        const bool recorded = MailOutbox::recordAttempt(
-            db, entry.id, delivered, error, at, at.addMSecs(pauseAfter(attempt)), m_maxAttempts);
+        const QDateTime retryAt = at.addMSecs(pauseAfter(attempt));
+        const bool recorded
+            = MailOutbox::recordAttempt(db, entry.id, delivered, error, at, retryAt, m_maxAttempts);
         if (delivered)
             qCInfo(lcMail) << "mail delivered id:" << entry.id << "attempt:" << attempt;
         else
             qCWarning(lcMail) << "mail not delivered id:" << entry.id << "attempt:" << attempt
                               << "of" << m_maxAttempts << error;
         emit m_owner->attempted(entry.id, delivered, error);
-        if (!recorded) {
+        if (recorded) {
+            MailDelivery outcome;
+            outcome.id = entry.id;
+            outcome.recipient = entry.mail.recipient;
+            outcome.state = MailOutbox::stateName(MailOutbox::state(db, entry.id));
+            outcome.error = delivered ? QString() : error;
+            if (outcome.state == QLatin1String(MailDelivery::Pending))
+                outcome.nextAttempt = retryAt;
+            emit m_owner->attemptRecorded(entry.operatorLogin, outcome);
+        } else {
             // The outbox can't say what was sent: wait rather than send the mail again and
             // again.
             m_timer.start(idleLookMs);

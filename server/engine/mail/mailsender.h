@@ -1,5 +1,7 @@
 #pragma once
 
+#include <shared/maildelivery.h>
+
 #include <QObject>
 #include <QString>
 
@@ -37,6 +39,9 @@ public slots:
 signals:
     // One attempt ended (emitted from the sender's thread).
     void attempted(qint64 id, bool delivered, const QString &error);
+    // The outcome of one attempt as the outbox recorded it, for the operator who queued the
+    // mail (emitted from the sender's thread: connect it queued to an object of the engine).
+    void attemptRecorded(const QString &operatorLogin, const zeral::MailDelivery &delivery);
 
 private:
     class Worker;

@@ -10,8 +10,10 @@
 #include <server/engine/ops/serverstate.h>
 #include <server/engine/serverlogging.h>
 #include <shared/connecteduserinfo.h>
+#include <shared/emailaddress.h>
 #include <shared/emailmessage.h>
 #include <shared/loginlockinfo.h>
+#include <shared/maildelivery.h>
 #include <shared/rolenames.h>
 
 #include <QCoreApplication>
@@ -148,9 +150,19 @@ Reply AdminOps::sendEmail(Request &request)
     const Rights rights(*request.session);
     if (!rights.has(role::USER_CREATE) && !rights.has(role::USER_UPDATE))
         return Reply::fail(proto::StatusForbidden, tr("Недостаточно прав для отправки писем."));
-    if (message.to.trimmed().isEmpty() || !message.to.contains(QLatin1Char('@')))
+    const QString recipient = message.to.trimmed();
+    if (recipient.isEmpty())
         return Reply::fail(proto::StatusMalformed,
                            tr("Не указан адрес получателя письма. Укажите адрес e-mail."));
+    // One plain address: a list, a display name or blanks would send the credentials to
+    // several people or to none.
+    if (!email::isValidAddress(recipient))
+        return Reply::fail(
+            proto::StatusMalformed,
+            tr("Адрес получателя «%1» не подходит для письма: нужен ровно один адрес вида "
+               "имя@домен.ru латиницей, без пробелов, имени и других адресов. Исправьте e-mail "
+               "сотрудника и отправьте письмо снова.")
+                .arg(recipient));
     if (claimedLogin != request.session->login)
         qCWarning(lcServer) << "send_email names operator" << claimedLogin << "on the session of"
                             << request.session->login;
@@ -168,9 +180,13 @@ Reply AdminOps::sendEmail(Request &request)
                 sender->wake();
         });
     }
-    return Reply::changed(0, QStringLiteral("mail %1 to %2%3")
-                                 .arg(id)
-                                 .arg(message.to, relay ? QString() : QStringLiteral(" (held)")));
+    // The client learns the outbox id, to match the "mail.delivery" pushes that follow.
+    const QString state = QLatin1String(relay ? MailDelivery::Pending : MailDelivery::Held);
+    return Reply::changed(0,
+                          QStringLiteral("mail %1 to %2%3")
+                              .arg(id)
+                              .arg(recipient, relay ? QString() : QStringLiteral(" (held)")),
+                          ZRDataStream::pack(id, state));
 }
 
 } // namespace zeral::server

@@ -284,6 +284,14 @@ void Dispatcher::broadcast(const Command &push)
         session->connection->send(push);
 }
 
+void Dispatcher::sendToOperator(const QString &login, const Command &push)
+{
+    for (const Session *session : m_state.sessions.attached()) {
+        if (session->login == login)
+            session->connection->send(push);
+    }
+}
+
 void Dispatcher::closeSession(const QByteArray &id, const QString &reason)
 {
     Session *session = m_state.sessions.find(id);

@@ -34,6 +34,8 @@ public:
     // Tells the session's client why, ends the session and closes its connection.
     void closeSession(const QByteArray &id, const QString &reason);
     void broadcast(const Command &push);
+    // Sends `push` to every attached session of the operator `login`.
+    void sendToOperator(const QString &login, const Command &push);
     // Ends the sessions whose client stayed away longer than the resume window. Runs before
     // every request and on a timer, so an idle server lets them go too.
     void endAbandonedSessions();

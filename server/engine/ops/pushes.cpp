@@ -40,6 +40,11 @@ Command Pushes::auditAppended(const AuditRecord &row)
     return push(proto::command::AuditAppended, ZRDataStream::pack(row));
 }
 
+Command Pushes::mailDelivery(const MailDelivery &delivery)
+{
+    return push(proto::command::MailDelivery, ZRDataStream::pack(delivery));
+}
+
 QList<Command> Pushes::changedObjects(ObjectStore &store, const QList<TYPE_ID> &uids)
 {
     QMap<QString, QList<ObjectInfo>> byDataset;

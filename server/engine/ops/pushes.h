@@ -2,6 +2,7 @@
 
 #include <host/core/command.h>
 #include <shared/auditrecord.h>
+#include <shared/maildelivery.h>
 #include <shared/objectinfo.h>
 
 #include <QList>
@@ -18,6 +19,7 @@ public:
     static Command removed(const QString &dataset, const QList<TYPE_ID> &uids);
     static Command sessionClosed(const QString &reason);
     static Command auditAppended(const AuditRecord &row);
+    static Command mailDelivery(const MailDelivery &delivery);
     // One "changed" push per dataset for the objects as they are now in `store`.
     static QList<Command> changedObjects(ObjectStore &store, const QList<TYPE_ID> &uids);
 

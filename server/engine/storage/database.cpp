@@ -39,9 +39,11 @@ QString Database::open(const QString &path)
 
     QSqlQuery pragma(m_db);
     // WAL with full syncs: a request is answered only after its commit has reached the disk,
-    // so an answered change survives a crash of the process and of the machine.
-    const char *const pragmas[]
-        = {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=FULL", "PRAGMA foreign_keys=ON"};
+    // so an answered change survives a crash of the process and of the machine. Secure delete
+    // overwrites what a statement removes (a mail's text with its password once delivered),
+    // instead of leaving it in free space of the file.
+    const char *const pragmas[] = {"PRAGMA journal_mode=WAL", "PRAGMA synchronous=FULL",
+                                   "PRAGMA foreign_keys=ON", "PRAGMA secure_delete=ON"};
     for (const char *statement : pragmas) {
         if (!pragma.exec(QLatin1String(statement)))
             return QObject::tr("База данных %1 недоступна: %2. Проверьте, что это файл SQLite.")
