@@ -1,7 +1,7 @@
 #include <server/engine/mail/mailoutbox.h>
 #include <server/engine/mail/mailrenderer.h>
 #include <server/engine/mail/mailsender.h>
-#include <tests/server/smtpsink.h>
+#include <tests/support/smtpsink.h>
 
 #include <QDir>
 #include <QMutex>
@@ -20,7 +20,6 @@ namespace {
 
 const QString connectionName = QStringLiteral("tst_mailsender");
 
-using harness::freePort;
 
 RenderedMail tokenMail(const QString &token)
 {
@@ -68,7 +67,7 @@ private:
 
     QTemporaryDir m_dir;
     QString m_databasePath;
-    harness::SmtpSink m_relay;
+    SmtpSink m_relay;
 };
 
 void TestMailSender::init()
@@ -93,8 +92,8 @@ void TestMailSender::cleanup()
 
 void TestMailSender::startRelay(quint16 port)
 {
-    QVERIFY2(m_relay.start(port, m_dir.filePath(QStringLiteral("maildir"))),
-             qPrintable(m_relay.errorString()));
+    const QString error = m_relay.start(port);
+    QVERIFY2(error.isEmpty(), qPrintable(error));
 }
 
 void TestMailSender::attemptsMoveThroughStates_data()
@@ -179,7 +178,7 @@ void TestMailSender::heldAndDueMails()
 
 void TestMailSender::deliversToRelay()
 {
-    const quint16 port = freePort();
+    const quint16 port = SmtpSink::freePort();
     startRelay(port);
     QSqlDatabase db = QSqlDatabase::database(connectionName);
     const RenderedMail mail = tokenMail(QStringLiteral("eyJob3N0IjoiMTI3LjAuMC4xIn0="));
@@ -196,9 +195,9 @@ void TestMailSender::deliversToRelay()
     QCOMPARE(MailOutbox::state(db, id), MailOutbox::State::Sent);
 
     // The relay stored the message as it was sent: same Message-ID, the token in the text.
-    const QList<QByteArray> mails = m_relay.mails();
+    const QList<SmtpSink::Mail> mails = m_relay.mails();
     QCOMPARE(mails.size(), 1);
-    const QByteArray received = mails.first();
+    const QByteArray received = mails.first().raw;
     const auto messageId = [](const QByteArray &message) {
         const int start = message.indexOf("Message-ID:");
         return message.mid(start, message.indexOf('\n', start) - start).trimmed();
@@ -219,7 +218,7 @@ void TestMailSender::deliversToRelay()
 
 void TestMailSender::refusedDeliveryIsRetried()
 {
-    const quint16 port = freePort(); // nobody listens there yet
+    const quint16 port = SmtpSink::freePort(); // nobody listens there yet
     QSqlDatabase db = QSqlDatabase::database(connectionName);
     const qint64 lost = MailOutbox::enqueue(db, tokenMail("T3"), QStringLiteral("admin"), true);
 

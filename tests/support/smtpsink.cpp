@@ -13,11 +13,11 @@ SmtpSink::~SmtpSink()
     stop();
 }
 
-QString SmtpSink::start()
+QString SmtpSink::start(quint16 port)
 {
     if (!m_dir.isValid())
         return QStringLiteral("no temporary folder for the maildir");
-    m_port = freePort();
+    m_port = port ? port : freePort();
     m_relay.setProcessChannelMode(QProcess::ForwardedErrorChannel);
     m_relay.start(QStringLiteral("/usr/bin/python3"),
                   {QStringLiteral("-m"), QStringLiteral("aiosmtpd"), QStringLiteral("-n"),

@@ -24,8 +24,9 @@ public:
     SmtpSink(const SmtpSink &) = delete;
     SmtpSink &operator=(const SmtpSink &) = delete;
 
-    // Starts the relay and waits until it takes connections; empty on success, else why not.
-    QString start();
+    // Starts the relay on `port` (a free one when 0) and waits until it takes connections;
+    // empty on success, else why not.
+    QString start(quint16 port = 0);
     void stop();
     quint16 port() const { return m_port; }
     QString url() const;
