@@ -6,6 +6,7 @@
 #include "ui_userctl.h"
 #include "userctl_p.h"
 
+#include <src/mobileuserpropertiesdialog.h>
 #include <src/rolecontainer.h>
 #include <src/userfilterproxymodel.h>
 #include <src/userpropertiesdialog.h>
@@ -14,8 +15,12 @@
 #include <host/core/authdata.h>
 #include <host/core/data.h>
 #include <host/core/localstorage.h>
+#include <host/core/logging.h>
+#include <host/core/protocol.h>
+#include <host/core/zrdatastream.h>
 #include <host/core/zrglobals.h>
 #include <host/gui/models/itemroles.h>
+#include <host/gui/widgets/zrguiglobals.h>
 #include <shared/datasets.h>
 
 #include <QItemSelection>
@@ -158,8 +163,56 @@ void UserCtl::cancelChanged()
 
 void UserCtl::addMobileButtonClicked() {}
 
-void UserCtl::showMobileUserProperties() {}
+void UserCtl::showMobileUserProperties()
+{
+    const QModelIndexList rows = selectedRows(m_ui->mobileUsersList);
+    if (rows.size() != 1)
+        return;
+    openMobileUserProperties(rows.first().data(Qt::DisplayRole).toUInt(), this);
+}
 
 void UserCtl::showNewMobileUserWizardsHandler(Command &) {}
 
-void UserCtl::showMobileUserPropertiesHandler(Command &) {}
+void UserCtl::showMobileUserPropertiesHandler(Command &command)
+{
+    qint32 uid = 0;
+    ZRDataStream in(command.data);
+    in >> uid;
+    qCDebug(ucc()) << "show mobile user properties" << uid;
+    command.status = zeral::proto::StatusOk;
+    // Another screen asks: the box and the dialog stand over the studio's window.
+    openMobileUserProperties(zeral::TYPE_ID(uid), ZRGuiGlobals::zrApp);
+}
+
+void UserCtl::openMobileUserProperties(zeral::TYPE_ID uid, QWidget *parent)
+{
+    // The stored object with its links: the dialog finds the employee through them.
+    const zeral::ObjectInfo info = zeral::LocalStorage::instance()->constObject(
+        uid, QLatin1String(zeral::USER_DATANAME));
+
+    // Anybody may look at his own account.
+    if (!userctl::RoleContainer::canUpdateUser() && info.uid != AuthData::userId()) {
+        QMessageBox::critical(parent, tr("Запрет доступа"),
+                              tr("Недостаточно прав для просмотра параметров пользователя"));
+        return;
+    }
+    m_templateWatchUids.clear();
+    m_templateWatchUids.append(info.uid);
+
+    auto *dialog = new MobileUserPropertiesDialog(parent);
+    dialog->setModal(true);
+    dialog->setWindowModality(Qt::ApplicationModal);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowTitle(
+        tr("Свойства пользователя %1").arg(ZRGlobals::objectName(info.type, info.parameters)));
+    dialog->initTabs();
+    connectEditor(dialog);
+    dialog->setCurrent(info);
+    dialog->setRoleTemplates(m_roleTemplates);
+    connectEditorData(dialog);
+
+    sendGetRoletemplates();
+    m_data->getPermissions({info.uid}, handler(&UserCtl::getPermissionsHandler));
+    dialog->adjustSize();
+    dialog->show();
+}
