@@ -76,13 +76,9 @@ QPair<QString, QString> decode(const QString &authData)
     return {json.value("user").toString(), json.value("passw").toString()};
 }
 
+// The shown dialog, over the screen or, when the studio asked, over nothing.
 MobileUserPropertiesDialog *openDialog()
 {
-    for (QWidget *widget : QApplication::topLevelWidgets()) {
-        if (auto *dialog = qobject_cast<MobileUserPropertiesDialog *>(widget);
-            dialog && dialog->isVisible())
-            return dialog;
-    }
     for (QWidget *widget : QApplication::allWidgets()) {
         if (auto *dialog = qobject_cast<MobileUserPropertiesDialog *>(widget);
             dialog && dialog->isVisible())

@@ -1,5 +1,5 @@
 // The properties tab of the mobile user dialog: the linked employee it shows, the warning
-// while the login differs from his e-mail, the login check, the tasks it sends and what it
+// while the login differs from his e-mail, the expiry, the tasks it sends and what it
 // makes of their outcome, and the department path.
 #include "userctlharness.h"
 
@@ -80,10 +80,6 @@ struct Editor
     {
         QObject::connect(&tab, &MobileUserProperties::appendTask, &tab,
                          [this](const TaskInfo &task) { tasks.append(task); });
-        QObject::connect(&tab, &MobileUserProperties::dataEdited, &tab,
-                         [this] { said.append(QStringLiteral("edited")); });
-        QObject::connect(&tab, &MobileUserProperties::denyEdit, &tab,
-                         [this] { said.append(QStringLiteral("denied")); });
         tab.show();
     }
     template<class Widget>
@@ -110,7 +106,6 @@ struct Editor
 
     MobileUserProperties tab;
     QList<TaskInfo> tasks;
-    QStringList said;
     QSignalSpy messages{&tab, &MobileUserProperties::showMessage};
     QSignalSpy logins{&tab, &MobileUserProperties::loginChanged};
 };
@@ -185,29 +180,6 @@ private slots:
         // Typing what the linked employee has (nothing, without one) ends it at once.
         e.typeLogin(linked ? email : QString());
         QVERIFY(!e.warned());
-    }
-
-    void loginCheck_data()
-    {
-        QTest::addColumn<QString>("typed");
-        QTest::addColumn<QString>("said");
-        QTest::addRow("own login") << Email << "edited";
-        QTest::addRow("new login") << "p.petrov@firm.ru" << "edited";
-        QTest::addRow("another user's") << "other@firm.ru" << "denied";
-        QTest::addRow("blanks") << "  " << "denied";
-    }
-    void loginCheck()
-    {
-        QFETCH(QString, typed);
-        UserCtlHarness::logIn(UserCtlHarness::allRoles());
-        const zeral::ObjectInfo user = mobileUser(Email, true);
-        fillStore(user);
-        Editor e;
-        e.tab.setCurrent(user);
-        e.said.clear();
-        e.typeLogin(typed);
-        QVERIFY(!e.said.isEmpty());
-        QTEST(e.said.last(), "said");
     }
 
     void expiry_data()
