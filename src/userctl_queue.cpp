@@ -135,7 +135,9 @@ bool UserCtl::processAddPermissions(const zeral::TaskInfo &task)
 
 bool UserCtl::processSendEmail(const zeral::TaskInfo &task)
 {
-    qCDebug(ucc()) << "process task" << task.type << task.uid << task.data;
+    // The auth data carries a password, readable by whoever decodes it: never in the log.
+    qCDebug(ucc()) << "process task" << task.type << task.uid
+                   << task.data.value(QStringLiteral("addr_to"));
     const QString language
         = Settings::value(QStringLiteral("mainwindow/language"), QLocale().name())
               .toString()

@@ -123,6 +123,27 @@ Question runHandOver(MobileUserPropertiesDialog *dialog, const QString &way,
     return question;
 }
 
+// Every line logged while it lives.
+struct LogCapture
+{
+    LogCapture() { previous = qInstallMessageHandler(&LogCapture::record); }
+    ~LogCapture()
+    {
+        qInstallMessageHandler(previous);
+        lines().clear();
+    }
+    static QStringList &lines()
+    {
+        static QStringList logged;
+        return logged;
+    }
+    static void record(QtMsgType, const QMessageLogContext &, const QString &text)
+    {
+        lines() << text;
+    }
+    QtMessageHandler previous = nullptr;
+};
+
 int firstSent(const UserCtlHarness &h, const char *name)
 {
     const QList<Command> &sent = h.server.sent();
@@ -257,6 +278,7 @@ private slots:
     void handOver()
     {
         QFETCH(QStringList, steps);
+        LogCapture log;
         UserCtlHarness h;
         answerWith(h, command::UpdateObject, zeral::proto::StatusOk);
         answerWith(h, command::SendEmail, zeral::proto::StatusOk);
@@ -319,6 +341,11 @@ private slots:
         QCOMPARE(login, PetrovLogin);
         QVERIFY(password.size() >= 12);
         QCOMPARE(reset.parameters.value("PT_PASSHASH"), md5(password));
+        // Neither the password nor the text that carries it is ever logged.
+        QVERIFY(!LogCapture::lines().isEmpty());
+        for (const QString &line : qAsConst(LogCapture::lines()))
+            QVERIFY2(!line.contains(password) && !line.contains(handedOver.first()),
+                     qPrintable(line));
     }
 
     // The password lives with its dialog: the next one asks again and makes another.
