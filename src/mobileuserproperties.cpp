@@ -55,8 +55,8 @@ const zeral::ObjectInfo &MobileUserProperties::linkedWorker(const zeral::ObjectI
 {
     const auto link = user.children.constFind(zeral::INHERIT_WORKER_USER);
     const zeral::TYPE_ID workerUid = link != user.children.cend() ? link->child : 0;
-    return zeral::LocalStorage::instance()->constObject(
-        workerUid, QLatin1String(zeral::SUBJECT_DATANAME));
+    return zeral::LocalStorage::instance()->constObject(workerUid,
+                                                        QLatin1String(zeral::SUBJECT_DATANAME));
 }
 
 QString MobileUserProperties::depName(unsigned int uid) const

@@ -34,8 +34,7 @@ namespace {
 
 const zeral::ObjectInfo &storedUser(TYPE_ID uid)
 {
-    return zeral::LocalStorage::instance()->constObject(uid,
-                                                        QLatin1String(zeral::USER_DATANAME));
+    return zeral::LocalStorage::instance()->constObject(uid, QLatin1String(zeral::USER_DATANAME));
 }
 
 } // namespace
@@ -97,16 +96,15 @@ private slots:
         // A login that is no longer the employee's address: saved, with the warning shown.
         const QString login = QStringLiteral("mobile.test@example.ru");
         auto *loginEdit = dialog->findChild<ParameterizedEdit *>(QStringLiteral("loginEdit"));
-        QVERIFY(!dialog->findChild<QWidget *>(QStringLiteral("wrongEmailWidget"))
-                     ->isVisibleTo(dialog));
+        QVERIFY(
+            !dialog->findChild<QWidget *>(QStringLiteral("wrongEmailWidget"))->isVisibleTo(dialog));
         loginEdit->selectAll();
         QTest::keyClicks(loginEdit, login);
-        QVERIFY(dialog->findChild<QWidget *>(QStringLiteral("wrongEmailWidget"))
-                    ->isVisibleTo(dialog));
+        QVERIFY(
+            dialog->findChild<QWidget *>(QStringLiteral("wrongEmailWidget"))->isVisibleTo(dialog));
         QVERIFY(dialog->isSaveButtonShown());
         dialog->saveButton()->click();
-        QTRY_COMPARE_WITH_TIMEOUT(storedUser(uid).parameters.value(
-                                      QLatin1String(db::user::LOGIN)),
+        QTRY_COMPARE_WITH_TIMEOUT(storedUser(uid).parameters.value(QLatin1String(db::user::LOGIN)),
                                   login, 10000);
         QTRY_COMPARE_WITH_TIMEOUT(dialog->messageLine()->text(),
                                   QStringLiteral("Параметры пользователя сохранены"), 10000);

@@ -28,8 +28,9 @@
 
 namespace {
 
-constexpr TYPE_ID PetrovUid = 10; // linked to an employee with an address
+constexpr TYPE_ID PetrovUid = 10;  // linked to an employee with an address
 constexpr TYPE_ID SidorovUid = 12; // linked to an employee without one
+constexpr TYPE_ID GhostUid = 13;   // linked to an employee deleted since
 const QString PetrovLogin = QStringLiteral("petrov@firm.ru");
 const QString Sentinel = QStringLiteral("nothing handed over");
 
@@ -48,11 +49,13 @@ void storeSite()
 {
     UserCtlHarness::storeUsers({UserCtlHarness::user(2, "admin", "RT_ADMINISTRATOR"),
                                 mobileUser(PetrovUid, PetrovLogin, 50),
-                                mobileUser(SidorovUid, "sidorov@firm.ru", 51)});
+                                mobileUser(SidorovUid, "sidorov@firm.ru", 51),
+                                mobileUser(GhostUid, "ghost@firm.ru", 52)});
     zeral::ObjectInfo petrov = testing::makeWorker(50, "Петров", "Пётр");
     petrov.parameters.insert(QStringLiteral("PT_EMAIL"), PetrovLogin);
     zeral::LocalStorage *store = zeral::LocalStorage::instance();
-    store->applyChanged(QStringLiteral("subject"), {petrov, testing::makeWorker(51, "Сидоров", "Иван")});
+    store->applyChanged(QStringLiteral("subject"),
+                        {petrov, testing::makeWorker(51, "Сидоров", "Иван")});
     store->applyChanged(QStringLiteral("db"),
                         {testing::makeDatabase(100, {{"PT_MOBILE_HOST", "m.firm.ru"},
                                                      {"PT_MOBILE_PORT", "8443"},
@@ -105,7 +108,7 @@ struct Question
 // Runs a hand-over ("email" or "clipboard") through the button's menu, answering the
 // question, if one comes, with `answer`.
 Question runHandOver(MobileUserPropertiesDialog *dialog, const QString &way,
-                  QMessageBox::StandardButton answer)
+                     QMessageBox::StandardButton answer)
 {
     Question question;
     ModalAnswerer answerer([&question, answer](QWidget *modal) {
@@ -193,8 +196,8 @@ private slots:
         QTest::addRow("command") << "command" << PetrovUid
                                  << "Свойства пользователя " + PetrovLogin;
         // A uid the store doesn't hold opens on an empty user.
-        QTest::addRow("command, unknown uid") << "command" << TYPE_ID(999)
-                                              << "Свойства пользователя ";
+        QTest::addRow("command, unknown uid")
+            << "command" << TYPE_ID(999) << "Свойства пользователя ";
     }
     void openers()
     {
@@ -210,8 +213,8 @@ private slots:
         } else if (way == QLatin1String("double click")) {
             emit h.mobile->doubleClicked(h.mobile->selectionModel()->selectedRows().first());
         } else {
-            Command command = Command::named(
-                QLatin1String(zeral::proto::studio::ShowMobileUserProperties));
+            Command command
+                = Command::named(QLatin1String(zeral::proto::studio::ShowMobileUserProperties));
             command.type = zeral::proto::NamedCommand;
             command.data = ZRDataStream::pack(qint32(uid));
             qint32 status = -1;
@@ -408,12 +411,15 @@ private slots:
         QTest::addColumn<TYPE_ID>("uid");
         QTest::addColumn<QString>("refused");
         QTest::addColumn<QString>("shown");
+        QTest::addColumn<QString>("address");
+        const QString noMail = QStringLiteral(
+            "Ошибка отправки параметров авторизации на e-mail : Нет связи с базой");
         QTest::addRow("reset refused")
             << PetrovUid << command::UpdateObject
-            << "Ошибка сброса пароля пользователя petrov@firm.ru: Нет связи с базой";
+            << "Ошибка сброса пароля пользователя petrov@firm.ru: Нет связи с базой" << PetrovLogin;
         QTest::addRow("employee without address")
-            << SidorovUid << command::SendEmail
-            << "Ошибка отправки параметров авторизации на e-mail : Нет связи с базой";
+            << SidorovUid << command::SendEmail << noMail << QString();
+        QTest::addRow("employee deleted") << GhostUid << command::SendEmail << noMail << QString();
     }
     void refusals()
     {
@@ -429,8 +435,9 @@ private slots:
         h.answerTemplates();
         QPointer<MobileUserPropertiesDialog> dialog = openFromList(h, uid);
         QVERIFY(dialog);
+        QFETCH(QString, address);
         QCOMPARE(dialog->findChild<QWidget *>("wrongEmailWidget")->isVisibleTo(dialog),
-                 uid == SidorovUid);
+                 address.isEmpty());
         QVERIFY(runHandOver(dialog, "email", QMessageBox::Yes).asked);
         QFETCH(QString, shown);
         QTRY_VERIFY(dialog->messageLine()->text().contains(shown));
@@ -438,7 +445,7 @@ private slots:
         zeral::_EMAIL_MESSAGE mail;
         QString operatorLogin;
         unpack(h.sent(command::SendEmail).first().data, mail, operatorLogin);
-        QCOMPARE(mail.to, uid == SidorovUid ? QString() : PetrovLogin);
+        QCOMPARE(mail.to, address);
 
         // The password stays; after a refused reset each hand-over says it won't let in.
         runHandOver(dialog, "clipboard", QMessageBox::Yes);
@@ -460,8 +467,8 @@ private slots:
         dialog->close();
         QCoreApplication::sendPostedEvents(nullptr, QEvent::DeferredDelete);
         QVERIFY(!dialog);
-        h.server.answerFailure(h.sent(command::UpdateObject).first(),
-                               zeral::proto::StatusInternal, QStringLiteral("Нет связи"));
+        h.server.answerFailure(h.sent(command::UpdateObject).first(), zeral::proto::StatusInternal,
+                               QStringLiteral("Нет связи"));
         QTRY_COMPARE(h.sent(command::SendEmail).size(), 1);
         h.server.answerOk(h.sent(command::SendEmail).first());
         QCoreApplication::processEvents();

@@ -188,9 +188,12 @@ private slots:
         QTest::addColumn<QString>("days");
         QTest::addColumn<QDate>("shown");
         const QDate today = QDate::currentDate();
-        QTest::addRow("stored date") << "2031-05-17" << "30" << QDate(2031, 5, 17);
-        QTest::addRow("none: the default") << "" << "30" << today.addDays(30);
-        QTest::addRow("days no number") << "" << "abc" << today;
+        QTest::addRow("stored date") << "2031-05-17"
+                                     << "30" << QDate(2031, 5, 17);
+        QTest::addRow("none: the default") << ""
+                                           << "30" << today.addDays(30);
+        QTest::addRow("days no number") << ""
+                                        << "abc" << today;
     }
     void expiry()
     {
@@ -221,15 +224,15 @@ private slots:
         QTest::addRow("login retyped as it was")
             << "" << Email << false << QVariantHash{{"PT_PASSWORD_EXPIRED", ""}};
         QTest::addRow("new login")
-            << "" << "p.petrov@firm.ru" << false
+            << ""
+            << "p.petrov@firm.ru" << false
             << QVariantHash{{"PT_LOGIN", "p.petrov@firm.ru"}, {"PT_PASSWORD_EXPIRED", ""}};
         QTest::addRow("box unchecked")
             << "2031-05-17" << QString() << true << QVariantHash{{"PT_PASSWORD_EXPIRED", ""}};
         QTest::addRow("box checked")
             << "" << QString() << true
             << QVariantHash{
-                   {"PT_PASSWORD_EXPIRED",
-                    QDate::currentDate().addDays(30).toString(Qt::ISODate)}};
+                   {"PT_PASSWORD_EXPIRED", QDate::currentDate().addDays(30).toString(Qt::ISODate)}};
     }
     void applyChanges()
     {
@@ -265,7 +268,8 @@ private slots:
         QTest::addColumn<bool>("accepted");
         QTest::addColumn<QString>("login");
         QTest::addColumn<QString>("message");
-        QTest::addRow("saved") << true << "p.petrov@firm.ru" << "Параметры пользователя сохранены";
+        QTest::addRow("saved") << true << "p.petrov@firm.ru"
+                               << "Параметры пользователя сохранены";
         QTest::addRow("refused") << false << Email << "Ошибка сохранения параметров пользователя";
     }
     void saveOutcome()
