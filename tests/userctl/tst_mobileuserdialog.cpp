@@ -374,37 +374,6 @@ private slots:
                  md5(passwords.at(1)));
     }
 
-    // A login saved in the dialog is the one handed over after it.
-    void savedLoginHandedOver()
-    {
-        UserCtlHarness h;
-        answerWith(h, command::UpdateObject, zeral::proto::StatusOk);
-        h.answerTemplates();
-        QPointer<MobileUserPropertiesDialog> dialog = openFromList(h, PetrovUid);
-        QVERIFY(dialog);
-        runHandOver(dialog, "clipboard", QMessageBox::Yes);
-        QCOMPARE(decode(QGuiApplication::clipboard()->text()).first, PetrovLogin);
-
-        auto *login = dialog->findChild<ParameterizedEdit *>("loginEdit");
-        login->selectAll();
-        QTest::keyClicks(login, QStringLiteral("p.petrov@firm.ru"));
-        QVERIFY(dialog->findChild<QWidget *>("wrongEmailWidget")->isVisibleTo(dialog));
-        runHandOver(dialog, "clipboard", QMessageBox::Yes);
-        QCOMPARE(decode(QGuiApplication::clipboard()->text()).first, PetrovLogin);
-
-        dialog->saveButton()->click();
-        QTRY_COMPARE(dialog->messageLine()->text(),
-                     QStringLiteral("Параметры пользователя сохранены"));
-        runHandOver(dialog, "clipboard", QMessageBox::Yes);
-        QCOMPARE(decode(QGuiApplication::clipboard()->text()).first,
-                 QStringLiteral("p.petrov@firm.ru"));
-        // One reset in all; the saves of the tabs carry no hash.
-        int resets = 0;
-        for (const Command &request : h.sent(command::UpdateObject))
-            resets += SavedObject(request).parameters.contains("PT_PASSHASH") ? 1 : 0;
-        QCOMPARE(resets, 1);
-    }
-
     // What the operator reads when the server refuses, and what is left.
     void refusals_data()
     {
