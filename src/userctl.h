@@ -231,6 +231,8 @@ private:
     void connectEditor(Dialog *dialog);
     template<class Dialog>
     void connectEditorData(Dialog *dialog);
+    // The mobile user dialog on the stored user of that uid, over `parent`.
+    void openMobileUserProperties(zeral::TYPE_ID uid, QWidget *parent);
     // The answer to a save or a prescription: the window told, or the failure shown.
     void finishShownTask(Command &command, const char *doneLog, const char *failLog);
     // Tells the task's window the outcome, later, from the event loop: the uid, 0 on failure.

@@ -6,6 +6,7 @@
 #include "ui_userctl.h"
 #include "userctl_p.h"
 
+#include <src/mobileuserpropertiesdialog.h>
 #include <src/rolecontainer.h>
 #include <src/userfilterproxymodel.h>
 #include <src/userpropertiesdialog.h>
@@ -194,7 +195,13 @@ void UserCtl::openNewMobileUserWizard(QWidget *parent, const zeral::OBJECT_UID_L
     wizard->show();
 }
 
-void UserCtl::showMobileUserProperties() {}
+void UserCtl::showMobileUserProperties()
+{
+    const QModelIndexList rows = selectedRows(m_ui->mobileUsersList);
+    if (rows.size() != 1)
+        return;
+    openMobileUserProperties(rows.first().data(Qt::DisplayRole).toUInt(), this);
+}
 
 void UserCtl::showNewMobileUserWizardsHandler(Command &command)
 {
@@ -211,4 +218,46 @@ void UserCtl::showNewMobileUserWizardsHandler(Command &command)
     openNewMobileUserWizard(ZRGuiGlobals::zrApp, employees);
 }
 
-void UserCtl::showMobileUserPropertiesHandler(Command &) {}
+void UserCtl::showMobileUserPropertiesHandler(Command &command)
+{
+    qint32 uid = 0;
+    ZRDataStream in(command.data);
+    in >> uid;
+    qCDebug(ucc()) << "show mobile user properties" << uid;
+    command.status = zeral::proto::StatusOk;
+    // Another screen asks: the box and the dialog stand over the studio's window.
+    openMobileUserProperties(zeral::TYPE_ID(uid), ZRGuiGlobals::zrApp);
+}
+
+void UserCtl::openMobileUserProperties(zeral::TYPE_ID uid, QWidget *parent)
+{
+    // The stored object with its links: the dialog finds the employee through them.
+    const zeral::ObjectInfo info = zeral::LocalStorage::instance()->constObject(
+        uid, QLatin1String(zeral::USER_DATANAME));
+
+    // Anybody may look at his own account.
+    if (!userctl::RoleContainer::canUpdateUser() && info.uid != AuthData::userId()) {
+        QMessageBox::critical(parent, tr("Запрет доступа"),
+                              tr("Недостаточно прав для просмотра параметров пользователя"));
+        return;
+    }
+    m_templateWatchUids.clear();
+    m_templateWatchUids.append(info.uid);
+
+    auto *dialog = new MobileUserPropertiesDialog(parent);
+    dialog->setModal(true);
+    dialog->setWindowModality(Qt::ApplicationModal);
+    dialog->setAttribute(Qt::WA_DeleteOnClose);
+    dialog->setWindowTitle(
+        tr("Свойства пользователя %1").arg(ZRGlobals::objectName(info.type, info.parameters)));
+    dialog->initTabs();
+    connectEditor(dialog);
+    dialog->setCurrent(info);
+    dialog->setRoleTemplates(m_roleTemplates);
+    connectEditorData(dialog);
+
+    sendGetRoletemplates();
+    m_data->getPermissions({info.uid}, handler(&UserCtl::getPermissionsHandler));
+    dialog->adjustSize();
+    dialog->show();
+}

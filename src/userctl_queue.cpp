@@ -275,8 +275,8 @@ void UserCtl::sendEmailHandler(Command &command)
         qCDebug(ucc()) << "email sent" << t.uid;
     } else {
         qCWarning(ucc()) << "fail send email" << command.status;
-        notifyReceiver(t, 0);
-        m_taskQueue.removeTasks(t);
+        // The mail carries credentials the person waits for: say why it didn't go.
+        failShownTask(t, command);
     }
     processNextTask();
 }

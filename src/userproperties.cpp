@@ -34,7 +34,7 @@ UserProperties::UserProperties(QWidget *parent)
 {
     m_ui->setupUi(this);
 
-    ZRDateEdit *dateEdit = PastMarkingDateEdit::replace(m_ui->passwordExpireDateEdit);
+    ZRDateEdit *dateEdit = replaceExpiryDateEdit(m_ui->passwordExpireDateEdit);
     m_ui->passwordExpireDateEdit = dateEdit;
     setTabOrder(m_ui->passwExpireCheck, dateEdit);
 
@@ -45,12 +45,6 @@ UserProperties::UserProperties(QWidget *parent)
     warningFont.setPointSize(warningFont.pointSize() + 2);
     m_ui->lbWarning->setFont(warningFont);
     m_ui->lbWarning->hide();
-
-    // A new expiry lasts as long as the installation gives a new password.
-    const uint days
-        = param(zeral::LocalStorage::instance()->dbSettings(), db::database::PASSWORD_EXPIRED)
-              .toUInt();
-    dateEdit->setDate(QDate::currentDate().addDays(days));
 
     connect(m_ui->loginEdit, &QLineEdit::textEdited, this, &UserProperties::checkLogin);
     for (ParameterizedEdit *edit : {m_ui->surnameEdit, m_ui->nameEdit, m_ui->patronymicEdit})
@@ -100,17 +94,7 @@ void UserProperties::setCurrent(const zeral::ObjectInfo &info)
     if (&info != &m_current)
         m_current = info;
 
-    QStringList logins;
-    const auto &users
-        = zeral::LocalStorage::instance()->constObjects(QLatin1String(zeral::USER_DATANAME));
-    for (auto it = users.cbegin(); it != users.cend(); ++it) {
-        if (it.key() != m_current.uid)
-            logins.append(ZRGlobals::objectName(it.value()));
-    }
-    // Each user gets a validator of his own; the earlier ones stay children of the edit.
-    m_ui->loginEdit->setValidator(new UserLoginValidator(logins, m_ui->loginEdit));
-    m_ui->loginEdit->highlightValidation(true);
-    m_ui->loginEdit->setEmptyTextAllowed(false);
+    installLoginValidator(m_ui->loginEdit, m_current.uid);
 
     setEnabled(true);
     m_ui->loginEdit->setText(param(m_current, db::user::LOGIN));
@@ -243,10 +227,7 @@ void UserProperties::setTemplatesCount(zeral::TYPE_ID uid, int count)
 
 void UserProperties::checkLogin()
 {
-    const QValidator *validator = m_ui->loginEdit->validator();
-    QString login = m_ui->loginEdit->text();
-    int pos = m_ui->loginEdit->cursorPosition();
-    if (!validator || validator->validate(login, pos) == QValidator::Acceptable)
+    if (isLoginAcceptable(m_ui->loginEdit))
         emit dataEdited();
     else
         emit denyEdit();
@@ -294,12 +275,7 @@ void UserProperties::setPassword()
     if (dialog.exec() != QDialog::Accepted)
         return;
 
-    QHash<QString, QVariant> changes;
-    changes.insert(QLatin1String(db::user::SET_PASSWORD), 1);
-    changes.insert(QLatin1String(db::user::PASSHASH),
-                   PassHash::encrypt(dialog.password(), QCryptographicHash::Md5));
-
-    emit appendTask(makeTask(changes, "passwordSet", tr("Установка пароля пользователя %1"),
+    emit appendTask(makeTask(setPasswordChanges(dialog.password()), "passwordSet", tr("Установка пароля пользователя %1"),
                              tr("Ошибка установки пароля пользователя %1")));
     setEnabled(false);
 }
@@ -319,13 +295,64 @@ zeral::TaskInfo UserProperties::makeTask(const QHash<QString, QVariant> &changes
                                          const char *method, const QString &startMessage,
                                          const QString &errorMessage)
 {
+    return makeSaveTask(this, m_current, changes, method, startMessage, errorMessage);
+}
+
+void UserProperties::installLoginValidator(ParameterizedEdit *loginEdit, zeral::TYPE_ID uid)
+{
+    QStringList logins;
+    const auto &users
+        = zeral::LocalStorage::instance()->constObjects(QLatin1String(zeral::USER_DATANAME));
+    for (auto it = users.cbegin(); it != users.cend(); ++it) {
+        if (it.key() != uid)
+            logins.append(ZRGlobals::objectName(it.value()));
+    }
+    // Each user gets a validator of his own; the earlier ones stay children of the edit.
+    loginEdit->setValidator(new UserLoginValidator(logins, loginEdit));
+    loginEdit->highlightValidation(true);
+    loginEdit->setEmptyTextAllowed(false);
+}
+
+bool UserProperties::isLoginAcceptable(const ParameterizedEdit *loginEdit)
+{
+    const QValidator *validator = loginEdit->validator();
+    QString login = loginEdit->text();
+    int pos = -1;
+    return !validator || validator->validate(login, pos) == QValidator::Acceptable;
+}
+
+ZRDateEdit *UserProperties::replaceExpiryDateEdit(ZRDateEdit *formEdit)
+{
+    ZRDateEdit *dateEdit = PastMarkingDateEdit::replace(formEdit);
+    // A new expiry lasts as long as the installation gives a new password.
+    const uint days
+        = param(zeral::LocalStorage::instance()->dbSettings(), db::database::PASSWORD_EXPIRED)
+              .toUInt();
+    dateEdit->setDate(QDate::currentDate().addDays(days));
+    return dateEdit;
+}
+
+QHash<QString, QVariant> UserProperties::setPasswordChanges(const QString &password)
+{
+    QHash<QString, QVariant> changes;
+    changes.insert(QLatin1String(db::user::SET_PASSWORD), 1);
+    changes.insert(QLatin1String(db::user::PASSHASH),
+                   PassHash::encrypt(password, QCryptographicHash::Md5));
+    return changes;
+}
+
+zeral::TaskInfo UserProperties::makeSaveTask(QObject *receiver, const zeral::ObjectInfo &object,
+                                             const QHash<QString, QVariant> &changes,
+                                             const char *method, const QString &startMessage,
+                                             const QString &errorMessage)
+{
     zeral::TaskInfo task;
-    task.uid = m_current.uid;
+    task.uid = object.uid;
     task.type = QStringLiteral("save_object");
-    UserTaskData::putChanges(&task, m_current, changes);
-    task.receiver = this;
+    UserTaskData::putChanges(&task, object, changes);
+    task.receiver = receiver;
     task.method = QLatin1String(method);
-    const QString name = ZRGlobals::objectName(m_current);
+    const QString name = ZRGlobals::objectName(object);
     task.startMessage = startMessage.arg(name);
     task.errorMessage = errorMessage.arg(name);
     qCDebug(ucc()) << "properties: task" << task.method << "of user" << task.uid << "keys"

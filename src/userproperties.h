@@ -14,6 +14,8 @@
 namespace Ui {
 class UserProperties;
 }
+class ParameterizedEdit;
+class ZRDateEdit;
 
 // The first tab of the user dialog: login, full name, identification policy and password
 // expiry of one existing user, with the actions "Сменить пароль" and "Сбросить пароль"
@@ -26,6 +28,21 @@ class UserProperties : public QWidget
 public:
     explicit UserProperties(QWidget *parent = nullptr);
     ~UserProperties() override;
+
+    // What the user editors share, desktop and mobile alike.
+    // Gives `loginEdit` a validator that refuses the logins of all users but `uid`.
+    static void installLoginValidator(ParameterizedEdit *loginEdit, zeral::TYPE_ID uid);
+    static bool isLoginAcceptable(const ParameterizedEdit *loginEdit);
+    // Puts a date edit that marks a passed expiry in place of the form's, set to the day a
+    // new password would expire by the installation's settings; returns it.
+    static ZRDateEdit *replaceExpiryDateEdit(ZRDateEdit *formEdit);
+    // The properties that set a password typed by the operator.
+    static QHash<QString, QVariant> setPasswordChanges(const QString &password);
+    // A "save_object" of `object` carrying `changes`, told back to `method` of `receiver`.
+    static zeral::TaskInfo makeSaveTask(QObject *receiver, const zeral::ObjectInfo &object,
+                                        const QHash<QString, QVariant> &changes,
+                                        const char *method, const QString &startMessage,
+                                        const QString &errorMessage);
 
 signals:
     void dataEdited();
