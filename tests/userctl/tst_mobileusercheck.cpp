@@ -246,11 +246,11 @@ private slots:
         QTest::addColumn<int>("failingRequest"); // -1: none fails
         QTest::addColumn<int>("made");
         QTest::addColumn<bool>("secondHalfMade");
-        QTest::addColumn<bool>("reasonShown"); // a refused mail is only logged by the screen
+        QTest::addColumn<bool>("reasonShown"); // the server's reason, for a refused mail too
         // Per person: creation, role template, e-mail.
         QTest::addRow("all made") << -1 << 3 << false << false;
         QTest::addRow("second creation refused") << 3 << 1 << false << true;
-        QTest::addRow("second mail refused") << 5 << 2 << true << false;
+        QTest::addRow("second mail refused") << 5 << 2 << true << true;
     }
     void runThroughTheScreen()
     {
