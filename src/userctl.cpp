@@ -18,6 +18,7 @@
 #include <host/core/authdata.h>
 #include <host/core/data.h>
 #include <host/core/localstorage.h>
+#include <host/core/maildeliverywatcher.h>
 #include <host/core/logging.h>
 #include <host/core/protocol.h>
 #include <host/core/settings.h>
@@ -103,6 +104,7 @@ QList<CommandType> UserCtl::init(ZRServerInterface *server, const QString &name)
         QNetworkInterface::allAddresses(), QDateTime::currentSecsSinceEpoch());
 
     QList<CommandType> types = ZRPluginInterface::init(server, name);
+    m_mailWatcher = new MailDeliveryWatcher(server, this);
     const auto handle
         = [this, &types](const QString &commandName, void (UserCtl::*member)(Command &)) {
               const CommandType type(zeral::proto::NamedCommand, commandName);

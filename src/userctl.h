@@ -23,6 +23,7 @@
 
 class ConnectedUsersInfoWidget;
 class ConnectedUsersModel;
+class MailDeliveryWatcher;
 class MobileUserItemDelegate;
 class ObjectTreeModel;
 class QAbstractItemView;
@@ -245,6 +246,8 @@ private:
     Ui_UserCtl *m_ui = nullptr;
     QString m_clientId;
     zr5sdk::Data *m_data = nullptr;
+    // What the server said about the credentials mails of this session, for the wizards.
+    MailDeliveryWatcher *m_mailWatcher = nullptr;
     ObjectTreeModel *m_userModel = nullptr;
     UserFilterProxyModel *m_userProxy = nullptr;
     UserFilterProxyModel *m_mobileUserProxy = nullptr;

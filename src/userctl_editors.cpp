@@ -181,6 +181,7 @@ void UserCtl::openNewMobileUserWizard(QWidget *parent, const zeral::OBJECT_UID_L
     wizard->setRoletemplates(m_roleTemplates);
     if (!employees.isEmpty())
         wizard->setCheckedEmployees(employees);
+    wizard->setMailDeliveryWatcher(m_mailWatcher);
     wizard->setWindowModality(Qt::ApplicationModal);
     connect(this, &UserCtl::roleTemplatesRead, wizard, &NewMobileUserWizard::setRoletemplates);
     connect(wizard, &NewMobileUserWizard::appendTask, this, &UserCtl::addTask,

@@ -10,6 +10,7 @@
 #include <host/core/authdata.h>
 #include <host/core/data.h>
 #include <host/core/logging.h>
+#include <host/core/maildeliverywatcher.h>
 #include <host/core/protocol.h>
 #include <host/core/settings.h>
 #include <host/core/zrdatastream.h>
@@ -271,6 +272,7 @@ void UserCtl::sendEmailHandler(Command &command)
         return;
     const zeral::TaskInfo &t = *answered;
     if (command.status == zeral::proto::StatusOk) {
+        m_mailWatcher->noteQueued(dataText(t, QStringLiteral("addr_to")), command.data);
         notifyReceiver(t, t.uid);
         qCDebug(ucc()) << "email sent" << t.uid;
     } else {

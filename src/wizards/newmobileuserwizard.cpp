@@ -8,17 +8,20 @@
 #include <src/userpermissions.h>
 
 #include <host/core/localstorage.h>
+#include <host/core/maildeliverywatcher.h>
 #include <host/core/zrglobals.h>
 #include <shared/datasets.h>
 #include <shared/dbkeys.h>
+
+#include <QTimer>
 
 namespace {
 
 // "Иванов Иван <ivanov@example.ru>" for the summary; the address as the store has it.
 QString personText(unsigned int uid)
 {
-    const zeral::ObjectInfo &employee = zeral::LocalStorage::instance()->constObject(
-        uid, QLatin1String(zeral::SUBJECT_DATANAME));
+    const zeral::ObjectInfo &employee
+        = zeral::LocalStorage::instance()->constObject(uid, QLatin1String(zeral::SUBJECT_DATANAME));
     const QString email = employee.parameters.value(QLatin1String(db::worker::EMAIL)).trimmed();
     const QString name = ZRGlobals::objectName(employee);
     return email.isEmpty() ? name : QStringLiteral("%1 <%2>").arg(name, email);
@@ -80,6 +83,12 @@ NewMobileUserWizard::NewMobileUserWizard(QWidget *parent)
         [this](const UserProgressWizardPage &) { return outcomeSummary(); });
 
     rebuildPageList();
+
+    // The server's word on the mails comes one by one; a burst redraws the summary once.
+    m_mailRefresh = new QTimer(this);
+    m_mailRefresh->setSingleShot(true);
+    m_mailRefresh->setInterval(200);
+    connect(m_mailRefresh, &QTimer::timeout, m_progressPage, &UserProgressWizardPage::refreshNote);
 }
 
 int NewMobileUserWizard::nextId() const
@@ -113,6 +122,8 @@ QString NewMobileUserWizard::outcomeSummary() const
 
     QStringList lines;
     lines << tr("Созданы: %1 из %2.").arg(created).arg(people.size());
+    // Everybody made in full had his mail queued, when mails were asked for.
+    lines << mailSummary(people.mid(0, complete));
     if (created == people.size() && !lastIncomplete)
         return lines.join(QLatin1Char('\n'));
     if (complete > 0)
@@ -126,9 +137,60 @@ QString NewMobileUserWizard::outcomeSummary() const
     return lines.join(QLatin1Char('\n'));
 }
 
+void NewMobileUserWizard::setMailDeliveryWatcher(MailDeliveryWatcher *watcher)
+{
+    if (m_mailWatcher)
+        disconnect(m_mailWatcher, nullptr, this, nullptr);
+    m_mailWatcher = watcher;
+    if (watcher)
+        connect(watcher, &MailDeliveryWatcher::deliveryChanged, m_mailRefresh,
+                qOverload<>(&QTimer::start));
+}
+
+QStringList NewMobileUserWizard::mailSummary(const QList<unsigned int> &mailed) const
+{
+    if (!m_mailWatcher || mailed.isEmpty() || !field(QStringLiteral("user/send_email")).toBool())
+        return {};
+    int delivered = 0;
+    QStringList waiting;
+    QStringList failed;
+    QStringList held;
+    for (const unsigned int uid : mailed) {
+        const QString address = zeral::LocalStorage::instance()
+                                    ->constObject(uid, QLatin1String(zeral::SUBJECT_DATANAME))
+                                    .parameters.value(QLatin1String(db::worker::EMAIL));
+        const zeral::MailDelivery delivery = m_mailWatcher->lastFor(address);
+        const QString person = delivery.error.isEmpty()
+                                   ? personText(uid)
+                                   : tr("%1: %2").arg(personText(uid), delivery.error);
+        if (delivery.state == QLatin1String(zeral::MailDelivery::Sent))
+            ++delivered;
+        else if (delivery.state == QLatin1String(zeral::MailDelivery::Failed))
+            failed << person;
+        else if (delivery.state == QLatin1String(zeral::MailDelivery::Held))
+            held << person;
+        else if (delivery.state == QLatin1String(zeral::MailDelivery::Pending)
+                 && delivery.nextAttempt.isValid())
+            waiting << person;
+    }
+    QStringList lines;
+    lines
+        << tr("Письма с учетными данными: доставлено %1 из %2.").arg(delivered).arg(mailed.size());
+    if (!waiting.isEmpty())
+        lines << tr("Не отправлены, сервер повторит попытку: %1.")
+                     .arg(waiting.join(QStringLiteral("; ")));
+    if (!failed.isEmpty())
+        lines << tr("Не доставлены, попытки прекращены: %1. Передайте учетные данные из свойств "
+                    "пользователя.")
+                     .arg(failed.join(QStringLiteral("; ")));
+    if (!held.isEmpty())
+        lines << tr("Ждут, пока на сервере не настроят почту: %1.")
+                     .arg(held.join(QStringLiteral("; ")));
+    return lines;
+}
+
 void NewMobileUserWizard::setupPermissionsUserPage(UserPermissionsWizardPage *page,
-                                                   const QString &title,
-                                                   const QString &datatype)
+                                                   const QString &title, const QString &datatype)
 {
     page->setTitle(title);
     UserPermissions *permissions = page->permissionsWidget();

@@ -1,10 +1,12 @@
 #pragma once
 
 #include <host/gui/wizards/pagelistwizard.h>
+#include <QPointer>
 #include <shared/roletemplateinfo.h>
 #include <shared/taskinfo.h>
 #include <shared/types.h>
 
+class MailDeliveryWatcher;
 class MobileUserChekWizardPage;
 class MobileUserSelectWizardPage;
 class UserPermissionsWizardPage;
@@ -39,8 +41,11 @@ public:
     MobileUserChekWizardPage *checkPage() const { return m_checkPage; }
     UserProgressWizardPage *progressPage() const { return m_progressPage; }
 
-    // Who the run made and who it didn't, by name and address, for the progress page.
+    // Who the run made and who it didn't, by name and address, for the progress page, and
+    // what became of their mails as far as the watcher has heard.
     QString outcomeSummary() const;
+    // The screen's record of the server's word on its mails; the summary follows it.
+    void setMailDeliveryWatcher(MailDeliveryWatcher *watcher);
 
 signals:
     void appendTask(zeral::TaskInfo task);
@@ -56,6 +61,7 @@ public slots:
 private:
     void setupPermissionsUserPage(UserPermissionsWizardPage *page, const QString &title,
                                   const QString &datatype);
+    QStringList mailSummary(const QList<unsigned int> &mailed) const;
 
     MobileUserSelectWizardPage *m_selectPage;
     UserPermissionsWizardPage *m_devicePage;
@@ -63,4 +69,6 @@ private:
     UserPermissionsWizardPage *m_reportPage;
     MobileUserChekWizardPage *m_checkPage;
     UserProgressWizardPage *m_progressPage;
+    QPointer<MailDeliveryWatcher> m_mailWatcher;
+    QTimer *m_mailRefresh;
 };

@@ -116,6 +116,12 @@ void UserProgressWizardPage::showFailureReason(const QString &reason)
     showNote(noteText());
 }
 
+void UserProgressWizardPage::refreshNote()
+{
+    if (state() == State::Finished || state() == State::Failed)
+        showNote(noteText());
+}
+
 QString UserProgressWizardPage::noteText() const
 {
     if (m_summary && (state() == State::Finished || state() == State::Failed)) {

@@ -68,6 +68,8 @@ public slots:
     // The reason the server or the connection gave for the task that ended the run, shown
     // under the log.
     void showFailureReason(const QString &reason);
+    // Says the outcome anew once the run has ended, for a summary that has learnt more since.
+    void refreshNote();
 
 private:
     void runEnded(bool success);

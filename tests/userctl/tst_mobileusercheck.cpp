@@ -9,6 +9,7 @@
 #include <tests/support/modalanswerer.h>
 
 #include <host/core/passhash.h>
+#include <shared/maildelivery.h>
 
 #include <QAbstractItemModelTester>
 #include <QApplication>
@@ -301,6 +302,8 @@ private slots:
                 h.server.answerFailure(request, 3, QStringLiteral("Отказ сервера"));
             else if (request.name == QLatin1String(command::AddObject))
                 h.server.answerOk(request, ZRDataStream::pack(qint32(700 + i)));
+            else if (request.name == QLatin1String("send_email"))
+                h.server.answerOk(request, ZRDataStream::pack(qint64(100 + i), QStringLiteral("pending")));
             else
                 h.server.answerOk(request);
         }
@@ -331,6 +334,34 @@ private slots:
             QCOMPARE(halfMade.contains(address), secondHalfMade && person == 1);
         }
         QCOMPARE(note->text().contains(QStringLiteral("Отказ сервера")), reasonShown);
+
+        // What the server later says of the mails of the people made in full shows too.
+        if (failingRequest < 0) {
+            const QDateTime retry = QDateTime::currentDateTimeUtc().addSecs(60);
+            const QStringList states{"sent", "pending", "failed"};
+            for (int person = 0; person < 3; ++person) {
+                zeral::MailDelivery delivery;
+                delivery.id = 100 + 3 * person + 2; // the id its queuing answer gave
+                delivery.recipient = emailOf(order.at(person));
+                delivery.state = states.at(person);
+                delivery.error = person ? QStringLiteral("Почтовый сервер недоступен") : QString();
+                delivery.nextAttempt = person == 1 ? retry : QDateTime();
+                h.server.push(QStringLiteral("mail.delivery"), ZRDataStream::pack(delivery));
+            }
+            QTRY_VERIFY(note->text().contains(QStringLiteral("доставлено 1 из 3")));
+            const QStringList mailLines = note->text().split(QLatin1Char('\n'));
+            const auto mailLine = [&mailLines](const QString &start) {
+                for (const QString &line : mailLines) {
+                    if (line.startsWith(start))
+                        return line;
+                }
+                return QString();
+            };
+            QVERIFY(mailLine(QStringLiteral("Не отправлены, сервер повторит попытку: "))
+                        .contains(emailOf(order.at(1))));
+            QVERIFY(mailLine(QStringLiteral("Не доставлены, попытки прекращены: "))
+                        .contains(emailOf(order.at(2))));
+        }
         wizard->close();
         QTRY_VERIFY(!wizard);
     }
