@@ -5,6 +5,7 @@
 
 #include <QLabel>
 #include <QListWidget>
+#include <QTimer>
 #include <QMetaMethod>
 #include <QPixmap>
 #include <QProgressBar>
@@ -29,7 +30,11 @@ BaseProgressWizardPage::BaseProgressWizardPage(QWidget *parent)
     , m_statusLabel(new QLabel(this))
     , m_progressBar(new QProgressBar(this))
     , m_log(new QListWidget(this))
+    , m_progressShown(new QTimer(this))
 {
+    m_progressShown->setSingleShot(true);
+    m_progressShown->setInterval(50);
+    connect(m_progressShown, &QTimer::timeout, this, &BaseProgressWizardPage::showProgress);
     m_statusLabel->setObjectName(QStringLiteral("statusLabel"));
     m_statusLabel->setWordWrap(true);
     m_statusLabel->setText(tr("Задачи будут выполнены при переходе на эту страницу."));
@@ -255,6 +260,8 @@ int BaseProgressWizardPage::dropTasksOfFailedObject()
 
 void BaseProgressWizardPage::endRun(State state, const QString &statusText)
 {
+    m_progressShown->stop();
+    showProgress();
     m_state = state;
     m_currentLine = nullptr;
     m_statusLabel->setText(statusText);
@@ -268,6 +275,18 @@ void BaseProgressWizardPage::endRun(State state, const QString &statusText)
 
 void BaseProgressWizardPage::updateProgress()
 {
+    // The first change shows at once, a burst after it with the next look.
+    if (m_progressShown->isActive())
+        return;
+    showProgress();
+    m_progressShown->start();
+}
+
+void BaseProgressWizardPage::showProgress()
+{
+    m_log->setUpdatesEnabled(true);
+    if (m_log->count() > 0)
+        m_log->scrollToItem(m_log->item(m_log->count() - 1));
     m_progressBar->setRange(0, qMax(m_total, 1));
     m_progressBar->setValue(m_succeeded + m_failed);
     if (m_state == State::Running && m_waitingForResult) {
@@ -278,8 +297,10 @@ void BaseProgressWizardPage::updateProgress()
 
 QListWidgetItem *BaseProgressWizardPage::addLogLine(const QString &text, const QIcon &icon)
 {
+    // Lines of a running burst are painted with the next look at the progress.
+    if (m_progressShown->isActive())
+        m_log->setUpdatesEnabled(false);
     auto *item = new QListWidgetItem(icon, text, m_log);
     item->setToolTip(text);
-    m_log->scrollToItem(item);
     return item;
 }

@@ -22,6 +22,7 @@ class QProgressBar;
 // "create_object". To learn every result the page names itself the receiver of each task it
 // releases, and passes the result on to the receiver the task came with, if that one has the
 // method.
+class QTimer;
 class BaseProgressWizardPage : public ZRWizardPage
 {
     Q_OBJECT
@@ -68,6 +69,7 @@ private:
     int dropTasksOfFailedObject();
     void endRun(State state, const QString &statusText);
     void updateProgress();
+    void showProgress();
     QListWidgetItem *addLogLine(const QString &text, const QIcon &icon);
 
     QList<zeral::TaskInfo> m_pending;
@@ -87,4 +89,7 @@ private:
     QLabel *m_statusLabel;
     QProgressBar *m_progressBar;
     QListWidget *m_log;
+    // Shows the counts and the newest log line now and then, not at every task: a run of
+    // thousands of short tasks would otherwise spend its time repainting the page.
+    QTimer *m_progressShown;
 };
