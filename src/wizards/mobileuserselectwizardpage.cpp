@@ -26,9 +26,12 @@ MobileUserSelectWizardPage::MobileUserSelectWizardPage(QWidget *parent)
     // The store keeps the employees apart from the organisation ("subject" beside
     // "orgstructure"); this tree puts them under their departments. It follows the store for
     // the page's life.
-    m_proxy->setSourceModel(StoreModels::makeMergedModel(
+    ObjectTreeModel *organisation = StoreModels::makeMergedModel(
         {QLatin1String(zeral::ORGSTRUCTURE_DATANAME), QLatin1String(zeral::SUBJECT_DATANAME)},
-        m_proxy));
+        m_proxy);
+    // The second column shows the addresses, which the page's delegate draws there.
+    organisation->setHorizontalHeaderLabels({tr("Сотрудник"), tr("E-mail")});
+    m_proxy->setSourceModel(organisation);
     m_proxy->setFilterUids({});
     m_proxy->setSearchIndex(QLatin1String(zeral::ORGSTRUCTURE_DATANAME));
     m_proxy->setSortRole(ItemRoles::SortText);

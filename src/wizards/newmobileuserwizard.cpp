@@ -13,6 +13,7 @@
 #include <shared/datasets.h>
 #include <shared/dbkeys.h>
 
+#include <QMap>
 #include <QTimer>
 
 namespace {
@@ -27,12 +28,32 @@ QString personText(unsigned int uid)
     return email.isEmpty() ? name : QStringLiteral("%1 <%2>").arg(name, email);
 }
 
+// A page can't hold a thousand names: the first ones, and how many more there are.
+constexpr int NamesShown = 10;
+
 QString peopleText(const QList<unsigned int> &uids)
 {
     QStringList names;
-    for (const unsigned int uid : uids)
+    for (const unsigned int uid : uids.mid(0, NamesShown))
         names.append(personText(uid));
-    return names.join(QStringLiteral(", "));
+    QString text = names.join(QStringLiteral(", "));
+    if (uids.size() > NamesShown)
+        text += NewMobileUserWizard::tr(" и ещё %1").arg(uids.size() - NamesShown);
+    return text;
+}
+
+// People grouped by what the server said of their mails, one line a reason, as "<title> —
+// <reason>: <people>." (or without the reason when it gave none).
+QStringList reasonLines(const QString &title, const QMap<QString, QList<unsigned int>> &byReason)
+{
+    QStringList lines;
+    for (auto it = byReason.cbegin(); it != byReason.cend(); ++it) {
+        lines << (it.key().isEmpty()
+                      ? NewMobileUserWizard::tr("%1: %2.").arg(title, peopleText(it.value()))
+                      : NewMobileUserWizard::tr("%1 — %2: %3.")
+                            .arg(title, it.key(), peopleText(it.value())));
+    }
+    return lines;
 }
 
 } // namespace
@@ -152,40 +173,32 @@ QStringList NewMobileUserWizard::mailSummary(const QList<unsigned int> &mailed) 
     if (!m_mailWatcher || mailed.isEmpty() || !field(QStringLiteral("user/send_email")).toBool())
         return {};
     int delivered = 0;
-    QStringList waiting;
-    QStringList failed;
-    QStringList held;
+    QMap<QString, QList<unsigned int>> waiting;
+    QMap<QString, QList<unsigned int>> failed;
+    QMap<QString, QList<unsigned int>> held;
     for (const unsigned int uid : mailed) {
         const QString address = zeral::LocalStorage::instance()
                                     ->constObject(uid, QLatin1String(zeral::SUBJECT_DATANAME))
                                     .parameters.value(QLatin1String(db::worker::EMAIL));
         const zeral::MailDelivery delivery = m_mailWatcher->lastFor(address);
-        const QString person = delivery.error.isEmpty()
-                                   ? personText(uid)
-                                   : tr("%1: %2").arg(personText(uid), delivery.error);
+        const QString reason = delivery.error.trimmed();
         if (delivery.state == QLatin1String(zeral::MailDelivery::Sent))
             ++delivered;
         else if (delivery.state == QLatin1String(zeral::MailDelivery::Failed))
-            failed << person;
+            failed[reason] << uid;
         else if (delivery.state == QLatin1String(zeral::MailDelivery::Held))
-            held << person;
+            held[reason] << uid;
         else if (delivery.state == QLatin1String(zeral::MailDelivery::Pending)
                  && delivery.nextAttempt.isValid())
-            waiting << person;
+            waiting[reason] << uid; // tried and refused; a mail just queued isn't late yet
     }
     QStringList lines;
-    lines
-        << tr("Письма с учетными данными: доставлено %1 из %2.").arg(delivered).arg(mailed.size());
-    if (!waiting.isEmpty())
-        lines << tr("Не отправлены, сервер повторит попытку: %1.")
-                     .arg(waiting.join(QStringLiteral("; ")));
-    if (!failed.isEmpty())
-        lines << tr("Не доставлены, попытки прекращены: %1. Передайте учетные данные из свойств "
-                    "пользователя.")
-                     .arg(failed.join(QStringLiteral("; ")));
-    if (!held.isEmpty())
-        lines << tr("Ждут, пока на сервере не настроят почту: %1.")
-                     .arg(held.join(QStringLiteral("; ")));
+    lines << tr("Письма с учетными данными: доставлено %1 из %2.").arg(delivered).arg(mailed.size());
+    lines << reasonLines(tr("Не отправлены, сервер повторит попытку"), waiting);
+    lines << reasonLines(tr("Не доставлены, попытки прекращены; передайте учетные данные из "
+                            "свойств пользователя"),
+                         failed);
+    lines << reasonLines(tr("Ждут, пока на сервере не настроят почту"), held);
     return lines;
 }
 

@@ -357,9 +357,10 @@ private slots:
                 }
                 return QString();
             };
-            QVERIFY(mailLine(QStringLiteral("Не отправлены, сервер повторит попытку: "))
+            QVERIFY(mailLine(QStringLiteral("Не отправлены, сервер повторит попытку — Почтовый сервер "
+                                     "недоступен: "))
                         .contains(emailOf(order.at(1))));
-            QVERIFY(mailLine(QStringLiteral("Не доставлены, попытки прекращены: "))
+            QVERIFY(mailLine(QStringLiteral("Не доставлены, попытки прекращены"))
                         .contains(emailOf(order.at(2))));
         }
         wizard->close();
