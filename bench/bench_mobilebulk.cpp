@@ -8,6 +8,7 @@
 // Prints "name value" lines (milliseconds, per cent) for bench/run; on stderr the number of
 // tasks and of mails the relay took.
 #include "benchreport.h"
+#include "rootlogin.h"
 #include "threadedengine.h"
 
 #include <host/core/authdata.h>
@@ -112,22 +113,7 @@ int main(int argc, char **argv)
 
     ZRServerInterface router;
     zeral::LocalStorage *store = zeral::LocalStorage::instance();
-    {
-        LoginClient login(&router);
-        QSignalSpy loggedIn(&login, &LoginClient::loggedIn);
-        router.connectToServer(QStringLiteral("127.0.0.1"), engine.port());
-        waitOrFail([&router] { return router.state() == ZRServerInterface::State::Connected; },
-                   5000, "no connection");
-        login.login(QStringLiteral("root"), QStringLiteral("RootPass1"), QStringLiteral("bench"));
-        if (!loggedIn.wait(5000))
-            fail("no login");
-        store->attach(&router);
-        zeral::LocalStorageLoader loader(&router, store);
-        QSignalSpy loaded(&loader, &zeral::LocalStorageLoader::finished);
-        loader.start();
-        if (!loaded.wait(30000))
-            fail("the store didn't load");
-    }
+    bench::logInAsRootAndLoad(router, engine.port(), "bench_mobilebulk");
 
     auto screen = std::make_unique<UserCtl>();
     router.registerPlugin(screen.get(), screen->init(&router, QStringLiteral("userctl")));

@@ -8,6 +8,7 @@
 //
 // Prints "name value" lines (milliseconds) for bench/run.
 #include "benchreport.h"
+#include "rootlogin.h"
 
 #include <src/userctl.h>
 #include <src/wizards/newuserwizard.h>
@@ -105,23 +106,7 @@ int main(int argc, char **argv)
 
     ZRServerInterface router;
     zeral::LocalStorage *store = zeral::LocalStorage::instance();
-    {
-        LoginClient login(&router);
-        QSignalSpy loggedIn(&login, &LoginClient::loggedIn);
-        router.connectToServer(QStringLiteral("127.0.0.1"), server.engine->port());
-        if (!QTest::qWaitFor(
-                [&router] { return router.state() == ZRServerInterface::State::Connected; }, 5000))
-            fail("no connection");
-        login.login(QStringLiteral("root"), QStringLiteral("RootPass1"), QStringLiteral("bench"));
-        if (!loggedIn.wait(5000))
-            fail("no login");
-        store->attach(&router);
-        zeral::LocalStorageLoader loader(&router, store);
-        QSignalSpy loaded(&loader, &zeral::LocalStorageLoader::finished);
-        loader.start();
-        if (!loaded.wait(10000))
-            fail("the store didn't load");
-    }
+    bench::logInAsRootAndLoad(router, server.engine->port(), "bench_newuser");
 
     auto screen = std::make_unique<UserCtl>();
     router.registerPlugin(screen.get(), screen->init(&router, QStringLiteral("userctl")));

@@ -232,6 +232,11 @@ private:
     void connectEditor(Dialog *dialog);
     template<class Dialog>
     void connectEditorData(Dialog *dialog);
+    // A user's dialog, desktop or mobile, made, wired and given its user over `parent`, with
+    // the reads it waits for asked; nullptr, after saying so, for an operator who may not
+    // look at another's account. The caller shows it.
+    template<class Dialog>
+    Dialog *openUserDialog(const zeral::ObjectInfo &info, QWidget *parent);
     // The mobile user dialog on the stored user of that uid, over `parent`.
     void openMobileUserProperties(zeral::TYPE_ID uid, QWidget *parent);
     // The answer to a save or a prescription: the window told, or the failure shown.

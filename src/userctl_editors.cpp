@@ -128,16 +128,27 @@ void UserCtl::showUserProperties()
     info.type = row.siblingAtColumn(1).data(Qt::DisplayRole).toString();
     info.parameters = ZRGlobals::convertHash(row.data(ItemRoles::Parameters).toHash());
 
+    UserPropertiesDialog *dialog = openUserDialog<UserPropertiesDialog>(info, this);
+    if (!dialog)
+        return;
+    m_data->getUserFingersExists(m_templateWatchUids, handler(&UserCtl::fingerExistsRead));
+    dialog->adjustSize();
+    dialog->show();
+}
+
+template<class Dialog>
+Dialog *UserCtl::openUserDialog(const zeral::ObjectInfo &info, QWidget *parent)
+{
     // Anybody may look at his own account.
     if (!userctl::RoleContainer::canUpdateUser() && info.uid != AuthData::userId()) {
-        QMessageBox::critical(this, tr("Запрет доступа"),
+        QMessageBox::critical(parent, tr("Запрет доступа"),
                               tr("Недостаточно прав для просмотра параметров пользователя"));
-        return;
+        return nullptr;
     }
     m_templateWatchUids.clear();
     m_templateWatchUids.append(info.uid);
 
-    auto *dialog = new UserPropertiesDialog(this);
+    auto *dialog = new Dialog(parent);
     dialog->setModal(true);
     dialog->setWindowModality(Qt::ApplicationModal);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
@@ -151,9 +162,7 @@ void UserCtl::showUserProperties()
 
     sendGetRoletemplates();
     m_data->getPermissions({info.uid}, handler(&UserCtl::getPermissionsHandler));
-    m_data->getUserFingersExists(m_templateWatchUids, handler(&UserCtl::fingerExistsRead));
-    dialog->adjustSize();
-    dialog->show();
+    return dialog;
 }
 
 void UserCtl::cancelChanged()
@@ -236,29 +245,9 @@ void UserCtl::openMobileUserProperties(zeral::TYPE_ID uid, QWidget *parent)
     const zeral::ObjectInfo info = zeral::LocalStorage::instance()->constObject(
         uid, QLatin1String(zeral::USER_DATANAME));
 
-    // Anybody may look at his own account.
-    if (!userctl::RoleContainer::canUpdateUser() && info.uid != AuthData::userId()) {
-        QMessageBox::critical(parent, tr("Запрет доступа"),
-                              tr("Недостаточно прав для просмотра параметров пользователя"));
+    MobileUserPropertiesDialog *dialog = openUserDialog<MobileUserPropertiesDialog>(info, parent);
+    if (!dialog)
         return;
-    }
-    m_templateWatchUids.clear();
-    m_templateWatchUids.append(info.uid);
-
-    auto *dialog = new MobileUserPropertiesDialog(parent);
-    dialog->setModal(true);
-    dialog->setWindowModality(Qt::ApplicationModal);
-    dialog->setAttribute(Qt::WA_DeleteOnClose);
-    dialog->setWindowTitle(
-        tr("Свойства пользователя %1").arg(ZRGlobals::objectName(info.type, info.parameters)));
-    dialog->initTabs();
-    connectEditor(dialog);
-    dialog->setCurrent(info);
-    dialog->setRoleTemplates(m_roleTemplates);
-    connectEditorData(dialog);
-
-    sendGetRoletemplates();
-    m_data->getPermissions({info.uid}, handler(&UserCtl::getPermissionsHandler));
     dialog->adjustSize();
     dialog->show();
 }

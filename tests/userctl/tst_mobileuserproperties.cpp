@@ -1,6 +1,7 @@
 // The properties tab of the mobile user dialog: the linked employee it shows, the warning
 // while the login differs from his e-mail, the expiry, the tasks it sends and what it
 // makes of their outcome, and the department path.
+#include <tests/support/requiredchild.h>
 #include "userctlharness.h"
 
 #include <src/mobileuserproperties.h>
@@ -85,10 +86,7 @@ struct Editor
     template<class Widget>
     Widget *child(const char *name) const
     {
-        Widget *widget = tab.findChild<Widget *>(QLatin1String(name));
-        if (!widget)
-            qFatal("no child %s", name);
-        return widget;
+        return requiredChild<Widget>(&tab, name);
     }
     ParameterizedEdit *login() const { return child<ParameterizedEdit>("loginEdit"); }
     QCheckBox *expiryCheck() const { return child<QCheckBox>("passwExpireCheck"); }

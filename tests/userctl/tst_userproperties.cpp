@@ -1,6 +1,7 @@
 // The properties tab of the user dialog: the form per user and operator, the login check,
 // the tasks it hands to the screen's queue (also through the queue to the scripted server),
 // and what it makes of their outcome.
+#include <tests/support/requiredchild.h>
 #include "userctlharness.h"
 
 #include <src/passworddialog.h>
@@ -109,10 +110,7 @@ struct Editor
     template<class Widget>
     Widget *child(const char *name) const
     {
-        Widget *widget = tab.findChild<Widget *>(QLatin1String(name));
-        if (!widget)
-            qFatal("no child %s", name);
-        return widget;
+        return requiredChild<Widget>(&tab, name);
     }
     ParameterizedEdit *edit(const char *name) const { return child<ParameterizedEdit>(name); }
     ParameterizedEdit *login() const { return edit("loginEdit"); }
