@@ -162,14 +162,24 @@ private:
         return parts.join(QLatin1Char('/'));
     }
 
-    // Whether the object or one of its parents is of a class of the users screen's plugin.
+    // Whether the object is of a class of the users screen's plugin, or one of its parents is
+    // and no class of the studio's own (a studio dialog the screen opens) stands between.
     static bool isUsersScreen(QObject *object)
     {
         for (QObject *o = object; o; o = o->parent()) {
-            if (libraryOf(o).endsWith(QLatin1String("/libuserctl.so")))
+            const QString library = libraryOf(o);
+            if (library.endsWith(QLatin1String("/libuserctl.so")))
                 return true;
+            if (!isFramework(library) && !library.contains(QLatin1String("/libzrhost")))
+                return false;
         }
         return false;
+    }
+
+    static bool isFramework(const QString &library)
+    {
+        return library.contains(QLatin1String("/libQt5"))
+               || library.contains(QLatin1String("/libKF5"));
     }
 
     static QString libraryOf(const QObject *object)
@@ -186,8 +196,7 @@ private:
     {
         for (QObject *o = object; o; o = o->parent()) {
             const QString library = libraryOf(o);
-            if (library.contains(QLatin1String("/libQt5"))
-                || library.contains(QLatin1String("/libKF5")))
+            if (isFramework(library))
                 continue;
             return library.contains(QLatin1String("/libzrhost"));
         }

@@ -1,6 +1,8 @@
 // The studio in English against a real server with the demo organisation: every operator
 // text of the login dialog, the main window, each screen and tab, and the dialogs and wizards
 // they open is looked at, and any still in Russian is listed with where it is.
+#include <app/startup/passwordchangedialog.h>
+#include <app/startup/rootpassworddialog.h>
 #include <app/startup/studiolanguage.h>
 #include <app/startup/studiosettings.h>
 #include <app/window/mainwindow.h>
@@ -127,6 +129,29 @@ private slots:
         QTRY_VERIFY_WITH_TIMEOUT(m_studio->phase() == StudioController::Phase::Running, 30000);
     }
 
+    // The dialogs of the start that this login doesn't pass through: the root password of a
+    // fresh database and the password change a server can demand.
+    void startupDialogIsEnglish_data()
+    {
+        QTest::addColumn<QString>("dialog");
+        QTest::newRow("root password") << QStringLiteral("RootPasswordDialog");
+        QTest::newRow("password change") << QStringLiteral("PasswordChangeDialog");
+    }
+
+    void startupDialogIsEnglish()
+    {
+        QFETCH(QString, dialog);
+        std::unique_ptr<QDialog> shown;
+        if (dialog == QLatin1String("RootPasswordDialog"))
+            shown = std::make_unique<RootPasswordDialog>();
+        else
+            shown = std::make_unique<PasswordChangeDialog>(QStringLiteral("clerk"));
+        shown->show();
+        QVERIFY(QTest::qWaitForWindowExposed(shown.get()));
+        QVERIFY(!shown->windowTitle().isEmpty());
+        verifyEnglish(RussianTextFinder().find(shown.get()));
+    }
+
     // Each row: a screen's tab to show (none for the window as a whole), then an action of
     // that screen or of the window to trigger, with a row of a list chosen first, and the
     // window it opens walked instead.
@@ -155,6 +180,8 @@ private slots:
             << QString() << -1 << QString() << QStringLiteral("actionLoginLocks");
         QTest::newRow("user properties") << UsersScreen << 0 << QStringLiteral("usersList")
                                          << QStringLiteral("actionProperties");
+        QTest::newRow("fingerprint enrolment") << UsersScreen << 0 << QStringLiteral("usersList")
+                                               << QStringLiteral("actionFingerptint");
         QTest::newRow("new user wizard")
             << UsersScreen << 0 << QString() << QStringLiteral("actionAddUser");
         QTest::newRow("new mobile users wizard")
