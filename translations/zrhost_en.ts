@@ -37,7 +37,7 @@
     <message>
         <location line="+6"/>
         <source>%1 уже опознан. Нужен отпечаток другого человека.</source>
-        <translation>%1 is already identified. Another person's fingerprint is needed.</translation>
+        <translation>%1 is already identified. Another person&apos;s fingerprint is needed.</translation>
     </message>
     <message>
         <location line="+9"/>
@@ -70,7 +70,7 @@
     <message>
         <location filename="../host/gui/wizards/baseprogresswizardpage.cpp" line="+35"/>
         <source>Задачи будут выполнены при переходе на эту страницу.</source>
-        <translation>The tasks run when you come to this page.</translation>
+        <translation>The tasks will run when you reach this page.</translation>
     </message>
     <message>
         <location line="+3"/>
@@ -95,7 +95,7 @@
     <message>
         <location line="+17"/>
         <source>Задача «%1»</source>
-        <translation>Task "%1"</translation>
+        <translation>Task &quot;%1&quot;</translation>
     </message>
     <message>
         <location line="+31"/>
@@ -110,7 +110,7 @@
     <message>
         <location line="+5"/>
         <source>Выполнение остановлено: задача «%1» завершилась с ошибкой. Успешно выполнено задач: %2 из %3.</source>
-        <translation>Stopped: task "%1" failed. Tasks completed successfully: %2 of %3.</translation>
+        <translation>Stopped: task &quot;%1&quot; failed. Tasks completed successfully: %2 of %3.</translation>
     </message>
     <message>
         <location line="+10"/>
@@ -128,7 +128,7 @@
     <message>
         <location filename="../host/gui/wizards/deleteobjectwizard.cpp" line="+30"/>
         <source>Мастер удаления</source>
-        <translation>Delete Wizard</translation>
+        <translation>Deletion Wizard</translation>
     </message>
     <message>
         <location line="+3"/>
@@ -168,7 +168,7 @@
     <message>
         <location line="+1"/>
         <source>Удаление объекта «%1»</source>
-        <translation>Deleting object "%1"</translation>
+        <translation>Deleting object &quot;%1&quot;</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -178,7 +178,7 @@
     <message>
         <location line="+1"/>
         <source>Ошибка удаления объекта «%1»</source>
-        <translation>Failed to delete object "%1"</translation>
+        <translation>Failed to delete object &quot;%1&quot;</translation>
     </message>
     <message>
         <location line="+10"/>
@@ -332,7 +332,7 @@
     <message>
         <location line="+37"/>
         <source>Сервер прислал нечитаемые данные набора «%1»</source>
-        <translation>The server sent unreadable data for "%1"</translation>
+        <translation>The server sent unreadable data for &quot;%1&quot;</translation>
     </message>
     <message>
         <location line="+70"/>
@@ -421,7 +421,7 @@
     <message>
         <location line="+2"/>
         <source>Подтверждение:</source>
-        <translation>Confirm:</translation>
+        <translation>Confirm password:</translation>
     </message>
     <message numerus="yes">
         <location line="+152"/>

@@ -204,7 +204,7 @@
     <message>
         <location line="+1"/>
         <source>Выполненные</source>
-        <translation>Done</translation>
+        <translation>Succeeded</translation>
     </message>
     <message>
         <location line="+1"/>
@@ -459,22 +459,22 @@
     <message>
         <location line="+2"/>
         <source>Правый указательный</source>
-        <translation>Right index</translation>
+        <translation>Right index finger</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>Правый средний</source>
-        <translation>Right middle</translation>
+        <translation>Right middle finger</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>Правый безымянный</source>
-        <translation>Right ring</translation>
+        <translation>Right ring finger</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>Правый мизинец</source>
-        <translation>Right little</translation>
+        <translation>Right little finger</translation>
     </message>
     <message>
         <location line="+2"/>
@@ -484,22 +484,22 @@
     <message>
         <location line="+2"/>
         <source>Левый указательный</source>
-        <translation>Left index</translation>
+        <translation>Left index finger</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>Левый средний</source>
-        <translation>Left middle</translation>
+        <translation>Left middle finger</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>Левый безымянный</source>
-        <translation>Left ring</translation>
+        <translation>Left ring finger</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>Левый мизинец</source>
-        <translation>Left little</translation>
+        <translation>Left little finger</translation>
     </message>
     <message>
         <location line="+2"/>
@@ -514,7 +514,7 @@
     <message>
         <location line="+15"/>
         <source>Выберите палец и нажмите «Сканировать».</source>
-        <translation>Choose a finger and click "Scan".</translation>
+        <translation>Choose a finger and click &quot;Scan&quot;.</translation>
     </message>
     <message>
         <location line="+2"/>
@@ -529,7 +529,7 @@
     <message>
         <location line="+5"/>
         <source>Приложите палец «%1» к сканеру.</source>
-        <translation>Place the finger "%1" on the reader.</translation>
+        <translation>Place the finger &quot;%1&quot; on the reader.</translation>
     </message>
     <message>
         <location line="+10"/>
@@ -539,7 +539,7 @@
     <message>
         <location line="+10"/>
         <source>Сохранение отпечатка пальца «%1»...</source>
-        <translation>Saving the fingerprint of "%1"...</translation>
+        <translation>Saving the fingerprint of &quot;%1&quot;...</translation>
     </message>
     <message>
         <location line="+7"/>
@@ -549,7 +549,7 @@
     <message>
         <location line="+8"/>
         <source>Отпечаток пальца «%1» сохранен.</source>
-        <translation>Fingerprint of "%1" saved.</translation>
+        <translation>Fingerprint of &quot;%1&quot; saved.</translation>
     </message>
     <message>
         <location line="+15"/>
@@ -559,17 +559,17 @@
     <message>
         <location line="+7"/>
         <source>Ошибка сканера: %1 Отпечаток можно снять имитацией сканера: нажмите «Сканировать» еще раз.</source>
-        <translation>Reader error: %1 The fingerprint can be taken with the simulated reader: click "Scan" again.</translation>
+        <translation>Reader error: %1 The fingerprint can be taken with the simulated reader: click &quot;Scan&quot; again.</translation>
     </message>
     <message>
         <location line="+14"/>
         <source>Удалить отпечаток пальца «%1»? Пользователь не сможет проходить по нему.</source>
-        <translation>Delete the fingerprint of "%1"? The user will no longer be able to pass with it.</translation>
+        <translation>Delete the fingerprint of &quot;%1&quot;? The user will no longer be able to pass with it.</translation>
     </message>
     <message>
         <location line="+19"/>
         <source>Удаление отпечатка пальца «%1»...</source>
-        <translation>Deleting the fingerprint of "%1"...</translation>
+        <translation>Deleting the fingerprint of &quot;%1&quot;...</translation>
     </message>
     <message>
         <location line="+6"/>
@@ -579,7 +579,7 @@
     <message>
         <location line="+8"/>
         <source>Отпечаток пальца «%1» удален.</source>
-        <translation>Fingerprint of "%1" deleted.</translation>
+        <translation>Fingerprint of &quot;%1&quot; deleted.</translation>
     </message>
     <message>
         <location line="+24"/>
@@ -713,12 +713,12 @@
     <message>
         <location filename="../app/window/loginlocksdialog.cpp" line="+65"/>
         <source>Не удалось получить список заблокированных входов: %1 Нажмите «Обновить», чтобы повторить.</source>
-        <translation>Could not get the list of locked logins: %1 Click "Refresh" to try again.</translation>
+        <translation>Could not get the list of locked logins: %1 Click &quot;Refresh&quot; to try again.</translation>
     </message>
     <message>
         <location line="+15"/>
         <source>Сервер прислал нечитаемый список заблокированных входов. Обновите студию до версии сервера.</source>
-        <translation>The server sent an unreadable list of locked logins. Update the studio to the server's version.</translation>
+        <translation>The server sent an unreadable list of locked logins. Update the studio to the server&apos;s version.</translation>
     </message>
     <message>
         <location line="+9"/>
@@ -728,7 +728,7 @@
     <message>
         <location line="+34"/>
         <source>«%1» (%2): %3</source>
-        <translation>"%1" (%2): %3</translation>
+        <translation>&quot;%1&quot; (%2): %3</translation>
     </message>
     <message>
         <location line="+5"/>
@@ -899,7 +899,7 @@
     <message>
         <location line="+6"/>
         <source>Придумайте новый пароль для учётной записи «%1». Старый пароль после смены перестанет действовать.</source>
-        <translation>Choose a new password for the account "%1". The old password stops working after the change.</translation>
+        <translation>Choose a new password for the account &quot;%1&quot;. The old password stops working after the change.</translation>
     </message>
     <message>
         <location line="+13"/>
@@ -917,7 +917,7 @@
     <message>
         <location filename="../app/window/pluginloader.cpp" line="+23"/>
         <source>Папка модулей %1 не найдена: экраны модулей недоступны. Укажите её параметром --plugins.</source>
-        <translation>Modules folder %1 not found: the modules' screens are not available. Give it with --plugins.</translation>
+        <translation>Modules folder %1 not found: the modules&apos; screens are not available. Give it with --plugins.</translation>
     </message>
     <message>
         <location line="+15"/>
@@ -940,7 +940,7 @@
     <message>
         <location line="+2"/>
         <source>Это первый запуск с новой базой данных. Задайте пароль учётной записи «root»: она может всё, и без пароля войти в неё нельзя. Запомните пароль или сохраните его в надёжном месте: восстановить его студия не сможет.</source>
-        <translation>This is the first start with a new database. Set the password of the "root" account: it can do everything, and nobody can log in to it without a password. Remember the password or keep it in a safe place: the studio cannot recover it.</translation>
+        <translation>This is the first start with a new database. Set the password of the &quot;root&quot; account: it can do everything, and nobody can log in to it without a password. Remember the password or keep it in a safe place: the studio cannot recover it.</translation>
     </message>
     <message>
         <location line="+7"/>
@@ -1038,7 +1038,7 @@
     <message>
         <location line="+35"/>
         <source>Адрес сервера «%1» не подходит: укажите его как ХОСТ:ПОРТ, например 127.0.0.1:7700.</source>
-        <translation>The server address "%1" is not valid: give it as HOST:PORT, for example 127.0.0.1:7700.</translation>
+        <translation>The server address &quot;%1&quot; is not valid: give it as HOST:PORT, for example 127.0.0.1:7700.</translation>
     </message>
     <message>
         <location line="+12"/>
@@ -1048,7 +1048,7 @@
     <message>
         <location line="+16"/>
         <source>Сервер %1 недоступен: %2. Проверьте адрес и что сервер запущен, затем нажмите «Войти» ещё раз.</source>
-        <translation>Server %1 is not reachable: %2. Check the address and that the server is running, then click "Log In" again.</translation>
+        <translation>Server %1 is not reachable: %2. Check the address and that the server is running, then click &quot;Log In&quot; again.</translation>
     </message>
     <message>
         <location line="+10"/>
@@ -1078,7 +1078,7 @@
     <message>
         <location line="+6"/>
         <source>Связь с сервером %1 прервалась во время входа: %2. Нажмите «Войти» ещё раз.</source>
-        <translation>The connection to server %1 broke during login: %2. Click "Log In" again.</translation>
+        <translation>The connection to server %1 broke during login: %2. Click &quot;Log In&quot; again.</translation>
     </message>
     <message>
         <location line="+4"/>
@@ -1123,7 +1123,7 @@
     <message>
         <location line="+5"/>
         <source>Данные после восстановления связи не обновились: %1. Чтобы увидеть текущее состояние, войдите заново: «Студия → Сменить пользователя».</source>
-        <translation>The data were not refreshed after the connection came back: %1. To see the current state, log in again: "Studio → Switch User".</translation>
+        <translation>The data were not refreshed after the connection came back: %1. To see the current state, log in again: &quot;Studio → Switch User&quot;.</translation>
     </message>
     <message>
         <location line="+31"/>
@@ -1161,7 +1161,7 @@
     <message>
         <location line="+3"/>
         <source>Папка с модулями студии.</source>
-        <translation>Folder of the studio's modules.</translation>
+        <translation>Folder of the studio&apos;s modules.</translation>
     </message>
     <message>
         <location line="+4"/>
@@ -1176,7 +1176,7 @@
     <message>
         <location line="+9"/>
         <source>Адрес сервера «%1» не подходит: укажите его как ХОСТ:ПОРТ, например 127.0.0.1:7700.</source>
-        <translation>The server address "%1" is not valid: give it as HOST:PORT, for example 127.0.0.1:7700.</translation>
+        <translation>The server address &quot;%1&quot; is not valid: give it as HOST:PORT, for example 127.0.0.1:7700.</translation>
     </message>
     <message>
         <location line="+7"/>
@@ -1186,7 +1186,7 @@
     <message>
         <location line="+11"/>
         <source>Адрес почтового сервера «%1» не подходит: укажите его как smtp://хост:порт или smtps://хост:порт.</source>
-        <translation>The mail server address "%1" is not valid: give it as smtp://host:port or smtps://host:port.</translation>
+        <translation>The mail server address &quot;%1&quot; is not valid: give it as smtp://host:port or smtps://host:port.</translation>
     </message>
 </context>
 </TS>
