@@ -15,7 +15,7 @@
 #include <QAbstractItemView>
 #include <QApplication>
 #include <QDialog>
-#include <QFileInfo>
+#include <QFile>
 #include <QSet>
 #include <QXmlStreamReader>
 #include <QtTest>
@@ -51,8 +51,9 @@ QSet<QString> sourcesOf(const QString &catalogue)
     if (!file.open(QIODevice::ReadOnly))
         return sources;
     QXmlStreamReader xml(&file);
-    while (xml.readNextStartElement() || !xml.atEnd()) {
-        if (xml.isStartElement() && xml.name() == QLatin1String("source"))
+    while (!xml.atEnd()) {
+        if (xml.readNext() == QXmlStreamReader::StartElement
+            && xml.name() == QLatin1String("source"))
             sources.insert(xml.readElementText());
     }
     return sources;
