@@ -131,10 +131,13 @@ void MainWindow::buildMenus()
     QMenu *languageMenu = settingsMenu->addMenu(tr("Язык интерфейса"));
     auto *languages = new QActionGroup(this);
     const QString current = Settings::value(QLatin1String(studio::settings::Language)).toString();
+    // Each language is named in itself, so that an operator finds his own in any of them.
     const QList<QPair<QString, QString>> choices
-        = {{QStringLiteral("ru_RU"), tr("Русский")}, {QStringLiteral("en_US"), tr("English")}};
+        = {{QStringLiteral("ru_RU"), QStringLiteral("Русский")},
+           {QStringLiteral("en_US"), QStringLiteral("English")}};
     for (const auto &choice : choices) {
         QAction *action = languageMenu->addAction(choice.second);
+        action->setData(choice.first);
         action->setCheckable(true);
         action->setChecked(current.left(2) == choice.first.left(2));
         languages->addAction(action);
@@ -170,8 +173,8 @@ void MainWindow::chooseLanguage(const QString &language)
     Settings::setValue(QLatin1String(studio::settings::Language), language);
     QMessageBox::information(this, tr("Язык интерфейса"),
                              tr("Язык интерфейса сменится при следующем запуске студии. Он "
-                                "определяет тексты стандартных окон, формат дат и язык писем "
-                                "пользователям."));
+                                "определяет тексты студии и стандартных окон, формат дат и "
+                                "язык писем пользователям."));
 }
 
 bool MainWindow::installScreen(QObject *instance, QString *error)
