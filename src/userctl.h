@@ -196,6 +196,14 @@ private:
     // go to the fingerprint widget of whoever asked, through the ...ForVerify signals.
     void sendConfirmationQuery(const char *confirmingRole, const QString &ending = QString());
     void templatesRead(Command &command);
+    // Who confirmed: tasks queued while a confirmation is being accepted are the confirmed
+    // change's, and each tells the server the confirmer just before it goes, so that the
+    // server's audit row of each of its requests names him (the server keeps a confirmer for
+    // one request only).
+    void nameConfirmerOf(const zeral::TaskInfo &task);
+    void confirmerNamedHandler(Command &command);
+    // Logs a task as it starts and names its confirmer, if it has one.
+    void beginTask(const zeral::TaskInfo &task);
     // The template counts of the users a dialog waits for.
     void fingerExistsRead(Command &command);
     void editBiometricsHandler(Command &command);
@@ -268,6 +276,12 @@ private:
     MobileUserItemDelegate *m_mobileUsersDelegate = nullptr;
     zeral::ROLETEMPLATES_HASH m_roleTemplates;
     QList<zeral::TYPE_ID> m_templateWatchUids;
+    // Those who may confirm, as the last confirmation query found them; the one of them whose
+    // finger granted the change being accepted (0 outside that moment); the confirmer of each
+    // confirmed task still queued, by task id.
+    QList<zeral::TYPE_ID> m_confirmerCandidates;
+    zeral::TYPE_ID m_acceptingConfirmer = 0;
+    QHash<int, zeral::TYPE_ID> m_confirmedTasks;
     TaskQueue<UserCtl> m_taskQueue;
     QTimer *m_sessionTimer = nullptr;
     QTimer *m_connectedUserInfoTimer = nullptr;

@@ -66,7 +66,18 @@ void UserCtl::verifyEdit()
     connect(refuse, &QPushButton::clicked, this, &UserCtl::rejectChanges);
     connect(confirm, &QPushButton::clicked, dialog, &QDialog::accept);
     connect(refuse, &QPushButton::clicked, dialog, &QDialog::reject);
+    // The tasks the accepted change queues are the confirmer's to answer for: the first person
+    // identified who may confirm.
+    connect(confirm, &QPushButton::clicked, this, [this, authorization] {
+        for (const zeral::TYPE_ID uid : authorization->identifiedUids()) {
+            if (m_confirmerCandidates.contains(uid)) {
+                m_acceptingConfirmer = uid;
+                break;
+            }
+        }
+    });
     connect(confirm, &QPushButton::clicked, this, &UserCtl::acceptChanges);
+    connect(confirm, &QPushButton::clicked, this, [this] { m_acceptingConfirmer = 0; });
 
     connect(this, &UserCtl::startVerify, authorization, &AuthorizationWidget::start);
     connect(this, &UserCtl::templatesForVerify, authorization, &AuthorizationWidget::setTemplates);
@@ -130,6 +141,7 @@ void UserCtl::templatesRead(Command &command)
         fingerprint.data = result.value(row, 2).toByteArray();
         templates.insert(uid, fingerprint);
     }
+    m_confirmerCandidates = uids;
     // One way of granting: one person out of all who hold the role.
     if (!names.isEmpty()) {
         emit variantsForVerify(names.join(QStringLiteral(", ")), 0, 1);

@@ -41,6 +41,8 @@ QString dataText(const zeral::TaskInfo &task, const QString &key)
 
 void UserCtl::addTask(zeral::TaskInfo task)
 {
+    if (m_acceptingConfirmer != 0)
+        m_confirmedTasks.insert(task.id, m_acceptingConfirmer);
     m_taskQueue.tasks.append(task);
     // A running task's result handler starts the next one.
     if (m_taskQueue.tasks.size() >= 2 || m_taskQueue.paused)
@@ -55,6 +57,9 @@ void UserCtl::processNextTask()
 
 void UserCtl::announceStarted(const zeral::TaskInfo &started)
 {
+    // Confirmed tasks that a failure took off the queue leave their confirmer behind.
+    if (started.type.isEmpty())
+        m_confirmedTasks.clear();
     if (!started.type.isEmpty())
         emit showMessage(tr("%1").arg(m_taskQueue.current().startMessage));
 }
@@ -69,16 +74,43 @@ void UserCtl::notifyReceiver(const zeral::TaskInfo &task, zeral::TYPE_ID uid)
 
 // --- The processors ------------------------------------------------------------------------
 
-bool UserCtl::processSaveObject(const zeral::TaskInfo &task)
+void UserCtl::beginTask(const zeral::TaskInfo &task)
 {
     qCDebug(ucc()) << "process task" << task.type << task.uid << UserTaskData::loggable(task);
+    nameConfirmerOf(task);
+}
+
+void UserCtl::nameConfirmerOf(const zeral::TaskInfo &task)
+{
+    const zeral::TYPE_ID confirmer = m_confirmedTasks.take(task.id);
+    if (confirmer == 0)
+        return;
+    Command command = newCommand();
+    command.name = QLatin1String(zeral::proto::command::SetConfirmer);
+    command.type = zeral::proto::NamedCommand;
+    command.sessionId = m_data->sessionId();
+    command.data = ZRDataStream::pack(quint32(confirmer));
+    // Sent before the task's own request on the same connection: the server takes them in order.
+    sendQuery(command, handler(&UserCtl::confirmerNamedHandler));
+}
+
+void UserCtl::confirmerNamedHandler(Command &command)
+{
+    // The change goes on regardless: its audit row then names nobody beside the operator.
+    if (command.status != zeral::proto::StatusOk)
+        qCWarning(ucc()) << "confirmer not named" << command.status << command.errorText();
+}
+
+bool UserCtl::processSaveObject(const zeral::TaskInfo &task)
+{
+    beginTask(task);
     m_data->updateObject(UserTaskData::object(task), handler(&UserCtl::objectSavedHandler));
     return true;
 }
 
 bool UserCtl::processCreateObject(const zeral::TaskInfo &task)
 {
-    qCDebug(ucc()) << "process task" << task.type << task.uid << UserTaskData::loggable(task);
+    beginTask(task);
     zeral::ObjectInfo object = UserTaskData::object(task);
     object.uid = 0;
     QList<zeral::_INHERIT_DATA> links;
@@ -102,7 +134,7 @@ bool UserCtl::processCreateObject(const zeral::TaskInfo &task)
 
 bool UserCtl::processPrescribeUser(const zeral::TaskInfo &task)
 {
-    qCDebug(ucc()) << "process task" << task.type << task.uid << UserTaskData::loggable(task);
+    beginTask(task);
     m_data->roleTemplatePrescribeUser(task.uid, dataText(task, QStringLiteral("PT_ROLETEMPLATE")),
                                       handler(&UserCtl::prescribeUserHandler));
     return true;
@@ -110,7 +142,7 @@ bool UserCtl::processPrescribeUser(const zeral::TaskInfo &task)
 
 bool UserCtl::processDeleteObject(const zeral::TaskInfo &task)
 {
-    qCDebug(ucc()) << "process task" << task.type << task.uid << UserTaskData::loggable(task);
+    beginTask(task);
     zeral::ObjectInfo object;
     object.uid = task.uid;
     object.type = dataText(task, QStringLiteral("object_type"));
@@ -120,7 +152,7 @@ bool UserCtl::processDeleteObject(const zeral::TaskInfo &task)
 
 bool UserCtl::processUpdatePermissions(const zeral::TaskInfo &task)
 {
-    qCDebug(ucc()) << "process task" << task.type << task.uid << UserTaskData::loggable(task);
+    beginTask(task);
     m_data->updatePermissions(task.uid, UserTaskData::permissions(task),
                               handler(&UserCtl::updatePermissionsHandler));
     return true;
@@ -128,7 +160,7 @@ bool UserCtl::processUpdatePermissions(const zeral::TaskInfo &task)
 
 bool UserCtl::processAddPermissions(const zeral::TaskInfo &task)
 {
-    qCDebug(ucc()) << "process task" << task.type << task.uid << UserTaskData::loggable(task);
+    beginTask(task);
     m_data->addPermissions(UserTaskData::permissions(task),
                            handler(&UserCtl::updatePermissionsHandler));
     return true;
@@ -136,7 +168,7 @@ bool UserCtl::processAddPermissions(const zeral::TaskInfo &task)
 
 bool UserCtl::processSendEmail(const zeral::TaskInfo &task)
 {
-    qCDebug(ucc()) << "process task" << task.type << task.uid << UserTaskData::loggable(task);
+    beginTask(task);
     const QString language
         = Settings::value(QStringLiteral("mainwindow/language"), QLocale().name())
               .toString()

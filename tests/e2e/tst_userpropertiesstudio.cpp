@@ -180,6 +180,17 @@ private slots:
             QCOMPARE(storedParameter(clerk, db::user::LOGIN), QStringLiteral("clerk2"));
             QCOMPARE(dialog->messageLine()->text(),
                      QStringLiteral("Параметры пользователя сохранены"));
+            // Each request of the confirmed change names the guard beside the operator.
+            const DbResult changes = select(
+                *root, QStringLiteral("SELECT command, confirmed_by FROM audit_log WHERE "
+                                      "operator = 'hr' AND object = %1 AND status = 1")
+                           .arg(clerk));
+            QVERIFY(changes.rowCount >= 2); // the properties, then the role template
+            for (int row = 0; row < changes.rowCount; ++row) {
+                QCOMPARE(changes.value(row, 1).toString() + QLatin1Char(' ')
+                             + changes.value(row, 0).toString(),
+                         QStringLiteral("guard ") + changes.value(row, 0).toString());
+            }
         } else {
             buttonOf(confirming, QStringLiteral("Отклонить"))->click();
             QVERIFY(!dialog->isSaveButtonShown());
