@@ -163,12 +163,12 @@
     <message>
         <location line="+12"/>
         <source>Сохранение параметров авторизации %1 в буфер обмена</source>
-        <translation>Copying the credentials of %1 to the clipboard</translation>
+        <translation>Copying the credentials for %1 to the clipboard</translation>
     </message>
     <message>
         <location line="+2"/>
         <source>Ошибка сохранения параметров авторизации %1 в буфер обмена</source>
-        <translation>Failed to copy the credentials of %1 to the clipboard</translation>
+        <translation>Failed to copy the credentials for %1 to the clipboard</translation>
     </message>
     <message>
         <location line="+10"/>
@@ -261,7 +261,7 @@
     <message>
         <location line="+2"/>
         <source>Пароль пользователя %1 установлен</source>
-        <translation>Password of user %1 set</translation>
+        <translation>Password set for user %1</translation>
     </message>
     <message>
         <location line="+25"/>
@@ -795,7 +795,7 @@ Access denied</translation>
     <message>
         <location filename="../src/userctl_sessions.cpp" line="+67"/>
         <source>Не определено</source>
-        <translation>Undefined</translation>
+        <translation>Not defined</translation>
     </message>
     <message>
         <location line="+148"/>
@@ -1143,7 +1143,7 @@ Access denied</translation>
     <message>
         <location line="+2"/>
         <source>Пароль пользователя %1 установлен</source>
-        <translation>Password of user %1 set</translation>
+        <translation>Password set for user %1</translation>
     </message>
     <message>
         <location line="+28"/>
