@@ -9,6 +9,25 @@
 
 #include <algorithm>
 
+namespace {
+
+// The built-in template names, as ZRGlobals::roleTemplateNames() gives them, marked here so
+// that the plugin's own catalogue carries their translations in the context "ZRGlobals": the
+// screen translates them through a variable, which the extraction tool cannot follow, and the
+// studio may run with this plugin's catalogue alone.
+[[maybe_unused]] const char *const builtInTemplateNames[] = {
+    QT_TRANSLATE_NOOP("ZRGlobals", "Супервизор"),
+    QT_TRANSLATE_NOOP("ZRGlobals", "Администратор"),
+    QT_TRANSLATE_NOOP("ZRGlobals", "Мобильный сотрудник"),
+    QT_TRANSLATE_NOOP("ZRGlobals", "Мобильный руководитель"),
+    QT_TRANSLATE_NOOP("ZRGlobals", "Оператор"),
+    QT_TRANSLATE_NOOP("ZRGlobals", "Служба охраны"),
+    QT_TRANSLATE_NOOP("ZRGlobals", "Отдел кадров"),
+    QT_TRANSLATE_NOOP("ZRGlobals", "Аудитор"),
+};
+
+} // namespace
+
 QString RoleTemplateChoices::builtInName(const QString &id)
 {
     const QString source = ZRGlobals::roleTemplateNames().value(id);
