@@ -141,8 +141,8 @@ Dialog *UserCtl::openUserDialog(const zeral::ObjectInfo &info, QWidget *parent)
 {
     // Anybody may look at his own account.
     if (!userctl::RoleContainer::canUpdateUser() && info.uid != AuthData::userId()) {
-        QMessageBox::critical(parent, tr("Запрет доступа"),
-                              tr("Недостаточно прав для просмотра параметров пользователя"));
+        QMessageBox::critical(parent, UserCtl::tr("Запрет доступа"),
+                              UserCtl::tr("Недостаточно прав для просмотра параметров пользователя"));
         return nullptr;
     }
     m_templateWatchUids.clear();
@@ -153,7 +153,7 @@ Dialog *UserCtl::openUserDialog(const zeral::ObjectInfo &info, QWidget *parent)
     dialog->setWindowModality(Qt::ApplicationModal);
     dialog->setAttribute(Qt::WA_DeleteOnClose);
     dialog->setWindowTitle(
-        tr("Свойства пользователя %1").arg(ZRGlobals::objectName(info.type, info.parameters)));
+        UserCtl::tr("Свойства пользователя %1").arg(ZRGlobals::objectName(info.type, info.parameters)));
     dialog->initTabs();
     connectEditor(dialog);
     dialog->setCurrent(info);

@@ -219,7 +219,7 @@
         <translation>Login</translation>
     </message>
     <message>
-        <location line="+10"/>
+        <location line="+17"/>
         <source>Срок действия пароля</source>
         <translation>Password expiry</translation>
     </message>
@@ -381,11 +381,36 @@ Continue?</translation>
         <source>Показать/скрыть сотрудников без e-mail</source>
         <translation>Show/hide employees without email</translation>
     </message>
+    <message>
+        <location filename="../src/wizards/mobileuserselectwizardpage.cpp" line="+33"/>
+        <source>Сотрудник</source>
+        <translation>Employee</translation>
+    </message>
+    <message>
+        <location line="+0"/>
+        <source>E-mail</source>
+        <translation>E-mail</translation>
+    </message>
 </context>
 <context>
     <name>NewMobileUserWizard</name>
     <message>
-        <location filename="../src/wizards/newmobileuserwizard.cpp" line="+60"/>
+        <location filename="../src/wizards/newmobileuserwizard.cpp" line="+41"/>
+        <source> и ещё %1</source>
+        <translation> and %1 more</translation>
+    </message>
+    <message>
+        <location line="+11"/>
+        <source>%1: %2.</source>
+        <translation>%1: %2.</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>%1 — %2: %3.</source>
+        <translation>%1 — %2: %3.</translation>
+    </message>
+    <message>
+        <location line="+28"/>
         <source>Мастер добавления мобильных пользователей</source>
         <translation>New Mobile Users Wizard</translation>
     </message>
@@ -435,29 +460,24 @@ Continue?</translation>
         <translation>Not created: %1.</translation>
     </message>
     <message>
-        <location line="+29"/>
-        <source>%1: %2</source>
-        <translation>%1: %2</translation>
+        <location line="+40"/>
+        <source>Не отправлены, сервер повторит попытку</source>
+        <translation>Not sent yet, the server will try again</translation>
     </message>
     <message>
-        <location line="+13"/>
-        <source>Письма с учетными данными: доставлено %1 из %2.</source>
-        <translation>Credentials emails: %1 of %2 delivered.</translation>
-    </message>
-    <message>
-        <location line="+2"/>
-        <source>Не отправлены, сервер повторит попытку: %1.</source>
-        <translation>Not sent yet, the server will retry: %1.</translation>
+        <location line="+1"/>
+        <source>Не доставлены, попытки прекращены; передайте учетные данные из свойств пользователя</source>
+        <translation>Not delivered, the server has given up; hand the credentials over from the user&apos;s properties</translation>
     </message>
     <message>
         <location line="+3"/>
-        <source>Не доставлены, попытки прекращены: %1. Передайте учетные данные из свойств пользователя.</source>
-        <translation>Not delivered, no more attempts: %1. Hand over the credentials from the user&apos;s properties.</translation>
+        <source>Ждут, пока на сервере не настроят почту</source>
+        <translation>Waiting until mail is configured on the server</translation>
     </message>
     <message>
-        <location line="+4"/>
-        <source>Ждут, пока на сервере не настроят почту: %1.</source>
-        <translation>Waiting for mail to be set up on the server: %1.</translation>
+        <location line="-5"/>
+        <source>Письма с учетными данными: доставлено %1 из %2.</source>
+        <translation>Credentials emails: %1 of %2 delivered.</translation>
     </message>
 </context>
 <context>
@@ -709,7 +729,7 @@ Continue?</translation>
         <translation>Decline</translation>
     </message>
     <message>
-        <location line="+124"/>
+        <location line="+136"/>
         <source>Персональные данные</source>
         <translation>Personal Data</translation>
     </message>
@@ -740,14 +760,14 @@ Continue?</translation>
     </message>
     <message>
         <location filename="../src/userctl_editors.cpp" line="+69"/>
-        <location line="+101"/>
+        <location line="+110"/>
         <location line="+45"/>
         <source>Добавление</source>
         <translation>Add User</translation>
     </message>
     <message>
-        <location line="-145"/>
-        <location line="+101"/>
+        <location line="-154"/>
+        <location line="+110"/>
         <location line="+45"/>
         <source>Ошибка добавления пользователя
 Нет доступа</source>
@@ -755,20 +775,17 @@ Continue?</translation>
 Access denied</translation>
     </message>
     <message>
-        <location line="-83"/>
-        <location line="+108"/>
+        <location line="-81"/>
         <source>Запрет доступа</source>
         <translation>Access Denied</translation>
     </message>
     <message>
-        <location line="-107"/>
-        <location line="+108"/>
+        <location line="+1"/>
         <source>Недостаточно прав для просмотра параметров пользователя</source>
         <translation>Insufficient permissions to view the user&apos;s settings</translation>
     </message>
     <message>
-        <location line="-97"/>
-        <location line="+108"/>
+        <location line="+11"/>
         <source>Свойства пользователя %1</source>
         <translation>Properties of user %1</translation>
     </message>
@@ -778,12 +795,12 @@ Access denied</translation>
         <translation>%1 %2 %3</translation>
     </message>
     <message>
-        <location filename="../src/userctl_queue.cpp" line="+59"/>
+        <location filename="../src/userctl_queue.cpp" line="+64"/>
         <source>%1</source>
         <translation>%1</translation>
     </message>
     <message>
-        <location line="+87"/>
+        <location line="+114"/>
         <source>Zeral-Desk v6 Mobile</source>
         <translation>Zeral-Desk v6 Mobile</translation>
     </message>

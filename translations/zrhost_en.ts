@@ -68,7 +68,7 @@
 <context>
     <name>BaseProgressWizardPage</name>
     <message>
-        <location filename="../host/gui/wizards/baseprogresswizardpage.cpp" line="+35"/>
+        <location filename="../host/gui/wizards/baseprogresswizardpage.cpp" line="+40"/>
         <source>Задачи будут выполнены при переходе на эту страницу.</source>
         <translation>The tasks will run when you reach this page.</translation>
     </message>
@@ -118,7 +118,7 @@
         <translation>Tasks of this object skipped: %1</translation>
     </message>
     <message>
-        <location line="+77"/>
+        <location line="+91"/>
         <source>Выполняется задача %1 из %2…</source>
         <translation>Running task %1 of %2…</translation>
     </message>
