@@ -7,6 +7,7 @@
 #include <host/core/zrserverinterface.h>
 #include <shared/datasets.h>
 #include <shared/dbkeys.h>
+#include <shared/objectlistreader.h>
 #include <shared/wire.h>
 
 #include <QCoreApplication>
@@ -113,6 +114,21 @@ void LocalStorage::applyChanged(const QString &dataname, const QList<ObjectInfo>
     emit dataChanged(dataname, uids);
 }
 
+void LocalStorage::applyChanged(const QString &dataname, QList<ObjectInfo> &&objects)
+{
+    if (objects.isEmpty())
+        return;
+    Objects &dataset = m_datasets[dataname];
+    QList<TYPE_ID> uids;
+    uids.reserve(objects.size());
+    for (ObjectInfo &object : objects) {
+        uids.append(object.uid);
+        dataset[object.uid] = std::move(object);
+    }
+    objects.clear();
+    emit dataChanged(dataname, uids);
+}
+
 void LocalStorage::applyRemoved(const QString &dataname, const QList<TYPE_ID> &uids)
 {
     const auto dataset = m_datasets.find(dataname);
@@ -163,7 +179,7 @@ void LocalStorage::handlePush(const Command &command)
         return;
     }
     if (command.name == QLatin1String(proto::command::DataChanged))
-        applyChanged(push.dataname, push.changed);
+        applyChanged(push.dataname, std::move(push.changed));
     else
         applyRemoved(push.dataname, push.removed);
 }
@@ -178,7 +194,7 @@ bool LocalStorage::readPush(const Command &command, Push *push)
     ZRDataStream in(command.data);
     in >> push->dataname;
     if (changed)
-        wire::readList(in, push->changed);
+        wire::ObjectListReader().read(in, push->changed);
     else
         wire::readList(in, push->removed);
     return in.status() == QDataStream::Ok && in.atEnd() && isKnownDataname(push->dataname);

@@ -51,6 +51,8 @@ public:
 
     // Filling, by the studio.
     void applyChanged(const QString &dataname, const QList<ObjectInfo> &objects);
+    // The same, taking the objects over instead of copying them.
+    void applyChanged(const QString &dataname, QList<ObjectInfo> &&objects);
     void applyRemoved(const QString &dataname, const QList<TYPE_ID> &uids);
     void setRoleCatalogue(const QList<RoleEntry> &entries);
     void clear();

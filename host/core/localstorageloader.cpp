@@ -55,6 +55,7 @@ void LocalStorageLoader::start()
         dataset.done = false;
     }
     m_reported = -1;
+    m_reader.clear();
     emit progress(0, m_datasets.size() + 1, QString());
     requestRoleCatalogue();
 }
@@ -137,7 +138,7 @@ void LocalStorageLoader::onPage(int index, Command &answer)
     ZRDataStream in(answer.data);
     QList<ObjectInfo> objects;
     bool more = false;
-    wire::readList(in, objects);
+    m_reader.read(in, objects);
     in >> more;
     if (in.status() != QDataStream::Ok) {
         fail(QCoreApplication::translate("LocalStorageLoader",
@@ -160,7 +161,7 @@ void LocalStorageLoader::onPage(int index, Command &answer)
         dataset.alive.insert(it->uid);
         ++it;
     }
-    m_storage->applyChanged(dataset.dataname, objects);
+    m_storage->applyChanged(dataset.dataname, std::move(objects));
     if (last)
         finishDataset(index);
 }
@@ -197,6 +198,7 @@ void LocalStorageLoader::reportProgress()
                       next < m_datasets.size() ? m_datasets.at(next).dataname : QString());
         if (next == m_datasets.size()) {
             m_running = false;
+            m_reader.clear();
             emit finished();
             return;
         }
@@ -210,6 +212,7 @@ void LocalStorageLoader::fail(const QString &reason)
     if (m_server)
         m_server->cancelCallbacks(this);
     m_running = false;
+    m_reader.clear();
     emit failed(reason.isEmpty() ? QCoreApplication::translate("LocalStorageLoader",
                                                                "Не удалось загрузить данные")
                                  : reason);

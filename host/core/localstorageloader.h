@@ -1,5 +1,6 @@
 #pragma once
 
+#include <shared/objectlistreader.h>
 #include <shared/types.h>
 
 #include <QObject>
@@ -64,6 +65,7 @@ private:
     QPointer<ZRServerInterface> m_server; // the studio may tear its router down first
     LocalStorage *m_storage;
     QVector<Dataset> m_datasets; // in the order progress tells them
+    wire::ObjectListReader m_reader; // one for the whole load, so that its pool spans the pages
     int m_reported = -1;         // the last dataset progress named as being read
     bool m_running = false;
 };
