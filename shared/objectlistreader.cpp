@@ -167,10 +167,10 @@ QDataStream &ObjectListReader::read(QDataStream &in, QList<ObjectInfo> &out)
     Cursor cursor(begin + start, begin + bytes.size());
     const quint32 n = cursor.count();
     out.reserve(int(n));
+    // Read in place: QList has no moving append, and a copy of an object copies its hash.
     for (quint32 i = 0; i < n && cursor.good(); ++i) {
-        ObjectInfo object;
-        if (readObject(cursor, object))
-            out.append(std::move(object));
+        out.append(ObjectInfo());
+        readObject(cursor, out.last());
     }
     if (cursor.fallBack) {
         out.clear();
@@ -187,7 +187,7 @@ QDataStream &ObjectListReader::read(QDataStream &in, QList<ObjectInfo> &out)
     return in;
 }
 
-bool ObjectListReader::readObject(Cursor &cursor, ObjectInfo &object)
+void ObjectListReader::readObject(Cursor &cursor, ObjectInfo &object)
 {
     object.uid = cursor.take<quint32>();
     object.type = cursor.text(&m_pool);
@@ -205,7 +205,6 @@ bool ObjectListReader::readObject(Cursor &cursor, ObjectInfo &object)
     object.timestamp = cursor.dateTime();
     object.parents = cursor.links();
     object.children = cursor.links();
-    return cursor.good();
 }
 
 QString ObjectListReader::readValue(Cursor &cursor, const QString &key)

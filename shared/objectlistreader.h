@@ -35,7 +35,7 @@ private:
     };
     class Cursor;
 
-    bool readObject(Cursor &cursor, ObjectInfo &object);
+    void readObject(Cursor &cursor, ObjectInfo &object);
     QString readValue(Cursor &cursor, const QString &key);
 
     StringPool m_pool;

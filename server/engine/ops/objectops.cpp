@@ -12,6 +12,7 @@
 #include <server/engine/storage/auditlog.h>
 #include <shared/datasets.h>
 #include <shared/dbkeys.h>
+#include <shared/objectlistwriter.h>
 #include <shared/rolenames.h>
 
 #include <QCoreApplication>
@@ -128,7 +129,9 @@ Reply ObjectOps::snapshot(Request &request)
     if (!m_state.store->page(dataset, afterUid, qBound(1, pageSize, proto::SnapshotPageSize),
                              &objects, &more))
         return Reply::internalError();
-    return Reply::ok(ZRDataStream::pack(objects, more));
+    QByteArray page;
+    wire::ObjectListWriter::append(&page, objects);
+    return Reply::ok(page + ZRDataStream::pack(more));
 }
 
 Reply ObjectOps::roleCatalogue(Request &)

@@ -1,5 +1,6 @@
 #include <shared/metatypes.h>
 #include <shared/objectlistreader.h>
+#include <shared/objectlistwriter.h>
 #include <shared/wire.h>
 
 #include <QBuffer>
@@ -72,20 +73,22 @@ struct SequentialSource : QIODevice
 
 } // namespace
 
-class TestObjectListReader : public QObject
+class TestObjectLists : public QObject
 {
     Q_OBJECT
 
 private slots:
     void readsWhatQtReads_data();
     void readsWhatQtReads();
+    void writesWhatQtWrites_data() { readsWhatQtReads_data(); }
+    void writesWhatQtWrites();
     void refusesWhatIsCut();
     void refusesAHostileCount();
     void sharesTextsThatRepeat();
     void readsOtherDevicesThroughTheStream();
 };
 
-void TestObjectListReader::readsWhatQtReads_data()
+void TestObjectLists::readsWhatQtReads_data()
 {
     QTest::addColumn<QList<ObjectInfo>>("objects");
     const QDateTime utc(QDate(2026, 11, 24), QTime(18, 30, 1, 250), Qt::UTC);
@@ -112,7 +115,7 @@ void TestObjectListReader::readsWhatQtReads_data()
                                                             person(6, QStringLiteral("Олег"), zoned)};
 }
 
-void TestObjectListReader::readsWhatQtReads()
+void TestObjectLists::readsWhatQtReads()
 {
     QFETCH(QList<ObjectInfo>, objects);
     const QByteArray bytes = encode(objects);
@@ -140,7 +143,17 @@ void TestObjectListReader::readsWhatQtReads()
     QVERIFY(in.atEnd());
 }
 
-void TestObjectListReader::refusesWhatIsCut()
+void TestObjectLists::writesWhatQtWrites()
+{
+    QFETCH(QList<ObjectInfo>, objects);
+    const QByteArray expected = encode(objects, false).chopped(1); // without the flag
+    QByteArray written = QByteArrayLiteral("head");
+    wire::ObjectListWriter::append(&written, objects);
+    QCOMPARE(written.left(4), QByteArrayLiteral("head"));
+    QCOMPARE(written.mid(4).toHex(), expected.toHex());
+}
+
+void TestObjectLists::refusesWhatIsCut()
 {
     ObjectInfo linked = person(4, QStringLiteral("Пётр"), QDateTime::currentDateTimeUtc());
     linked.parents.insert(1, link(4, 90, QDateTime::currentDateTimeUtc()));
@@ -157,7 +170,7 @@ void TestObjectListReader::refusesWhatIsCut()
     }
 }
 
-void TestObjectListReader::refusesAHostileCount()
+void TestObjectLists::refusesAHostileCount()
 {
     // A count of objects, then of one object's parameters, far beyond the bytes there are.
     QByteArray objects;
@@ -182,7 +195,7 @@ void TestObjectListReader::refusesAHostileCount()
     }
 }
 
-void TestObjectListReader::sharesTextsThatRepeat()
+void TestObjectLists::sharesTextsThatRepeat()
 {
     // Names that repeat stay shared; logins, all different, stop being pooled once judged.
     QList<ObjectInfo> objects;
@@ -220,7 +233,7 @@ void TestObjectListReader::sharesTextsThatRepeat()
     QVERIFY(again.first().type.constData() != first.type.constData());
 }
 
-void TestObjectListReader::readsOtherDevicesThroughTheStream()
+void TestObjectLists::readsOtherDevicesThroughTheStream()
 {
     // A socket-like device is read through QDataStream, with the same result.
     const QList<ObjectInfo> objects{person(1, QStringLiteral("Иван"), QDateTime()),
@@ -236,5 +249,5 @@ void TestObjectListReader::readsOtherDevicesThroughTheStream()
     QVERIFY(more);
 }
 
-QTEST_GUILESS_MAIN(TestObjectListReader)
-#include "tst_objectlistreader.moc"
+QTEST_GUILESS_MAIN(TestObjectLists)
+#include "tst_objectlists.moc"
