@@ -5,6 +5,7 @@
 // several runs; bench/run turns them into the table.
 #include "benchreport.h"
 #include "paintcounter.h"
+#include "profilestep.h"
 
 #include <src/userctl.h>
 #include <tests/support/scriptedserver.h>
@@ -193,13 +194,21 @@ void settle(const PaintCounter &paints, const char *step)
 }
 
 // The time of `work` and of the events that follow it, up to the repaint of `painted`.
+// Under `valgrind --tool=callgrind --collect-atstart=no`, BENCH_PROFILE_STEP=update (or any
+// other step's names, separated by commas) counts the instructions of those steps alone.
 double timedRepaint(const char *step, QWidget *painted, const std::function<void()> &work)
 {
+    static const QList<QByteArray> profiled = qgetenv("BENCH_PROFILE_STEP").split(',');
+    const bool profile = profiled.contains(step);
     PaintCounter paints(painted);
     QElapsedTimer timer;
     timer.start();
+    if (profile)
+        BENCH_TOGGLE_COLLECT;
     work();
     settle(paints, step);
+    if (profile)
+        BENCH_TOGGLE_COLLECT;
     return elapsedMs(timer);
 }
 

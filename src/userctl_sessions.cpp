@@ -67,14 +67,20 @@ void UserCtl::getSessionsInfoResult(Command &command)
     const QString undefinedTemplate = tr("Не определено");
     QVector<ConnectedUsersModel::ModelRecord> records;
     records.reserve(sessions.size());
+    QHash<QString, QString> templateNames;
     for (const zeral::ConnectedUserInfo &session : qAsConst(sessions)) {
         if (session.ipPort.isEmpty())
             continue;
         ConnectedUsersModel::ModelRecord record;
         static_cast<zeral::ConnectedUserInfo &>(record) = session;
         const QString templateId = m_loginTemplates.value(session.user);
-        if (m_roleTemplates.contains(templateId))
-            record.roleTemplate = roleTemplateName(templateId);
+        if (m_roleTemplates.contains(templateId)) {
+            // Named once per template and poll: a translation lookup per session adds up.
+            auto name = templateNames.find(templateId);
+            if (name == templateNames.end())
+                name = templateNames.insert(templateId, roleTemplateName(templateId));
+            record.roleTemplate = *name;
+        }
         if (record.roleTemplate.isEmpty())
             record.roleTemplate = undefinedTemplate;
         record.category = canDisconnect(session.user) ? 1 : 4;

@@ -1,6 +1,7 @@
 #include "zrtableview.h"
 
 #include <host/gui/models/trackedselectionmodel.h>
+#include <host/gui/widgets/uniformrowheader.h>
 
 #include <QHeaderView>
 #include <QMenu>
@@ -94,6 +95,8 @@ void ZRTableView::setModel(QAbstractItemModel *model)
     if (model) {
         const auto forget = [this] {
             m_uniformRowHint = -1;
+            if (auto *rows = qobject_cast<UniformRowHeader *>(verticalHeader()))
+                rows->forgetSize();
         };
         // The first rows may come after the first show; the fit waits for the view to have
         // laid them out.
@@ -163,6 +166,19 @@ void ZRTableView::setUniformRowHeights(bool uniform)
 {
     m_uniformRowHeights = uniform;
     m_uniformRowHint = -1;
+    if (uniform == bool(qobject_cast<UniformRowHeader *>(verticalHeader())))
+        return;
+    const bool hidden = verticalHeader()->isHidden();
+    QHeaderView *rows = nullptr;
+    if (uniform) {
+        rows = new UniformRowHeader(this);
+    } else {
+        rows = new QHeaderView(Qt::Vertical, this);
+        rows->setSectionsClickable(true);
+        rows->setHighlightSections(true);
+    }
+    setVerticalHeader(rows);
+    rows->setHidden(hidden);
 }
 
 int ZRTableView::sizeHintForRow(int row) const
