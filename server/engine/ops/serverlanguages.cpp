@@ -31,10 +31,10 @@ QStringList ServerLanguages::load(const QString &folder)
         m_translators.insert(language, translator);
         languages.append(language);
     }
-    qCInfo(lcServer).noquote() << "texts for operators in Russian"
-                               << (languages.isEmpty() ? QString()
-                                                       : QLatin1String("and ")
-                                                             + languages.join(QLatin1String(", ")))
+    const QString also = languages.isEmpty()
+                             ? QString()
+                             : QLatin1String(" and ") + languages.join(QLatin1String(", "));
+    qCInfo(lcServer).noquote() << QStringLiteral("texts for operators in Russian%1").arg(also)
                                << "from" << QDir::toNativeSeparators(folder);
     return languages;
 }

@@ -23,7 +23,8 @@ public:
     ServerText() = default;
     // `source`: a literal marked with QT_TRANSLATE_NOOP("ZRServer", ...), UTF-8; it must
     // outlive the text (a literal does).
-    ServerText(const char *source) // NOLINT(google-explicit-constructor): reads as a literal
+    // Not explicit: a reason without values is passed as the marked literal itself.
+    ServerText(const char *source)
         : m_source(source)
     {}
 
