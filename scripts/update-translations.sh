@@ -20,4 +20,7 @@ for language in $languages; do
     "$LUPDATE" -no-obsolete -locations relative app -ts "translations/zrstudio_$language.ts"
     "$LUPDATE" -no-obsolete -locations relative host/core host/gui -ts "translations/zrhost_$language.ts"
     "$LUPDATE" -no-obsolete -locations relative src -ts "translations/userctl_$language.ts"
+    # The server's reasons and notices, all in the context "ZRServer" (QT_TRANSLATE_NOOP).
+    "$LUPDATE" -no-obsolete -locations relative server/engine/ops server/engine/session \
+        -ts "translations/zrserver_$language.ts"
 done

@@ -202,6 +202,14 @@ private:
     // one request only).
     void nameConfirmerOf(const zeral::TaskInfo &task);
     void confirmerNamedHandler(Command &command);
+    // The first of `identified` (the people a confirmation's fingerprints found, in the order
+    // read) who may confirm, as the last confirmation query found them; 0 if none is.
+    zeral::TYPE_ID confirmerAmong(const QList<zeral::TYPE_ID> &identified) const;
+    // A task a wizard hands over: marked with the confirmer among those its own confirmation
+    // identified (none without one), and queued from the event loop, as the wizards' tasks
+    // always are. The creation and deletion wizards confirm in pages of their own, so the
+    // screen asks them whom they identified when each task comes.
+    void takeWizardTask(const zeral::TaskInfo &task, const QList<zeral::TYPE_ID> &identified);
     // Logs a task as it starts and names its confirmer, if it has one.
     void beginTask(const zeral::TaskInfo &task);
     // The template counts of the users a dialog waits for.

@@ -69,12 +69,7 @@ void UserCtl::verifyEdit()
     // The tasks the accepted change queues are the confirmer's to answer for: the first person
     // identified who may confirm.
     connect(confirm, &QPushButton::clicked, this, [this, authorization] {
-        for (const zeral::TYPE_ID uid : authorization->identifiedUids()) {
-            if (m_confirmerCandidates.contains(uid)) {
-                m_acceptingConfirmer = uid;
-                break;
-            }
-        }
+        m_acceptingConfirmer = confirmerAmong(authorization->identifiedUids());
     });
     connect(confirm, &QPushButton::clicked, this, &UserCtl::acceptChanges);
     connect(confirm, &QPushButton::clicked, this, [this] { m_acceptingConfirmer = 0; });

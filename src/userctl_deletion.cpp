@@ -8,7 +8,9 @@
 
 #include <src/rolecontainer.h>
 
+#include <host/gui/biometrics/authorizationwidget.h>
 #include <host/gui/wizards/deleteobjectwizard.h>
+#include <host/gui/wizards/deleteverifywizardpage.h>
 #include <shared/dbkeys.h>
 
 #include <QMessageBox>
@@ -49,7 +51,12 @@ void UserCtl::removeButtonClicked(QList<zeral::TYPE_ID> uids)
     wizard->setNeedVerify(userctl::RoleContainer::requireConfirmUserDelete());
     wizard->setWindowTitle(tr("Мастер удаления пользователей"));
 
-    connect(wizard, &DeleteObjectWizard::appendTask, this, &UserCtl::addTask, Qt::QueuedConnection);
+    // The deletions are the confirmer's of the wizard's own confirmation page, if it has one.
+    connect(wizard, &DeleteObjectWizard::appendTask, this, [this, wizard](zeral::TaskInfo task) {
+        DeleteVerifyWizardPage *page = wizard->verifyPage();
+        takeWizardTask(task, page ? page->authorizationWidget()->identifiedUids()
+                                  : QList<zeral::TYPE_ID>());
+    });
     connect(this, &UserCtl::templatesForVerify, wizard, &DeleteObjectWizard::setTemplatesForVerify);
     connect(this, &UserCtl::templatesForVerify, wizard, &DeleteObjectWizard::templatesForVerify);
     connect(this, &UserCtl::variantsForVerify, wizard, &DeleteObjectWizard::variantsForVerify);

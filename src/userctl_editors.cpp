@@ -79,7 +79,11 @@ void UserCtl::addButtonClicked()
 
     connect(wizard, &QWizard::finished, this, &UserCtl::userEditFinished);
     connect(this, &UserCtl::roleTemplatesRead, wizard, &NewUserWizard::setRoleTemplates);
-    connect(wizard, &NewUserWizard::appendTask, this, &UserCtl::addTask, Qt::QueuedConnection);
+    // The creation is the confirmer's whom the wizard's last page identified, if it asked.
+    connect(wizard, &NewUserWizard::appendTask, this,
+            [this, progress = wizard->pages().progressPage](zeral::TaskInfo task) {
+                takeWizardTask(task, progress->identifiedUids());
+            });
     connect(this, &UserCtl::templatesForVerify, wizard, &NewUserWizard::templatesForVerify);
     connect(this, &UserCtl::variantsForVerify, wizard, &NewUserWizard::variantsForVerify);
     connect(this, &UserCtl::uidsForVerify, wizard, &NewUserWizard::uidsForVerify);
@@ -193,10 +197,21 @@ void UserCtl::openNewMobileUserWizard(QWidget *parent, const zeral::OBJECT_UID_L
     wizard->setMailDeliveryWatcher(m_mailWatcher);
     wizard->setWindowModality(Qt::ApplicationModal);
     connect(this, &UserCtl::roleTemplatesRead, wizard, &NewMobileUserWizard::setRoletemplates);
-    connect(wizard, &NewMobileUserWizard::appendTask, this, &UserCtl::addTask,
-            Qt::QueuedConnection);
-    // The server's reason for the step that stopped the run shows under its log.
+    // Its progress page asks for a confirmation when the operator's creations need one, as
+    // the new-user wizard's does, and its tasks are that confirmer's.
     UserProgressWizardPage *progress = wizard->progressPage();
+    connect(wizard, &NewMobileUserWizard::appendTask, this, [this, progress](zeral::TaskInfo task) {
+        takeWizardTask(task, progress->identifiedUids());
+    });
+    connect(this, &UserCtl::templatesForVerify, progress,
+            &UserProgressWizardPage::templatesForVerify);
+    connect(this, &UserCtl::variantsForVerify, progress,
+            &UserProgressWizardPage::variantsForVerify);
+    connect(this, &UserCtl::uidsForVerify, progress, &UserProgressWizardPage::uidsForVerify);
+    connect(this, &UserCtl::startVerify, progress, &UserProgressWizardPage::startVerify);
+    connect(progress, &UserProgressWizardPage::requestUserTemplatesForCreateUser, this,
+            &UserCtl::getUserTemplatesForCreateUser);
+    // The server's reason for the step that stopped the run shows under its log.
     connect(this, qOverload<QString, QColor>(&UserCtl::showMessage), progress,
             [progress](const QString &reason, const QColor &) {
                 progress->showFailureReason(reason);

@@ -94,6 +94,28 @@ void UserCtl::nameConfirmerOf(const zeral::TaskInfo &task)
     sendQuery(command, handler(&UserCtl::confirmerNamedHandler));
 }
 
+zeral::TYPE_ID UserCtl::confirmerAmong(const QList<zeral::TYPE_ID> &identified) const
+{
+    for (const zeral::TYPE_ID uid : identified) {
+        if (m_confirmerCandidates.contains(uid))
+            return uid;
+    }
+    return 0;
+}
+
+void UserCtl::takeWizardTask(const zeral::TaskInfo &task, const QList<zeral::TYPE_ID> &identified)
+{
+    const zeral::TYPE_ID confirmer = confirmerAmong(identified);
+    QMetaObject::invokeMethod(
+        this,
+        [this, task, confirmer] {
+            if (confirmer != 0)
+                m_confirmedTasks.insert(task.id, confirmer);
+            addTask(task);
+        },
+        Qt::QueuedConnection);
+}
+
 void UserCtl::confirmerNamedHandler(Command &command)
 {
     // The change goes on regardless: its audit row then names nobody beside the operator.

@@ -729,7 +729,7 @@ Continue?</translation>
         <translation>Decline</translation>
     </message>
     <message>
-        <location line="+136"/>
+        <location line="+131"/>
         <source>Персональные данные</source>
         <translation>Personal Data</translation>
     </message>
@@ -739,7 +739,7 @@ Continue?</translation>
         <translation>Editing biometric data is not allowed</translation>
     </message>
     <message>
-        <location filename="../src/userctl_deletion.cpp" line="+21"/>
+        <location filename="../src/userctl_deletion.cpp" line="+23"/>
         <source>Удаление сотрудников</source>
         <translation>Delete Employees</translation>
     </message>
@@ -760,22 +760,22 @@ Continue?</translation>
     </message>
     <message>
         <location filename="../src/userctl_editors.cpp" line="+69"/>
-        <location line="+110"/>
-        <location line="+45"/>
+        <location line="+114"/>
+        <location line="+56"/>
         <source>Добавление</source>
         <translation>Add User</translation>
     </message>
     <message>
-        <location line="-154"/>
-        <location line="+110"/>
-        <location line="+45"/>
+        <location line="-169"/>
+        <location line="+114"/>
+        <location line="+56"/>
         <source>Ошибка добавления пользователя
 Нет доступа</source>
         <translation>Failed to add the user
 Access denied</translation>
     </message>
     <message>
-        <location line="-81"/>
+        <location line="-92"/>
         <source>Запрет доступа</source>
         <translation>Access Denied</translation>
     </message>
@@ -800,7 +800,7 @@ Access denied</translation>
         <translation>%1</translation>
     </message>
     <message>
-        <location line="+114"/>
+        <location line="+136"/>
         <source>Zeral-Desk v6 Mobile</source>
         <translation>Zeral-Desk v6 Mobile</translation>
     </message>
@@ -1050,7 +1050,7 @@ Access denied</translation>
         <translation>Decline</translation>
     </message>
     <message>
-        <location line="+58"/>
+        <location line="+61"/>
         <source>Пользователь «%1» создан, но настроен не полностью. Завершите настройку в его свойствах или удалите его.</source>
         <translation>User “%1” was created but not fully set up. Finish the setup in the user&apos;s properties or delete the user.</translation>
     </message>

@@ -956,7 +956,7 @@
 <context>
     <name>StudioController</name>
     <message>
-        <location filename="../app/startup/studiocontroller.cpp" line="+45"/>
+        <location filename="../app/startup/studiocontroller.cpp" line="+46"/>
         <source>роли</source>
         <translation>roles</translation>
     </message>
@@ -1006,7 +1006,7 @@
         <translation>positions</translation>
     </message>
     <message>
-        <location line="+96"/>
+        <location line="+99"/>
         <source>Запуск встроенного сервера. Первый запуск с демонстрационными данными займёт до минуты…</source>
         <translation>Starting the built-in server. The first start with demo data takes up to a minute…</translation>
     </message>

@@ -7,6 +7,7 @@
 #include <app/startup/logindialog.h>
 #include <app/startup/passwordchangedialog.h>
 #include <app/startup/rootpassworddialog.h>
+#include <app/startup/studiolanguage.h>
 #include <app/startup/studiosettings.h>
 #include <app/window/mainwindow.h>
 #include <app/window/pluginloader.h>
@@ -86,6 +87,9 @@ StudioController::StudioController(const StudioOptions &options, QObject *parent
         Settings::value(QLatin1String(studio::settings::FingerprintReader)).toString(),
         FingerprintReaderFactory::Kind::Libfprint));
     zeral::LocalStorage::instance()->attach(m_router);
+    // The server gives its reasons in the language the studio speaks: the one of the settings
+    // at the start, as StudioLanguage installed it (a change in the menu waits for a restart).
+    m_login->setLanguage(StudioLanguage::configuredLanguage());
     connect(m_router, &ZRServerInterface::connected, this, &StudioController::onConnected);
     connect(m_router, &ZRServerInterface::connectionFailed, this,
             &StudioController::onConnectionFailed);

@@ -41,7 +41,7 @@ void LoginClient::login(const QString &login, const QString &password, const QSt
 void LoginClient::sendLogin(const QString &login, const QString &hash, bool mayRepeat)
 {
     Command request = Command::named(QLatin1String(command::Login));
-    request.data = ZRDataStream::pack(login, hash, m_clientName);
+    request.data = ZRDataStream::pack(login, hash, m_clientName, m_language);
     m_server->send(
         request,
         [this, login, hash, mayRepeat](Command &answer) {
@@ -80,7 +80,7 @@ void LoginClient::changePassword(const QString &login, const QString &currentPas
                                 ? QString()
                                 : PassHash::encrypt(newPassword, QCryptographicHash::Md5);
     Command request = Command::named(QLatin1String(command::ChangePassword));
-    request.data = ZRDataStream::pack(login, currentHash, newHash, m_clientName);
+    request.data = ZRDataStream::pack(login, currentHash, newHash, m_clientName, m_language);
     m_server->send(
         request,
         [this, login, newHash](Command &answer) {
@@ -160,7 +160,7 @@ void LoginClient::resume()
     const QString login = AuthData::user();
     const QString hash = AuthData::passwdHash();
     Command request = Command::named(QLatin1String(command::Resume));
-    request.data = ZRDataStream::pack(AuthData::sessionId(), login, hash);
+    request.data = ZRDataStream::pack(AuthData::sessionId(), login, hash, m_language);
     m_server->send(
         request,
         [this, login, hash](Command &answer) {

@@ -25,6 +25,12 @@ public:
     explicit LoginClient(ZRServerInterface *server, QObject *parent = nullptr);
     ~LoginClient() override;
 
+    // The operator's language ("en_GB"), named to the server with every login, password
+    // change and resume, so that the server's reasons come in it. Empty (the default): the
+    // server speaks Russian.
+    void setLanguage(const QString &language) { m_language = language; }
+    QString language() const { return m_language; }
+
     // The password is hashed at once; the plain text isn't kept.
     void login(const QString &login, const QString &password, const QString &clientName);
     // Sets a new password with the current one and, on success, logs in as login() does
@@ -59,6 +65,7 @@ private:
 
     QPointer<ZRServerInterface> m_server; // the studio may tear its router down first
     QString m_clientName;
+    QString m_language;
     // A login whose connection dropped under it, to send once more on the next connection.
     std::function<void()> m_loginAgain;
     QString m_loginLostText;

@@ -104,7 +104,13 @@ int main(int argc, char *argv[])
     const QCommandLineOption initRoot(
         QStringLiteral("init-root-password"),
         QStringLiteral("Read root's password from the first line of stdin, store it, exit."));
-    parser.addOptions({db, listen, demo, demoSize, demoUsers, tlsCert, tlsKey, smtp, initRoot});
+    const QCommandLineOption translations(
+        QStringLiteral("translations"),
+        QStringLiteral("Folder of the catalogues of operator texts (zrserver_<lang>.qm); "
+                       "default: <program folder>/../translations."),
+        QStringLiteral("DIR"));
+    parser.addOptions(
+        {db, listen, demo, demoSize, demoUsers, tlsCert, tlsKey, smtp, initRoot, translations});
     parser.process(app);
 
     QTextStream err(stderr);
@@ -133,6 +139,7 @@ int main(int argc, char *argv[])
     options.tlsCertificatePath = parser.value(tlsCert);
     options.tlsKeyPath = parser.value(tlsKey);
     options.smtpUrl = parser.value(smtp);
+    options.catalogueDir = parser.value(translations);
 
     zeral::server::ServerEngine engine(options);
     // Watched before the database opens: a signal during a long first seed must not kill the

@@ -11,6 +11,8 @@
 #include <server/engine/session/passwordhasher.h>
 #include <server/engine/storage/seeder.h>
 
+#include <QCoreApplication>
+#include <QDir>
 #include <QFile>
 #include <QSslSocket>
 #include <QTimer>
@@ -27,6 +29,12 @@ ServerEngine::ServerEngine(Options options, QObject *parent)
         m_options.clock = [] {
             return QDateTime::currentDateTime();
         };
+}
+
+QString ServerEngine::defaultCatalogueDir()
+{
+    return QDir::cleanPath(QCoreApplication::applicationDirPath()
+                           + QLatin1String("/../translations"));
 }
 
 ServerEngine::~ServerEngine()
@@ -59,6 +67,8 @@ QString ServerEngine::openDatabase()
     state->rootUid = state->store->setting(QLatin1String(Seeder::RootUidSetting)).toUInt();
     state->throttle = std::make_unique<LoginThrottle>(m_options.clock, m_options.loginPolicy);
     state->mailRenderer = std::make_unique<MailRenderer>(m_options.mailSender);
+    state->languages.load(m_options.catalogueDir.isEmpty() ? defaultCatalogueDir()
+                                                           : m_options.catalogueDir);
     m_state = std::move(state);
     return {};
 }

@@ -58,7 +58,15 @@ public:
         int clientSqlWorkers = 4;
         int clientSqlPerSession = 2;
         int clientSqlTimeLimitMs = 10000;
+        // The folder of the catalogues of the texts for operators ("zrserver_en.qm", ...);
+        // empty: defaultCatalogueDir(). Without a catalogue for his language an operator
+        // gets the Russian texts.
+        QString catalogueDir;
     };
+
+    // <program folder>/../translations, where the build (build/translations) and an
+    // installation put the catalogues; the studio looks there for its own.
+    static QString defaultCatalogueDir();
 
     explicit ServerEngine(Options options, QObject *parent = nullptr);
     ~ServerEngine() override;

@@ -91,7 +91,10 @@ bool UserProgressWizardPage::verifyCreateUser()
     connect(authorization, &AuthorizationWidget::granted, confirm, &QPushButton::setEnabled);
     connect(refuse, &QPushButton::clicked, dialog, &QDialog::reject);
     connect(confirm, &QPushButton::clicked, dialog, &QDialog::accept);
+    connect(confirm, &QPushButton::clicked, this,
+            [this, authorization] { m_identifiedUids = authorization->identifiedUids(); });
 
+    m_identifiedUids.clear();
     emit requestUserTemplatesForCreateUser();
     const bool accepted = dialog->exec() == QDialog::Accepted;
     // The dialog dies with the page if the wizard goes while it is open.

@@ -47,6 +47,10 @@ public:
     {
         return templates;
     }
+    // The people the confirmation identified by finger, in the order read, as they were when
+    // it was accepted; empty without a confirmation. The users screen names the confirmer
+    // among them to the server with each task.
+    QList<zeral::TYPE_ID> identifiedUids() const { return m_identifiedUids; }
     // The uid of the user the run created, 0 while there is none.
     zeral::TYPE_ID createdUid() const { return m_createdUid; }
     // What the page adds to the base's log about the outcome for the operator; empty if all
@@ -76,6 +80,7 @@ private:
     void showNote(const QString &text);
 
     QMultiHash<zeral::TYPE_ID, zeral::TEMPLATE_DATA> templates;
+    QList<zeral::TYPE_ID> m_identifiedUids;
     zeral::TYPE_ID m_createdUid = 0;
     QList<zeral::TYPE_ID> m_createdUids;
     bool m_failedAfterCreation = false;

@@ -105,6 +105,7 @@ private slots:
         zeral::server::ServerEngine::Options options;
         options.demo = true;
         options.demoSize = 40;
+        options.catalogueDir = Catalogues;
         QCOMPARE(setUp(options), QString());
         Settings::setValue(QLatin1String(studio::settings::Language), QStringLiteral("en_GB"));
         // As the studio's main() does, before any widget is made.
@@ -125,6 +126,15 @@ private slots:
         // The dialog is seen at all: an empty walk would pass any language.
         QCOMPARE(dialog->windowTitle(), QStringLiteral("Log in to Zeral Studio"));
         verifyEnglish(findings);
+
+        // A refusal of the server reaches the operator in his language: the studio names it
+        // at login, and the server translates its reason.
+        submitLogin(dialog, QStringLiteral("root"), QStringLiteral("NotThePassword1"));
+        QTRY_COMPARE_WITH_TIMEOUT(dialog->messageText(),
+                                  QStringLiteral("Wrong user name or password. Check the "
+                                                 "keyboard layout and try again."),
+                                  10000);
+        verifyEnglish(RussianTextFinder().find(dialog));
 
         submitLogin(dialog, QStringLiteral("root"), QStringLiteral("RootPass1"));
         QTRY_VERIFY_WITH_TIMEOUT(m_studio->phase() == StudioController::Phase::Running, 30000);

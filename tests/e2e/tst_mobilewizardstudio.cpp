@@ -8,10 +8,14 @@
 #include <app/window/mainwindow.h>
 
 #include <host/core/localstorage.h>
+#include <host/gui/biometrics/authorizationwidget.h>
+#include <host/gui/biometrics/simulatedfingerprintreader.h>
 #include <host/gui/widgets/pluginwidget.h>
 #include <host/gui/wizards/baseprogresswizardpage.h>
+#include <server/engine/demo/demoorganisation.h>
 #include <shared/inheritdata.h>
 #include <tests/e2e/studiofixture.h>
+#include <tests/support/modalanswerer.h>
 #include <tests/support/smtpsink.h>
 
 #include <QAbstractButton>
@@ -21,6 +25,7 @@
 #include <QCheckBox>
 #include <QJsonDocument>
 #include <QJsonObject>
+#include <QPushButton>
 #include <QSignalSpy>
 #include <QToolButton>
 #include <QTreeView>
@@ -67,6 +72,17 @@ TYPE_ID accountOf(TYPE_ID employee)
             if (link.child == employee)
                 return it.key();
         }
+    }
+    return 0;
+}
+
+// The stored user of that login, 0 if none.
+TYPE_ID userWithLogin(const QString &login)
+{
+    const auto &users = store()->constObjects(QStringLiteral("user"));
+    for (auto it = users.cbegin(); it != users.cend(); ++it) {
+        if (it.value().parameters.value(QStringLiteral("PT_LOGIN")) == login)
+            return it.key();
     }
     return 0;
 }
@@ -213,6 +229,69 @@ private slots:
         QVERIFY(wizard->field(QStringLiteral("user/uids")).toList().isEmpty());
         QVERIFY(!wizard->button(QWizard::NextButton)->isEnabled());
         wizard->reject();
+    }
+
+    // The personnel officer's creations wait for a confirming finger, in the wizard's last
+    // page as in the new-user wizard; each account's creation then names the confirmer at
+    // the server.
+    void creationsNameTheirConfirmer()
+    {
+        QVERIFY(logIn(QStringLiteral("hr"), zeral::server::DemoOrganisation::demoPassword()));
+        const TYPE_ID security = userWithLogin(QStringLiteral("security"));
+        QVERIFY(security != 0);
+        const std::unique_ptr<WireClient> root = m_server->rootClient();
+        const QByteArray finger = enrolSimulatedFinger(*root, security, 6);
+        QVERIFY(!finger.isEmpty());
+        const QList<TYPE_ID> employees = employeesWithoutAccount(2);
+        QCOMPARE(employees.size(), 2);
+
+        QWizard *wizard = askForAccounts(employees);
+        QVERIFY2(wizard, "the wizard didn't open");
+        QTRY_COMPARE(wizard->field(QStringLiteral("user/uids")).toList().size(), 2);
+        wizard->next(); // access objects
+        wizard->next(); // reports
+        wizard->next();
+        QCOMPARE(wizard->currentPage()->objectName(), QStringLiteral("checkUserPage"));
+        wizard->currentPage()->findChild<QToolButton *>(QStringLiteral("tbCheckAll"))->click();
+        QVERIFY(wizard->button(QWizard::NextButton)->isEnabled());
+
+        bool granted = false;
+        ModalAnswerer answerer([&](QWidget *modal) {
+            auto *widget = modal->findChild<AuthorizationWidget *>();
+            auto *confirm = modal->findChild<QPushButton *>(QStringLiteral("confirmButton"));
+            QVERIFY(widget && confirm);
+            // The confirmers come from the server's statement, as for the new-user wizard.
+            QVERIFY(QTest::qWaitFor([widget] { return widget->isEnabled(); }, 10000));
+            zeral::TEMPLATE_DATA touched;
+            touched.format = zeral::SIMULATED_FINGERPRINT_FORMAT;
+            touched.data = finger;
+            qobject_cast<SimulatedFingerprintReader *>(widget->reader())->touch(touched);
+            granted = confirm->isEnabled();
+            if (granted)
+                confirm->click();
+            else
+                modal->findChild<QPushButton *>(QStringLiteral("refuseButton"))->click();
+        });
+        wizard->next();
+        QVERIFY(answerer.answered());
+        QVERIFY(granted);
+        auto *progress = qobject_cast<BaseProgressWizardPage *>(wizard->currentPage());
+        QVERIFY(progress);
+        QTRY_VERIFY_WITH_TIMEOUT(progress->state() == BaseProgressWizardPage::State::Finished,
+                                 60000);
+
+        const DbResult creations = select(
+            *root, QStringLiteral("SELECT object, confirmed_by FROM audit_log WHERE operator = "
+                                  "'hr' AND command = 'data.add_object' AND status = 1"));
+        QCOMPARE(creations.rowCount, 2);
+        QTRY_VERIFY(accountOf(employees.at(0)) != 0 && accountOf(employees.at(1)) != 0);
+        QSet<TYPE_ID> created;
+        for (int row = 0; row < creations.rowCount; ++row) {
+            created.insert(creations.value(row, 0).toUInt());
+            QCOMPARE(creations.value(row, 1).toString(), QStringLiteral("security"));
+        }
+        QCOMPARE(created, (QSet<TYPE_ID>{accountOf(employees.at(0)), accountOf(employees.at(1))}));
+        wizard->button(QWizard::FinishButton)->click();
     }
 
 private:

@@ -262,6 +262,20 @@ private slots:
             QTRY_VERIFY_WITH_TIMEOUT(progress->isComplete(), 10000);
             QCOMPARE(progress->state(), BaseProgressWizardPage::State::Finished);
             QTRY_VERIFY(storedUid(QStringLiteral("orlova")) != 0);
+            // Every request of the creation names the guard beside the operator: the new
+            // user, his password, template and rights.
+            const DbResult steps
+                = select(*root, QStringLiteral("SELECT command, confirmed_by FROM audit_log WHERE "
+                                               "operator = 'hr' AND object = %1 ORDER BY id")
+                                    .arg(storedUid(QStringLiteral("orlova"))));
+            QStringList named;
+            for (int row = 0; row < steps.rowCount; ++row)
+                named << steps.value(row, 0).toString() + QLatin1Char(' ')
+                             + steps.value(row, 1).toString();
+            QVERIFY2(steps.rowCount >= 3, qPrintable(named.join(QLatin1String(", "))));
+            QCOMPARE(named.first(), QStringLiteral("data.add_object guard"));
+            for (const QString &step : qAsConst(named))
+                QVERIFY2(step.endsWith(QLatin1String(" guard")), qPrintable(step));
         } else {
             QCOMPARE(progress->state(), BaseProgressWizardPage::State::Dropped);
             // A round trip through the server: a creation would have been pushed by now.

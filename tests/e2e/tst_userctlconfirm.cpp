@@ -185,6 +185,13 @@ private slots:
                                           ->constObjects(QStringLiteral("user"))
                                           .contains(clerk),
                                      10000);
+            // The deletion's audit row names the guard who confirmed it.
+            const DbResult removal = select(
+                *root, QStringLiteral("SELECT confirmed_by FROM audit_log WHERE operator = 'hr' "
+                                      "AND command = 'data.remove_object' AND object = %1")
+                           .arg(clerk));
+            QCOMPARE(removal.rowCount, 1);
+            QCOMPARE(removal.value(0, 0).toString(), QStringLiteral("guard"));
         } else {
             wizard->reject();
             // A round trip through the server: a deletion would have been pushed by now.

@@ -85,12 +85,14 @@ private slots:
         QTRY_COMPARE(loggedIn.count() + failed.count(), 1);
 
         ZRDataStream in(m_server->lastSent(QLatin1String(command::Login)).data);
-        QString login, hash, client;
-        in >> login >> hash >> client;
+        QString login, hash, client, language;
+        in >> login >> hash >> client >> language;
         const QString expectedHash = clientHash("секрет");
         QCOMPARE(login, QStringLiteral("админ"));
         QCOMPARE(hash, expectedHash);
         QCOMPARE(client, QStringLiteral("studio 1"));
+        QCOMPARE(language, QString()); // none set: the server speaks Russian
+        QVERIFY(in.atEnd());
 
         if (reported != 0) {
             QCOMPARE(failed.first().at(0).toInt(), reported);
@@ -138,12 +140,13 @@ private slots:
         QCOMPARE(loginFailed.count(), 0);
 
         ZRDataStream in(m_server->lastSent(QLatin1String(command::ChangePassword)).data);
-        QString login, current, next, client;
-        in >> login >> current >> next >> client;
+        QString login, current, next, client, language;
+        in >> login >> current >> next >> client >> language;
         QCOMPARE(login, QStringLiteral("админ"));
         QCOMPARE(current, clientHash("старый"));
         QCOMPARE(next, clientHash("новый"));
         QCOMPARE(client, QStringLiteral("studio 1"));
+        QCOMPARE(language, QString());
         QVERIFY(in.atEnd());
 
         if (reported != 0) {
@@ -253,6 +256,55 @@ private slots:
         QCOMPARE(m_server->lastSent(QLatin1String(command::Login)).name, QString());
     }
 
+    // The operator's language goes at the end of every request that opens or resumes a
+    // session, so that the server's reasons come in it.
+    void languageIsNamed_data()
+    {
+        QTest::addColumn<QString>("request");
+        QTest::addColumn<int>("fieldsBefore"); // the texts and ids the request carries first
+        QTest::addRow("login") << QString::fromLatin1(command::Login) << 3;
+        QTest::addRow("password change") << QString::fromLatin1(command::ChangePassword) << 4;
+        QTest::addRow("resume") << QString::fromLatin1(command::Resume) << 3;
+    }
+    void languageIsNamed()
+    {
+        QFETCH(QString, request);
+        QFETCH(int, fieldsBefore);
+        m_client->setLanguage(QStringLiteral("en_GB"));
+        if (request == QLatin1String(command::Login)) {
+            logIn();
+        } else if (request == QLatin1String(command::ChangePassword)) {
+            m_server->script(request, answerWith(StatusOk));
+            QSignalSpy loggedIn(m_client, &LoginClient::loggedIn);
+            m_client->changePassword(QStringLiteral("user"), QStringLiteral("old"),
+                                     QStringLiteral("new"), QStringLiteral("studio 1"));
+            QVERIFY(loggedIn.wait(2000));
+        } else {
+            logIn();
+            m_server->script(request, answerWith(StatusOk));
+            QSignalSpy resumed(m_client, &LoginClient::resumed);
+            emit m_server->connected();
+            QVERIFY(resumed.wait(2000));
+        }
+        ZRDataStream in(m_server->lastSent(request).data);
+        // The session id of a resume is bytes, the rest texts: each read as what it is.
+        if (request == QLatin1String(command::Resume)) {
+            QByteArray sessionId;
+            in >> sessionId;
+            QCOMPARE(sessionId, QByteArray("s-1"));
+            --fieldsBefore;
+        }
+        for (int field = 0; field < fieldsBefore; ++field) {
+            QString text;
+            in >> text;
+        }
+        QString language;
+        in >> language;
+        QCOMPARE(in.status(), QDataStream::Ok);
+        QCOMPARE(language, QStringLiteral("en_GB"));
+        QVERIFY(in.atEnd());
+    }
+
     void reconnectResumesTheSession_data()
     {
         QTest::addColumn<int>("status");
@@ -274,11 +326,13 @@ private slots:
 
         ZRDataStream in(m_server->lastSent(QLatin1String(command::Resume)).data);
         QByteArray sessionId;
-        QString login, hash;
-        in >> sessionId >> login >> hash;
+        QString login, hash, language;
+        in >> sessionId >> login >> hash >> language;
         QCOMPARE(sessionId, QByteArray("s-1"));
         QCOMPARE(login, QStringLiteral("user"));
         QCOMPARE(hash, clientHash("pw"));
+        QCOMPARE(language, QString());
+        QVERIFY(in.atEnd());
         QCOMPARE(AuthData::isLoggedIn(), stillLoggedIn);
         QCOMPARE(resumed.count(), status == StatusOk ? 1 : 0);
         QCOMPARE(lost.count(), stillLoggedIn ? 0 : 1);

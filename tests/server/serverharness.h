@@ -100,9 +100,17 @@ public:
 
     Command login(const QString &login, const QString &password)
     {
-        Command answer
-            = request(QLatin1String(cmd::Login),
-                      ZRDataStream::pack(login, clientHash(password), QStringLiteral("test")), {});
+        return logIn(ZRDataStream::pack(login, clientHash(password), QStringLiteral("test")));
+    }
+    // As the studio logs in: naming the operator's language ("en_GB") at the end.
+    Command login(const QString &login, const QString &password, const QString &language)
+    {
+        return logIn(
+            ZRDataStream::pack(login, clientHash(password), QStringLiteral("test"), language));
+    }
+    Command logIn(const QByteArray &payload)
+    {
+        Command answer = request(QLatin1String(cmd::Login), payload, {});
         if (answer.status == zeral::proto::StatusOk) {
             ZRDataStream in(answer.data);
             in >> session >> uid >> roleTemplate;

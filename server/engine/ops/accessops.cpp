@@ -8,14 +8,14 @@
 #include <shared/dbkeys.h>
 #include <shared/rolenames.h>
 
-#include <QCoreApplication>
 #include <QSet>
+#include <QtGlobal>
 
 namespace zeral::server {
 
 namespace {
 
-Reply forbidden(const QString &text, TYPE_ID uid = 0)
+Reply forbidden(const ServerText &text, TYPE_ID uid = 0)
 {
     return Reply::fail(proto::StatusForbidden, text, uid);
 }
@@ -31,26 +31,37 @@ Reply AccessOps::prescribe(Request &request)
     quint32 uid = 0;
     QString templateId;
     if (!payload::read(request.command, uid, templateId))
-        return Reply::fail(proto::StatusMalformed, tr("Запрос назначения шаблона не читается."));
+        return Reply::fail(proto::StatusMalformed,
+                           QT_TRANSLATE_NOOP("ZRServer", "Запрос назначения шаблона не читается."));
     ObjectInfo user;
     if (!m_state.store->read(uid, &user) || user.type != QLatin1String(db::system::USER))
-        return Reply::fail(proto::StatusNotFound, tr("Пользователя %1 нет.").arg(uid), uid);
+        return Reply::fail(
+            proto::StatusNotFound,
+            ServerText(QT_TRANSLATE_NOOP("ZRServer", "Пользователя %1 нет.")).arg(uid), uid);
     if (!m_state.store->roleTemplateExists(templateId))
-        return Reply::fail(proto::StatusNotFound, tr("Шаблона ролей «%1» нет.").arg(templateId),
-                           uid);
+        return Reply::fail(
+            proto::StatusNotFound,
+            ServerText(QT_TRANSLATE_NOOP("ZRServer", "Шаблона ролей «%1» нет.")).arg(templateId),
+            uid);
     const QString current = Pushes::roleTemplateOf(user);
     if (current == templateId)
         return Reply::ok(); // nothing to do: the save that came before already set it
     const Rights rights(*request.session);
     if (uid == request.session->uid)
-        return forbidden(tr("Нельзя изменить собственный шаблон ролей."), uid);
+        return forbidden(QT_TRANSLATE_NOOP("ZRServer", "Нельзя изменить собственный шаблон ролей."),
+                         uid);
     if (!rights.has(role::ROLE_LINKUSER))
-        return forbidden(tr("Недостаточно прав для назначения шаблонов ролей."), uid);
+        return forbidden(
+            QT_TRANSLATE_NOOP("ZRServer", "Недостаточно прав для назначения шаблонов ролей."), uid);
     if (uid == m_state.rootUid)
-        return Reply::fail(proto::StatusConflict, tr("Шаблон ролей пользователя root не меняется."),
-                           uid);
+        return Reply::fail(
+            proto::StatusConflict,
+            QT_TRANSLATE_NOOP("ZRServer", "Шаблон ролей пользователя root не меняется."), uid);
     if (!rights.canManage(current) || !rights.canHandOut(templateId))
-        return forbidden(tr("Вы не можете назначить шаблон ролей «%1».").arg(templateId), uid);
+        return forbidden(
+            ServerText(QT_TRANSLATE_NOOP("ZRServer", "Вы не можете назначить шаблон ролей «%1»."))
+                .arg(templateId),
+            uid);
     if (!m_state.store->setParameters(uid, {{QLatin1String(db::user::ROLE_TEMPLATE), templateId}}))
         return Reply::internalError();
     request.pushes.append(Pushes::changedObjects(*m_state.store, {uid}));
@@ -63,7 +74,8 @@ Reply AccessOps::roleTemplateInherit(Request &request)
     // for the one he has now.
     QString asked;
     if (!payload::read(request.command, asked))
-        return Reply::fail(proto::StatusMalformed, tr("Запрос шаблонов ролей не читается."));
+        return Reply::fail(proto::StatusMalformed,
+                           QT_TRANSLATE_NOOP("ZRServer", "Запрос шаблонов ролей не читается."));
     const Rights rights(*request.session);
     const ROLETEMPLATES_HASH all = m_state.store->roleTemplates();
     ROLETEMPLATES_HASH visible;
@@ -84,11 +96,18 @@ Reply AccessOps::checkPermissionTarget(const Request &request, const Rights &rig
 {
     ObjectInfo user;
     if (!m_state.store->read(subject, &user) || user.type != QLatin1String(db::system::USER))
-        return Reply::fail(proto::StatusNotFound, tr("Пользователя %1 нет.").arg(subject), subject);
+        return Reply::fail(
+            proto::StatusNotFound,
+            ServerText(QT_TRANSLATE_NOOP("ZRServer", "Пользователя %1 нет.")).arg(subject),
+            subject);
     if (subject == request.session->uid)
-        return forbidden(tr("Нельзя изменить собственные права на объекты."), subject);
+        return forbidden(
+            QT_TRANSLATE_NOOP("ZRServer", "Нельзя изменить собственные права на объекты."),
+            subject);
     if (!rights.has(role::ROLE_LINKSUBDIV) || !rights.canManage(Pushes::roleTemplateOf(user)))
-        return forbidden(tr("Недостаточно прав для назначения прав на объекты."), subject);
+        return forbidden(
+            QT_TRANSLATE_NOOP("ZRServer", "Недостаточно прав для назначения прав на объекты."),
+            subject);
     return Reply::ok();
 }
 
@@ -96,9 +115,11 @@ Reply AccessOps::storePermissions(const QList<OBJECT_PERMISSION> &permissions)
 {
     for (const OBJECT_PERMISSION &permission : permissions) {
         if (!m_state.store->exists(permission.object))
-            return Reply::fail(proto::StatusNotFound,
-                               tr("Объекта %1 нет: права на него не даны.").arg(permission.object),
-                               permission.subject);
+            return Reply::fail(
+                proto::StatusNotFound,
+                ServerText(QT_TRANSLATE_NOOP("ZRServer", "Объекта %1 нет: права на него не даны."))
+                    .arg(permission.object),
+                permission.subject);
         if (!m_state.store->addPermission(permission))
             return Reply::internalError();
     }
@@ -109,7 +130,8 @@ Reply AccessOps::addPermissions(Request &request)
 {
     QList<OBJECT_PERMISSION> permissions;
     if (!payload::read(request.command, permissions))
-        return Reply::fail(proto::StatusMalformed, tr("Запрос прав не читается."));
+        return Reply::fail(proto::StatusMalformed,
+                           QT_TRANSLATE_NOOP("ZRServer", "Запрос прав не читается."));
     const Rights rights(*request.session);
     QSet<TYPE_ID> subjects;
     for (const OBJECT_PERMISSION &permission : qAsConst(permissions))
@@ -134,12 +156,17 @@ Reply AccessOps::updatePermissions(Request &request)
     quint32 uid = 0;
     QList<OBJECT_PERMISSION> permissions;
     if (!payload::read(request.command, uid, permissions))
-        return Reply::fail(proto::StatusMalformed, tr("Запрос прав не читается."));
+        return Reply::fail(proto::StatusMalformed,
+                           QT_TRANSLATE_NOOP("ZRServer", "Запрос прав не читается."));
     for (const OBJECT_PERMISSION &permission : qAsConst(permissions)) {
         if (permission.subject != uid)
             return Reply::fail(
                 proto::StatusMalformed,
-                tr("Все права в наборе должны относиться к пользователю %1.").arg(uid), uid);
+                ServerText(
+                    QT_TRANSLATE_NOOP("ZRServer",
+                                      "Все права в наборе должны относиться к пользователю %1."))
+                    .arg(uid),
+                uid);
     }
     Reply checked = checkPermissionTarget(request, Rights(*request.session), uid);
     if (!checked.isOk())
@@ -157,10 +184,12 @@ Reply AccessOps::getPermissions(Request &request)
 {
     QList<quint32> uids;
     if (!payload::read(request.command, uids))
-        return Reply::fail(proto::StatusMalformed, tr("Запрос прав не читается."));
+        return Reply::fail(proto::StatusMalformed,
+                           QT_TRANSLATE_NOOP("ZRServer", "Запрос прав не читается."));
     const bool ownOnly = uids.size() == 1 && uids.constFirst() == request.session->uid;
     if (!ownOnly && !Rights(*request.session).has(role::USER_SHOW))
-        return forbidden(tr("Недостаточно прав для просмотра пользователей."));
+        return forbidden(ServerText(
+            QT_TRANSLATE_NOOP("ZRServer", "Недостаточно прав для просмотра пользователей.")));
     QList<OBJECT_PERMISSION> permissions;
     if (!m_state.store->permissions(uids, &permissions))
         return Reply::internalError();

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QCoreApplication>
 #include <server/engine/ops/request.h>
 
 #include <shared/objectpermission.h>
@@ -13,7 +12,6 @@ class Rights;
 // Role templates of users and their permissions on objects.
 class AccessOps
 {
-    Q_DECLARE_TR_FUNCTIONS(AccessOps)
 
 public:
     explicit AccessOps(ServerState &state);

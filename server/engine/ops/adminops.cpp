@@ -16,7 +16,7 @@
 #include <shared/maildelivery.h>
 #include <shared/rolenames.h>
 
-#include <QCoreApplication>
+#include <QtGlobal>
 
 namespace zeral::server {
 
@@ -28,10 +28,12 @@ AdminOps::AdminOps(ServerState &state, CloseSession closeSession)
 Reply AdminOps::sessionsInfo(Request &request)
 {
     if (!request.command.data.isEmpty())
-        return Reply::fail(proto::StatusMalformed, tr("Запрос сессий не читается."));
+        return Reply::fail(proto::StatusMalformed,
+                           QT_TRANSLATE_NOOP("ZRServer", "Запрос сессий не читается."));
     if (!Rights(*request.session).has(role::USER_ONLINE_SHOW))
-        return Reply::fail(proto::StatusForbidden,
-                           tr("Недостаточно прав для просмотра активных сессий."));
+        return Reply::fail(
+            proto::StatusForbidden,
+            QT_TRANSLATE_NOOP("ZRServer", "Недостаточно прав для просмотра активных сессий."));
     // The instants go out in UTC: a client reads thousands of them without working out a time
     // zone for each, and shows them in its own.
     QHash<QByteArray, ConnectedUserInfo> sessions;
@@ -58,28 +60,36 @@ Reply AdminOps::disconnectUsers(Request &request)
         }
     }
     if (in.status() != QDataStream::Ok || !in.atEnd() || ids.size() != count)
-        return Reply::fail(proto::StatusMalformed, tr("Запрос отключения не читается."));
+        return Reply::fail(proto::StatusMalformed,
+                           QT_TRANSLATE_NOOP("ZRServer", "Запрос отключения не читается."));
 
     const Rights rights(*request.session);
     QStringList logins;
     for (const QByteArray &id : qAsConst(ids)) {
         if (id == request.session->id)
-            return Reply::fail(proto::StatusForbidden, tr("Нельзя отключить собственную сессию."));
+            return Reply::fail(
+                proto::StatusForbidden,
+                QT_TRANSLATE_NOOP("ZRServer", "Нельзя отключить собственную сессию."));
         const Session *target = m_state.sessions.find(id);
         if (!target)
-            return Reply::fail(proto::StatusNotFound,
-                               tr("Сессии уже нет: обновите список сессий."));
+            return Reply::fail(
+                proto::StatusNotFound,
+                QT_TRANSLATE_NOOP("ZRServer", "Сессии уже нет: обновите список сессий."));
         ObjectInfo user;
         m_state.store->read(target->uid, &user);
         if (!rights.canDisconnect(Pushes::roleTemplateOf(user)))
             return Reply::fail(
                 proto::StatusForbidden,
-                tr("Недостаточно прав для отключения пользователя «%1».").arg(target->login),
+                ServerText(QT_TRANSLATE_NOOP("ZRServer",
+                                             "Недостаточно прав для отключения пользователя «%1»."))
+                    .arg(target->login),
                 target->uid);
         logins.append(target->login);
     }
-    const QString reason
-        = tr("Сессия закрыта оператором %1. Войдите в систему заново.").arg(request.session->login);
+    const ServerText reason
+        = ServerText(QT_TRANSLATE_NOOP("ZRServer",
+                                       "Сессия закрыта оператором %1. Войдите в систему заново."))
+              .arg(request.session->login);
     for (const QByteArray &id : qAsConst(ids))
         request.afterCommit.append([this, id, reason] { m_closeSession(id, reason); });
     return Reply::changed(0, QStringLiteral("disconnected: ") % logins.join(QLatin1Char(' ')));
@@ -88,11 +98,14 @@ Reply AdminOps::disconnectUsers(Request &request)
 Reply AdminOps::loginLocks(Request &request)
 {
     if (!request.command.data.isEmpty())
-        return Reply::fail(proto::StatusMalformed,
-                           tr("Запрос заблокированных входов не читается."));
+        return Reply::fail(
+            proto::StatusMalformed,
+            QT_TRANSLATE_NOOP("ZRServer", "Запрос заблокированных входов не читается."));
     if (!Rights(*request.session).has(role::USER_UPDATE))
-        return Reply::fail(proto::StatusForbidden,
-                           tr("Недостаточно прав для просмотра заблокированных входов: нужно "
+        return Reply::fail(
+            proto::StatusForbidden,
+            QT_TRANSLATE_NOOP("ZRServer",
+                              "Недостаточно прав для просмотра заблокированных входов: нужно "
                               "право изменять пользователей. Обратитесь к администратору."));
     QList<LoginLockInfo> locks;
     for (const LoginLock &lock : m_state.throttle->locks())
@@ -104,11 +117,14 @@ Reply AdminOps::unlockLogin(Request &request)
 {
     QString login, address;
     if (!payload::read(request.command, login, address) || login.isEmpty())
-        return Reply::fail(proto::StatusMalformed, tr("Запрос снятия блокировки не читается."));
+        return Reply::fail(proto::StatusMalformed,
+                           QT_TRANSLATE_NOOP("ZRServer", "Запрос снятия блокировки не читается."));
     const Rights rights(*request.session);
     if (!rights.has(role::USER_UPDATE))
-        return Reply::fail(proto::StatusForbidden,
-                           tr("Недостаточно прав для снятия блокировки входа: нужно право "
+        return Reply::fail(
+            proto::StatusForbidden,
+            QT_TRANSLATE_NOOP("ZRServer",
+                              "Недостаточно прав для снятия блокировки входа: нужно право "
                               "изменять пользователей. Обратитесь к администратору."));
     // Lifting a lock lets that address guess again: only for a user the operator may manage.
     const TYPE_ID user = m_state.store->usersWithLogin(login, Qt::CaseInsensitive).value(0);
@@ -116,17 +132,23 @@ Reply AdminOps::unlockLogin(Request &request)
         ObjectInfo info;
         m_state.store->read(user, &info);
         if (!rights.canManage(Pushes::roleTemplateOf(info)))
-            return Reply::fail(proto::StatusForbidden,
-                               tr("Недостаточно прав для снятия блокировки входа «%1».").arg(login),
-                               user);
+            return Reply::fail(
+                proto::StatusForbidden,
+                ServerText(QT_TRANSLATE_NOOP("ZRServer",
+                                             "Недостаточно прав для снятия блокировки входа «%1»."))
+                    .arg(login),
+                user);
     }
     const QList<LoginLock> lifted = m_state.throttle->unlock(login, address);
     if (lifted.isEmpty())
-        return Reply::fail(proto::StatusNotFound,
-                           tr("Вход «%1» не заблокирован: блокировка уже снята или истекла. "
-                              "Обновите список.")
-                               .arg(login),
-                           user);
+        return Reply::fail(
+            proto::StatusNotFound,
+            ServerText(
+                QT_TRANSLATE_NOOP("ZRServer",
+                                  "Вход «%1» не заблокирован: блокировка уже снята или истекла. "
+                                  "Обновите список."))
+                .arg(login),
+            user);
     QStringList detail;
     for (const LoginLock &lock : lifted) {
         detail.append(QStringLiteral("%1 at %2 (%3 failures, locked until %4)")
@@ -146,33 +168,49 @@ Reply AdminOps::sendEmail(Request &request)
     _EMAIL_MESSAGE message;
     QString claimedLogin;
     if (!payload::read(request.command, message, claimedLogin))
-        return Reply::fail(proto::StatusMalformed, tr("Письмо не читается."));
+        return Reply::fail(proto::StatusMalformed,
+                           QT_TRANSLATE_NOOP("ZRServer", "Письмо не читается."));
     const Rights rights(*request.session);
     if (!rights.has(role::USER_CREATE) && !rights.has(role::USER_UPDATE))
-        return Reply::fail(proto::StatusForbidden, tr("Недостаточно прав для отправки писем."));
+        return Reply::fail(proto::StatusForbidden,
+                           QT_TRANSLATE_NOOP("ZRServer", "Недостаточно прав для отправки писем."));
     const QString recipient = message.to.trimmed();
     if (recipient.isEmpty())
-        return Reply::fail(proto::StatusMalformed,
-                           tr("Не указан адрес получателя письма. Укажите адрес e-mail."));
+        return Reply::fail(
+            proto::StatusMalformed,
+            QT_TRANSLATE_NOOP("ZRServer",
+                              "Не указан адрес получателя письма. Укажите адрес e-mail."));
     // One plain address: a list, a display name or blanks would send the credentials to
     // several people or to none.
     if (!email::isValidAddress(recipient))
         return Reply::fail(
             proto::StatusMalformed,
-            tr("Адрес получателя «%1» не подходит для письма: нужен ровно один адрес вида "
-               "имя@домен.ru латиницей, без пробелов, имени и других адресов. Исправьте e-mail "
-               "сотрудника и отправьте письмо снова.")
+            ServerText(
+                QT_TRANSLATE_NOOP(
+                    "ZRServer",
+                    "Адрес получателя «%1» не подходит для письма: нужен ровно один адрес вида "
+                    "имя@домен.ru латиницей, без пробелов, имени и других адресов. Исправьте "
+                    "e-mail "
+                    "сотрудника и отправьте письмо снова."))
                 .arg(recipient));
     if (claimedLogin != request.session->login)
         qCWarning(lcServer) << "send_email names operator" << claimedLogin << "on the session of"
                             << request.session->login;
+    // A mail whose request names no language is written in the operator's: the language of
+    // the session that queues it.
+    const QString locale = QLatin1String(email::LOCALE);
+    if (message.parameters.value(locale).toString().trimmed().isEmpty()
+        && !request.session->language.isEmpty())
+        message.parameters.insert(locale, request.session->language);
     const RenderedMail mail = m_state.mailRenderer->render(message);
     const bool relay = !m_state.mailSender.isNull();
     const qint64 id
         = MailOutbox::enqueue(m_state.database.connection(), mail, request.session->login, relay);
     if (id < 0)
-        return Reply::fail(proto::StatusInternal,
-                           tr("Сервер не смог поставить письмо в очередь. Повторите позже."));
+        return Reply::fail(
+            proto::StatusInternal,
+            QT_TRANSLATE_NOOP("ZRServer",
+                              "Сервер не смог поставить письмо в очередь. Повторите позже."));
     if (relay) {
         QPointer<MailSender> sender = m_state.mailSender;
         request.afterCommit.append([sender] {

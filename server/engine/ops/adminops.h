@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QCoreApplication>
 #include <server/engine/ops/request.h>
 
 #include <functional>
@@ -12,11 +11,10 @@ struct ServerState;
 // The sessions of others, logins locked after failed attempts, and mail.
 class AdminOps
 {
-    Q_DECLARE_TR_FUNCTIONS(AdminOps)
 
 public:
     // `closeSession` tells a session's client why and ends the session.
-    using CloseSession = std::function<void(const QByteArray &id, const QString &reason)>;
+    using CloseSession = std::function<void(const QByteArray &id, const ServerText &reason)>;
     AdminOps(ServerState &state, CloseSession closeSession);
 
     Reply sessionsInfo(Request &request);

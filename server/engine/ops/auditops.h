@@ -2,8 +2,6 @@
 
 #include <server/engine/ops/request.h>
 
-#include <QCoreApplication>
-
 namespace zeral::server {
 
 struct ServerState;
@@ -12,7 +10,6 @@ struct ServerState;
 // request, whom that request's audit row names beside the operator.
 class AuditOps
 {
-    Q_DECLARE_TR_FUNCTIONS(AuditOps)
 
 public:
     explicit AuditOps(ServerState &state);

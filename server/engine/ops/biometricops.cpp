@@ -17,7 +17,7 @@ bool isFinger(qint32 finger)
     return finger >= 0 && finger < BiometricOps::FingerCount;
 }
 
-Reply malformed(const QString &text, TYPE_ID uid = 0)
+Reply malformed(const ServerText &text, TYPE_ID uid = 0)
 {
     return Reply::fail(proto::StatusMalformed, text, uid);
 }
@@ -25,7 +25,10 @@ Reply malformed(const QString &text, TYPE_ID uid = 0)
 Reply badFinger(qint32 finger, TYPE_ID uid)
 {
     return malformed(
-        BiometricOps::tr("Пальца с номером %1 нет: пальцы нумеруются от 0 до 9.").arg(finger), uid);
+        ServerText(
+            QT_TRANSLATE_NOOP("ZRServer", "Пальца с номером %1 нет: пальцы нумеруются от 0 до 9."))
+            .arg(finger),
+        uid);
 }
 
 } // namespace
@@ -38,8 +41,9 @@ Reply BiometricOps::checkMayRead(const Request &request, const QList<quint32> &u
 {
     const bool ownOnly = uids.size() == 1 && uids.constFirst() == request.session->uid;
     if (!ownOnly && !Rights(*request.session).has(role::USER_SHOW))
-        return Reply::fail(proto::StatusForbidden,
-                           tr("Недостаточно прав для просмотра пользователей."));
+        return Reply::fail(
+            proto::StatusForbidden,
+            QT_TRANSLATE_NOOP("ZRServer", "Недостаточно прав для просмотра пользователей."));
     return Reply::ok();
 }
 
@@ -47,20 +51,25 @@ Reply BiometricOps::checkMayEdit(const Request &request, TYPE_ID uid)
 {
     ObjectInfo user;
     if (!m_state.store->read(uid, &user) || user.type != QLatin1String(db::system::USER))
-        return Reply::fail(proto::StatusNotFound, tr("Пользователя %1 нет.").arg(uid), uid);
+        return Reply::fail(
+            proto::StatusNotFound,
+            ServerText(QT_TRANSLATE_NOOP("ZRServer", "Пользователя %1 нет.")).arg(uid), uid);
     const Rights rights(*request.session);
     if (!rights.has(role::USER_BIOMETRICS_EDIT))
-        return Reply::fail(proto::StatusBiometricRefused,
-                           tr("Недостаточно прав для изменения биометрических данных. "
-                              "Обратитесь к администратору."),
-                           uid);
+        return Reply::fail(
+            proto::StatusBiometricRefused,
+            QT_TRANSLATE_NOOP("ZRServer", "Недостаточно прав для изменения биометрических данных. "
+                                          "Обратитесь к администратору."),
+            uid);
     // The same rule as for every other change of a user: his own card anybody may edit,
     // another's only if the operator may manage that user's template.
     if (uid != request.session->uid && !rights.canManage(Pushes::roleTemplateOf(user)))
-        return Reply::fail(proto::StatusForbidden,
-                           tr("Недостаточно прав для изменения пользователя «%1».")
-                               .arg(user.parameters.value(QLatin1String(db::user::LOGIN))),
-                           uid);
+        return Reply::fail(
+            proto::StatusForbidden,
+            ServerText(
+                QT_TRANSLATE_NOOP("ZRServer", "Недостаточно прав для изменения пользователя «%1»."))
+                .arg(user.parameters.value(QLatin1String(db::user::LOGIN))),
+            uid);
     return Reply::ok();
 }
 
@@ -68,7 +77,7 @@ Reply BiometricOps::fingersExist(Request &request)
 {
     QList<quint32> uids;
     if (!payload::read(request.command, uids))
-        return malformed(tr("Запрос отпечатков не читается."));
+        return malformed(QT_TRANSLATE_NOOP("ZRServer", "Запрос отпечатков не читается."));
     Reply checked = checkMayRead(request, uids);
     if (!checked.isOk())
         return checked;
@@ -82,13 +91,15 @@ Reply BiometricOps::userFingers(Request &request)
 {
     quint32 uid = 0;
     if (!payload::read(request.command, uid))
-        return malformed(tr("Запрос отпечатков не читается."));
+        return malformed(QT_TRANSLATE_NOOP("ZRServer", "Запрос отпечатков не читается."));
     Reply checked = checkMayRead(request, {uid});
     if (!checked.isOk())
         return checked;
     ObjectInfo user;
     if (!m_state.store->read(uid, &user) || user.type != QLatin1String(db::system::USER))
-        return Reply::fail(proto::StatusNotFound, tr("Пользователя %1 нет.").arg(uid), uid);
+        return Reply::fail(
+            proto::StatusNotFound,
+            ServerText(QT_TRANSLATE_NOOP("ZRServer", "Пользователя %1 нет.")).arg(uid), uid);
     QList<qint32> fingers;
     QList<quint32> formats;
     if (!m_state.store->fingersOf(uid, &fingers, &formats))
@@ -103,16 +114,20 @@ Reply BiometricOps::enrolFinger(Request &request)
     qint32 finger = -1;
     QByteArray bytes;
     if (!payload::read(request.command, uid, finger, format, bytes))
-        return malformed(tr("Запрос на запись отпечатка не читается."));
+        return malformed(QT_TRANSLATE_NOOP("ZRServer", "Запрос на запись отпечатка не читается."));
     if (!isFinger(finger))
         return badFinger(finger, uid);
     if (bytes.isEmpty())
-        return malformed(tr("Шаблон отпечатка пуст. Снимите отпечаток ещё раз."), uid);
+        return malformed(
+            QT_TRANSLATE_NOOP("ZRServer", "Шаблон отпечатка пуст. Снимите отпечаток ещё раз."),
+            uid);
     if (bytes.size() > MaxTemplateBytes)
-        return malformed(tr("Шаблон отпечатка больше %1 КиБ: такой не сохраняется. "
-                            "Проверьте считыватель.")
-                             .arg(MaxTemplateBytes / 1024),
-                         uid);
+        return malformed(
+            ServerText(QT_TRANSLATE_NOOP("ZRServer",
+                                         "Шаблон отпечатка больше %1 КиБ: такой не сохраняется. "
+                                         "Проверьте считыватель."))
+                .arg(MaxTemplateBytes / 1024),
+            uid);
     Reply checked = checkMayEdit(request, uid);
     if (!checked.isOk())
         return checked;
@@ -132,7 +147,8 @@ Reply BiometricOps::removeFinger(Request &request)
     quint32 uid = 0;
     qint32 finger = -1;
     if (!payload::read(request.command, uid, finger))
-        return malformed(tr("Запрос на удаление отпечатка не читается."));
+        return malformed(
+            QT_TRANSLATE_NOOP("ZRServer", "Запрос на удаление отпечатка не читается."));
     if (!isFinger(finger))
         return badFinger(finger, uid);
     Reply checked = checkMayEdit(request, uid);
@@ -142,8 +158,11 @@ Reply BiometricOps::removeFinger(Request &request)
     if (!m_state.store->removeFinger(uid, finger, &removed))
         return Reply::internalError();
     if (!removed)
-        return Reply::fail(proto::StatusNotFound,
-                           tr("У пользователя нет отпечатка пальца %1.").arg(finger), uid);
+        return Reply::fail(
+            proto::StatusNotFound,
+            ServerText(QT_TRANSLATE_NOOP("ZRServer", "У пользователя нет отпечатка пальца %1."))
+                .arg(finger),
+            uid);
     return Reply::changed(uid, QStringLiteral("removed finger %1").arg(finger));
 }
 

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QCoreApplication>
 #include <server/engine/ops/request.h>
 
 namespace zeral::server {
@@ -11,7 +10,6 @@ struct ServerState;
 // One template per user and finger; an enrolment replaces the one before.
 class BiometricOps
 {
-    Q_DECLARE_TR_FUNCTIONS(BiometricOps)
 
 public:
     explicit BiometricOps(ServerState &state);

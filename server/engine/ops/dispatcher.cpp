@@ -1,6 +1,7 @@
 #include "dispatcher.h"
 
 #include <host/core/protocol.h>
+#include <host/core/zrdatastream.h>
 #include <server/engine/net/clientconnection.h>
 #include <server/engine/ops/pushes.h>
 #include <server/engine/ops/serverstate.h>
@@ -8,8 +9,8 @@
 #include <server/engine/storage/auditlog.h>
 #include <shared/rolenames.h>
 
-#include <QCoreApplication>
 #include <QTimer>
+#include <QtGlobal>
 
 namespace zeral::server {
 
@@ -21,8 +22,8 @@ Dispatcher::Dispatcher(ServerState &state, QObject *parent)
     , m_accessOps(state)
     , m_biometricOps(state)
     , m_sqlOps(state)
-    , m_adminOps(state,
-                 [this](const QByteArray &id, const QString &reason) { closeSession(id, reason); })
+    , m_adminOps(state, [this](const QByteArray &id,
+                               const ServerText &reason) { closeSession(id, reason); })
     , m_auditOps(state)
 {
     namespace c = proto::command;
@@ -66,9 +67,11 @@ bool Dispatcher::refresh(Session *session, Reply *refusal)
 {
     ObjectInfo user;
     if (!m_state.store->read(session->uid, &user) || Pushes::isBlocked(user)) {
-        *refusal = Reply::fail(proto::StatusNotLoggedIn,
-                               tr("Учётная запись удалена или заблокирована; сессия завершена."),
-                               session->uid);
+        *refusal = Reply::fail(
+            proto::StatusNotLoggedIn,
+            QT_TRANSLATE_NOOP("ZRServer",
+                              "Учётная запись удалена или заблокирована; сессия завершена."),
+            session->uid);
         m_state.sessions.end(session->id, m_state.clock());
         return false;
     }
@@ -96,19 +99,25 @@ void Dispatcher::endAbandonedSessions()
 void Dispatcher::endRevokedSessions(const QString &byOperator)
 {
     // Each user is read once however many sessions he has; empty: the account still holds.
-    QHash<TYPE_ID, QString> reasons;
-    QList<QPair<QByteArray, QString>> toClose;
+    QHash<TYPE_ID, ServerText> reasons;
+    QList<QPair<QByteArray, ServerText>> toClose;
     for (const Session *session : m_state.sessions.all()) {
         auto reason = reasons.find(session->uid);
         if (reason == reasons.end()) {
             ObjectInfo user;
-            QString text;
+            ServerText text;
             if (!m_state.store->read(session->uid, &user))
-                text = tr("Ваша учётная запись удалена оператором %1. Сессия завершена.")
+                text = ServerText(
+                           QT_TRANSLATE_NOOP(
+                               "ZRServer",
+                               "Ваша учётная запись удалена оператором %1. Сессия завершена."))
                            .arg(byOperator);
             else if (Pushes::isBlocked(user))
-                text = tr("Ваша учётная запись заблокирована оператором %1. Сессия завершена; "
-                          "обратитесь к администратору.")
+                text = ServerText(
+                           QT_TRANSLATE_NOOP(
+                               "ZRServer",
+                               "Ваша учётная запись заблокирована оператором %1. Сессия завершена; "
+                               "обратитесь к администратору."))
                            .arg(byOperator);
             reason = reasons.insert(session->uid, text);
         }
@@ -125,7 +134,8 @@ void Dispatcher::dispatch(ClientConnection *connection, const Command &command)
     Session *session = m_state.sessions.find(connection->sessionId());
     if (!session && !connection->sessionId().isEmpty())
         connection->setSessionId({}); // ended elsewhere
-    Request request{command, connection, session, {}, {}, {}, {}};
+    Request request{command, connection, session, {}, session ? session->language : QString(),
+                    {},      {},         {}};
     AuditEntry audit;
     audit.at = m_state.clock();
     audit.peer = connection->peer();
@@ -144,30 +154,38 @@ void Dispatcher::dispatch(ClientConnection *connection, const Command &command)
     AuditRecord appended; // the row of a committed change, told to the log's readers
     const auto route = m_routes.constFind(command.name);
     if (command.type != proto::NamedCommand) {
-        reply = Reply::fail(proto::StatusMalformed,
-                            tr("Сервер понимает только именованные команды."));
+        reply = Reply::fail(
+            proto::StatusMalformed,
+            QT_TRANSLATE_NOOP("ZRServer", "Сервер понимает только именованные команды."));
     } else if (route == m_routes.cend()) {
-        reply = Reply::fail(proto::StatusNotFound,
-                            tr("Сервер не знает команды «%1». Обновите студию.").arg(command.name));
+        reply = Reply::fail(
+            proto::StatusNotFound,
+            ServerText(
+                QT_TRANSLATE_NOOP("ZRServer", "Сервер не знает команды «%1». Обновите студию."))
+                .arg(command.name));
     } else if (route->needsSession && !session) {
-        reply = Reply::fail(proto::StatusNotLoggedIn, tr("Сначала войдите в систему."));
+        reply = Reply::fail(proto::StatusNotLoggedIn,
+                            QT_TRANSLATE_NOOP("ZRServer", "Сначала войдите в систему."));
     } else if (route->needsSession && command.sessionId != session->id) {
-        reply = Reply::fail(proto::StatusForbidden,
-                            tr("Команда пришла с чужим идентификатором сессии."));
+        reply = Reply::fail(
+            proto::StatusForbidden,
+            QT_TRANSLATE_NOOP("ZRServer", "Команда пришла с чужим идентификатором сессии."));
     } else if (route->needsSession && !refresh(session, &reply)) {
         request.session = nullptr;
     } else if (!route->inTransaction) {
         request.answerLater = [this, to = QPointer<ClientConnection>(connection),
-                               sessionId = session ? session->id : QByteArray(), command,
-                               audit](const Reply &later) {
-            answerLater(to, sessionId, command, audit, later);
+                               sessionId = session ? session->id : QByteArray(),
+                               language = request.language, command, audit](const Reply &later) {
+            answerLater(to, sessionId, language, command, audit, later);
         };
         reply = route->handle(request);
         if (reply.answeredLater)
             return;
     } else if (!m_state.database.begin()) {
-        reply = Reply::fail(proto::StatusInternal,
-                            tr("База данных сервера занята или недоступна. Повторите позже."));
+        reply = Reply::fail(
+            proto::StatusInternal,
+            QT_TRANSLATE_NOOP("ZRServer",
+                              "База данных сервера занята или недоступна. Повторите позже."));
     } else {
         reply = route->handle(request);
         if (request.session && audit.operatorLogin.isEmpty()) {
@@ -183,12 +201,16 @@ void Dispatcher::dispatch(ClientConnection *connection, const Command &command)
             nameObject(audit, reply);
             appended = AuditLog::record(m_state.database.connection(), audit);
             if (appended.id == 0)
-                reply = Reply::fail(proto::StatusInternal, tr("Сервер не смог записать журнал."));
+                reply
+                    = Reply::fail(proto::StatusInternal,
+                                  QT_TRANSLATE_NOOP("ZRServer", "Сервер не смог записать журнал."));
         }
         if (reply.isOk() && !m_state.database.commit()) {
-            reply = Reply::fail(proto::StatusInternal,
-                                tr("Сервер не смог сохранить изменение; ничего не изменено. "
-                                   "Повторите позже."));
+            reply = Reply::fail(
+                proto::StatusInternal,
+                QT_TRANSLATE_NOOP("ZRServer",
+                                  "Сервер не смог сохранить изменение; ничего не изменено. "
+                                  "Повторите позже."));
         } else if (!reply.isOk()) {
             m_state.database.rollback();
         }
@@ -208,7 +230,7 @@ void Dispatcher::dispatch(ClientConnection *connection, const Command &command)
         action();
     if (reply.isOk() && reply.change)
         endRevokedSessions(audit.operatorLogin);
-    answer(connection, command, reply);
+    answer(connection, command, reply, request.language);
 }
 
 void Dispatcher::recordRefusal(AuditEntry &audit, const Reply &reply, const QString &peer)
@@ -252,8 +274,8 @@ void Dispatcher::tellAuditReaders(const AuditRecord &row)
 }
 
 void Dispatcher::answerLater(const QPointer<ClientConnection> &connection,
-                             const QByteArray &sessionId, const Command &request, AuditEntry audit,
-                             const Reply &reply)
+                             const QByteArray &sessionId, const QString &language,
+                             const Command &request, AuditEntry audit, const Reply &reply)
 {
     if (!reply.isOk())
         recordRefusal(audit, reply, audit.peer);
@@ -264,12 +286,16 @@ void Dispatcher::answerLater(const QPointer<ClientConnection> &connection,
                          << "or its connection ended while the statement ran";
         return;
     }
-    answer(connection, request, reply);
+    answer(connection, request, reply, language);
 }
 
-void Dispatcher::answer(ClientConnection *connection, const Command &request, const Reply &reply)
+void Dispatcher::answer(ClientConnection *connection, const Command &request, const Reply &reply,
+                        const QString &language)
 {
-    const Command answer = Command::answer(request, reply.status, reply.data);
+    const QByteArray data
+        = reply.isOk() ? reply.data
+                       : ZRDataStream::pack(m_state.languages.render(reply.reason, language));
+    const Command answer = Command::answer(request, reply.status, data);
     if (reply.delayMs <= 0) {
         connection->send(answer);
         return;
@@ -292,16 +318,18 @@ void Dispatcher::sendToOperator(const QString &login, const Command &push)
     }
 }
 
-void Dispatcher::closeSession(const QByteArray &id, const QString &reason)
+void Dispatcher::closeSession(const QByteArray &id, const ServerText &reason)
 {
     Session *session = m_state.sessions.find(id);
     if (!session)
         return;
     QPointer<ClientConnection> connection = session->connection;
-    qCInfo(lcServerSession) << "closing the session of" << session->login << "-" << reason;
+    const QString told = m_state.languages.render(reason, session->language);
+    qCInfo(lcServerSession) << "closing the session of" << session->login << "-"
+                            << reason.toString();
     m_state.sessions.end(id, m_state.clock());
     if (connection) {
-        connection->send(Pushes::sessionClosed(reason));
+        connection->send(Pushes::sessionClosed(told));
         connection->setSessionId({});
         connection->close(QStringLiteral("session closed by another operator"));
     }

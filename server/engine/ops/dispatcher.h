@@ -31,8 +31,9 @@ public:
     Dispatcher(ServerState &state, QObject *parent = nullptr);
 
     void dispatch(ClientConnection *connection, const Command &command);
-    // Tells the session's client why, ends the session and closes its connection.
-    void closeSession(const QByteArray &id, const QString &reason);
+    // Tells the session's client why (in the session's language), ends the session and closes
+    // its connection.
+    void closeSession(const QByteArray &id, const ServerText &reason);
     void broadcast(const Command &push);
     // Sends `push` to every attached session of the operator `login`.
     void sendToOperator(const QString &login, const Command &push);
@@ -53,14 +54,17 @@ private:
     // Brings the session's template and roles up to date; false if the account is gone
     // or blocked, which ends the session.
     bool refresh(Session *session, Reply *refusal);
-    void answer(ClientConnection *connection, const Command &request, const Reply &reply);
+    // A refusal's reason goes in `language`, the session's or the one its login names.
+    void answer(ClientConnection *connection, const Command &request, const Reply &reply,
+                const QString &language);
     void recordRefusal(AuditEntry &audit, const Reply &reply, const QString &peer);
     // The object's name for its audit row: the handler's, else the store's as it is now.
     void nameObject(AuditEntry &audit, const Reply &reply);
     // Pushes a new row of the audit log to the sessions whose operators may read the log.
     void tellAuditReaders(const AuditRecord &row);
     void answerLater(const QPointer<ClientConnection> &connection, const QByteArray &sessionId,
-                     const Command &request, AuditEntry audit, const Reply &reply);
+                     const QString &language, const Command &request, AuditEntry audit,
+                     const Reply &reply);
 
     ServerState &m_state;
     SessionOps m_sessionOps;

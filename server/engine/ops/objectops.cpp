@@ -15,7 +15,7 @@
 #include <shared/objectlistwriter.h>
 #include <shared/rolenames.h>
 
-#include <QCoreApplication>
+#include <QtGlobal>
 
 namespace zeral::server {
 
@@ -38,8 +38,9 @@ bool isKnownDataset(const QString &dataset)
 Reply onlyPrivileged(TYPE_ID uid)
 {
     return Reply::fail(proto::StatusForbidden,
-                       ObjectOps::tr("Изменять объекты этого вида может только супервизор или "
-                                     "администратор."),
+                       QT_TRANSLATE_NOOP("ZRServer",
+                                         "Изменять объекты этого вида может только супервизор или "
+                                         "администратор."),
                        uid);
 }
 
@@ -68,17 +69,21 @@ Reply ObjectOps::preparePassword(PasswordRequest *password, const ObjectInfo &st
     const TYPE_ID uid = stored.uid;
     const QString requireChange = QLatin1String(db::user::REQUIRE_CHANGE);
     if (password->reset && password->set)
-        return Reply::fail(proto::StatusMalformed,
-                           tr("Пароль нельзя в одном запросе и сбросить, и задать."), uid);
+        return Reply::fail(
+            proto::StatusMalformed,
+            QT_TRANSLATE_NOOP("ZRServer", "Пароль нельзя в одном запросе и сбросить, и задать."),
+            uid);
     if (password->reset) {
         // The client's idea of the default password may be stale: the server's counts.
         const QString defaultPassword = PasswordRules(*m_state.store).defaultPassword();
         if (defaultPassword.isEmpty())
-            return Reply::fail(proto::StatusConflict,
-                               tr("Пароль по умолчанию в настройках системы не задан, поэтому "
+            return Reply::fail(
+                proto::StatusConflict,
+                QT_TRANSLATE_NOOP("ZRServer",
+                                  "Пароль по умолчанию в настройках системы не задан, поэтому "
                                   "сбросить пароль нельзя. Задайте пароль по умолчанию или "
                                   "назначьте пользователю новый пароль."),
-                               uid);
+                uid);
         password->clientHash = PassHash::encrypt(defaultPassword, QCryptographicHash::Md5);
         toSet->insert(requireChange, QStringLiteral("1"));
         return Reply::ok();
@@ -121,9 +126,12 @@ Reply ObjectOps::snapshot(Request &request)
     quint32 afterUid = 0;
     qint32 pageSize = 0;
     if (!payload::read(request.command, dataset, afterUid, pageSize))
-        return Reply::fail(proto::StatusMalformed, tr("Запрос данных не читается."));
+        return Reply::fail(proto::StatusMalformed,
+                           QT_TRANSLATE_NOOP("ZRServer", "Запрос данных не читается."));
     if (!isKnownDataset(dataset))
-        return Reply::fail(proto::StatusNotFound, tr("Набора данных «%1» нет.").arg(dataset));
+        return Reply::fail(
+            proto::StatusNotFound,
+            ServerText(QT_TRANSLATE_NOOP("ZRServer", "Набора данных «%1» нет.")).arg(dataset));
     QList<ObjectInfo> objects;
     bool more = false;
     if (!m_state.store->page(dataset, afterUid, qBound(1, pageSize, proto::SnapshotPageSize),
@@ -150,51 +158,68 @@ Reply ObjectOps::checkUserChange(const Request &request, const Rights &rights,
     const bool root = !isNew && uid == m_state.rootUid;
     const QString oldTemplate = Pushes::roleTemplateOf(stored);
     const QString name = stored.parameters.value(QLatin1String(u::LOGIN));
-    const auto forbidden = [uid](const QString &text) {
+    const auto forbidden = [uid](const ServerText &text) {
         return Reply::fail(proto::StatusForbidden, text, uid);
     };
     if (isNew && !rights.has(role::USER_CREATE))
-        return forbidden(tr("Недостаточно прав для создания пользователей."));
+        return forbidden(ServerText(
+            QT_TRANSLATE_NOOP("ZRServer", "Недостаточно прав для создания пользователей.")));
 
     const auto login = changes.constFind(QLatin1String(u::LOGIN));
     if (login != changes.cend() || isNew) {
         const QString newLogin = login != changes.cend() ? login.value() : QString();
         if (root)
-            return Reply::fail(proto::StatusConflict, tr("Пользователя root нельзя переименовать."),
-                               uid);
+            return Reply::fail(
+                proto::StatusConflict,
+                QT_TRANSLATE_NOOP("ZRServer", "Пользователя root нельзя переименовать."), uid);
         if (newLogin.trimmed().isEmpty())
-            return Reply::fail(proto::StatusMalformed,
-                               tr("У пользователя должен быть логин. Введите логин."), uid);
+            return Reply::fail(
+                proto::StatusMalformed,
+                QT_TRANSLATE_NOOP("ZRServer", "У пользователя должен быть логин. Введите логин."),
+                uid);
         if (loginInUse(newLogin, uid))
-            return Reply::fail(proto::StatusConflict,
-                               tr("Логин «%1» уже занят. Выберите другой.").arg(newLogin), uid);
+            return Reply::fail(
+                proto::StatusConflict,
+                ServerText(QT_TRANSLATE_NOOP("ZRServer", "Логин «%1» уже занят. Выберите другой."))
+                    .arg(newLogin),
+                uid);
     }
     const auto newTemplate = changes.constFind(QLatin1String(u::ROLE_TEMPLATE));
     if (newTemplate != changes.cend() && !(isNew && newTemplate.value().isEmpty())) {
         if (self)
-            return forbidden(tr("Нельзя изменить собственный шаблон ролей."));
+            return forbidden(ServerText(
+                QT_TRANSLATE_NOOP("ZRServer", "Нельзя изменить собственный шаблон ролей.")));
         if (root)
-            return Reply::fail(proto::StatusConflict,
-                               tr("Шаблон ролей пользователя root не меняется."), uid);
+            return Reply::fail(
+                proto::StatusConflict,
+                QT_TRANSLATE_NOOP("ZRServer", "Шаблон ролей пользователя root не меняется."), uid);
         if (!rights.has(role::ROLE_LINKUSER))
-            return forbidden(tr("Недостаточно прав для назначения шаблонов ролей."));
+            return forbidden(ServerText(
+                QT_TRANSLATE_NOOP("ZRServer", "Недостаточно прав для назначения шаблонов ролей.")));
     }
     if (newTemplate != changes.cend() && !newTemplate.value().isEmpty()) {
         if (!m_state.store->roleTemplateExists(newTemplate.value()))
             return Reply::fail(proto::StatusNotFound,
-                               tr("Шаблона ролей «%1» нет.").arg(newTemplate.value()), uid);
+                               ServerText(QT_TRANSLATE_NOOP("ZRServer", "Шаблона ролей «%1» нет."))
+                                   .arg(newTemplate.value()),
+                               uid);
         if (!rights.canHandOut(newTemplate.value()))
             return forbidden(
-                tr("Вы не можете назначить шаблон ролей «%1».").arg(newTemplate.value()));
+                ServerText(
+                    QT_TRANSLATE_NOOP("ZRServer", "Вы не можете назначить шаблон ролей «%1»."))
+                    .arg(newTemplate.value()));
     }
     if (changes.contains(QLatin1String(u::OBJECTSTATE))) {
         if (self)
-            return forbidden(tr("Нельзя заблокировать собственную учётную запись."));
+            return forbidden(ServerText(
+                QT_TRANSLATE_NOOP("ZRServer", "Нельзя заблокировать собственную учётную запись.")));
         if (root)
-            return Reply::fail(proto::StatusConflict, tr("Пользователя root нельзя блокировать."),
-                               uid);
+            return Reply::fail(
+                proto::StatusConflict,
+                QT_TRANSLATE_NOOP("ZRServer", "Пользователя root нельзя блокировать."), uid);
         if (!rights.has(role::USER_BLOCK))
-            return forbidden(tr("Недостаточно прав для блокировки пользователей."));
+            return forbidden(ServerText(
+                QT_TRANSLATE_NOOP("ZRServer", "Недостаточно прав для блокировки пользователей.")));
     }
     if (isNew)
         return Reply::ok();
@@ -202,10 +227,14 @@ Reply ObjectOps::checkUserChange(const Request &request, const Rights &rights,
     if (self && !rights.has(role::USER_UPDATE)
         && (changes.contains(QLatin1String(u::REQUIRE_CHANGE))
             || changes.contains(QLatin1String(db::database::PASSWORD_EXPIRED))))
-        return forbidden(tr("Обязательную смену и срок действия собственного пароля может "
-                            "изменить только оператор с правом изменения пользователей."));
+        return forbidden(QT_TRANSLATE_NOOP(
+            "ZRServer", "Обязательную смену и срок действия собственного пароля может "
+                        "изменить только оператор с правом изменения пользователей."));
     if (!self && !rights.canManage(oldTemplate))
-        return forbidden(tr("Недостаточно прав для изменения пользователя «%1».").arg(name));
+        return forbidden(
+            ServerText(
+                QT_TRANSLATE_NOOP("ZRServer", "Недостаточно прав для изменения пользователя «%1»."))
+                .arg(name));
     // The date of a block goes with the block; on its own it is an ordinary change.
     const bool onlyState
         = changes.contains(QLatin1String(u::OBJECTSTATE))
@@ -214,7 +243,8 @@ Reply ObjectOps::checkUserChange(const Request &request, const Rights &rights,
                         || k == QLatin1String(u::OBJECTSTATEDATE);
              });
     if (!self && (passwordChange || !onlyState) && !rights.has(role::USER_UPDATE))
-        return forbidden(tr("Недостаточно прав для изменения пользователей."));
+        return forbidden(ServerText(
+            QT_TRANSLATE_NOOP("ZRServer", "Недостаточно прав для изменения пользователей.")));
     return Reply::ok();
 }
 
@@ -223,18 +253,24 @@ Reply ObjectOps::addObject(Request &request)
     ObjectInfo object;
     QList<_INHERIT_DATA> links;
     if (!payload::read(request.command, object, links))
-        return Reply::fail(proto::StatusMalformed, tr("Запрос на создание объекта не читается."));
+        return Reply::fail(
+            proto::StatusMalformed,
+            QT_TRANSLATE_NOOP("ZRServer", "Запрос на создание объекта не читается."));
     QString dataset = ObjectStore::datasetForType(object.type);
     ObjectInfo parent;
     QString parentDataset;
     if (object.parent != 0 && !m_state.store->read(object.parent, &parent, &parentDataset))
-        return Reply::fail(proto::StatusNotFound,
-                           tr("Родительского объекта %1 нет.").arg(object.parent));
+        return Reply::fail(
+            proto::StatusNotFound,
+            ServerText(QT_TRANSLATE_NOOP("ZRServer", "Родительского объекта %1 нет."))
+                .arg(object.parent));
     if (dataset.isEmpty())
         dataset = parentDataset;
     if (dataset.isEmpty())
-        return Reply::fail(proto::StatusMalformed,
-                           tr("Неизвестный тип объекта «%1».").arg(object.type));
+        return Reply::fail(
+            proto::StatusMalformed,
+            ServerText(QT_TRANSLATE_NOOP("ZRServer", "Неизвестный тип объекта «%1»."))
+                .arg(object.type));
 
     const Rights rights(*request.session);
     PasswordRequest password = takePassword(&object.parameters);
@@ -254,10 +290,14 @@ Reply ObjectOps::addObject(Request &request)
     for (const _INHERIT_DATA &link : qAsConst(links)) {
         const TYPE_ID other = link.child == 0 ? link.parent : link.child;
         if ((link.child == 0) == (link.parent == 0))
-            return Reply::fail(proto::StatusMalformed,
-                               tr("Связь нового объекта должна одним концом указывать на него."));
+            return Reply::fail(
+                proto::StatusMalformed,
+                QT_TRANSLATE_NOOP("ZRServer",
+                                  "Связь нового объекта должна одним концом указывать на него."));
         if (!m_state.store->exists(other))
-            return Reply::fail(proto::StatusNotFound, tr("Связанного объекта %1 нет.").arg(other));
+            return Reply::fail(
+                proto::StatusNotFound,
+                ServerText(QT_TRANSLATE_NOOP("ZRServer", "Связанного объекта %1 нет.")).arg(other));
     }
 
     object.uid = 0;
@@ -287,14 +327,23 @@ Reply ObjectOps::updateObject(Request &request)
     QString type;
     QHash<QString, QString> parameters;
     if (!payload::read(request.command, uid, type, parent, parameters))
-        return Reply::fail(proto::StatusMalformed, tr("Запрос на изменение объекта не читается."));
+        return Reply::fail(
+            proto::StatusMalformed,
+            QT_TRANSLATE_NOOP("ZRServer", "Запрос на изменение объекта не читается."));
     ObjectInfo stored;
     if (!m_state.store->read(uid, &stored))
-        return Reply::fail(proto::StatusNotFound,
-                           tr("Объекта %1 нет: возможно, его удалили.").arg(uid), uid);
+        return Reply::fail(
+            proto::StatusNotFound,
+            ServerText(QT_TRANSLATE_NOOP("ZRServer", "Объекта %1 нет: возможно, его удалили."))
+                .arg(uid),
+            uid);
     if (stored.type != type)
-        return Reply::fail(proto::StatusConflict,
-                           tr("Объект %1 другого типа: «%2».").arg(uid).arg(stored.type), uid);
+        return Reply::fail(
+            proto::StatusConflict,
+            ServerText(QT_TRANSLATE_NOOP("ZRServer", "Объект %1 другого типа: «%2»."))
+                .arg(uid)
+                .arg(stored.type),
+            uid);
     PasswordRequest password;
     if (isUser(type))
         password = takePassword(&parameters);
@@ -307,14 +356,19 @@ Reply ObjectOps::updateObject(Request &request)
     }
     const bool parentChange = parent != stored.parent;
     if (parentChange && parent != 0 && !m_state.store->exists(parent))
-        return Reply::fail(proto::StatusNotFound, tr("Родительского объекта %1 нет.").arg(parent),
-                           uid);
+        return Reply::fail(
+            proto::StatusNotFound,
+            ServerText(QT_TRANSLATE_NOOP("ZRServer", "Родительского объекта %1 нет.")).arg(parent),
+            uid);
     if (parentChange && m_state.store->isAncestorOrSelf(uid, parent))
-        return Reply::fail(proto::StatusConflict,
-                           tr("Объект %1 нельзя вложить в самого себя или в свой вложенный "
-                              "объект. Выберите другого родителя.")
-                               .arg(uid),
-                           uid);
+        return Reply::fail(
+            proto::StatusConflict,
+            ServerText(
+                QT_TRANSLATE_NOOP("ZRServer",
+                                  "Объект %1 нельзя вложить в самого себя или в свой вложенный "
+                                  "объект. Выберите другого родителя."))
+                .arg(uid),
+            uid);
 
     const Rights rights(*request.session);
     if (isUser(type)) {
@@ -363,30 +417,47 @@ Reply ObjectOps::removeObject(Request &request)
     quint32 uid = 0;
     QString type;
     if (!payload::read(request.command, uid, type))
-        return Reply::fail(proto::StatusMalformed, tr("Запрос на удаление объекта не читается."));
+        return Reply::fail(
+            proto::StatusMalformed,
+            QT_TRANSLATE_NOOP("ZRServer", "Запрос на удаление объекта не читается."));
     ObjectInfo stored;
     QString dataset;
     if (!m_state.store->read(uid, &stored, &dataset))
-        return Reply::fail(proto::StatusNotFound,
-                           tr("Объекта %1 нет: возможно, его уже удалили.").arg(uid), uid);
+        return Reply::fail(
+            proto::StatusNotFound,
+            ServerText(QT_TRANSLATE_NOOP("ZRServer", "Объекта %1 нет: возможно, его уже удалили."))
+                .arg(uid),
+            uid);
     if (stored.type != type)
-        return Reply::fail(proto::StatusConflict,
-                           tr("Объект %1 другого типа: «%2».").arg(uid).arg(stored.type), uid);
+        return Reply::fail(
+            proto::StatusConflict,
+            ServerText(QT_TRANSLATE_NOOP("ZRServer", "Объект %1 другого типа: «%2»."))
+                .arg(uid)
+                .arg(stored.type),
+            uid);
     const Rights rights(*request.session);
     if (isUser(type)) {
         const QString login = stored.parameters.value(QLatin1String(db::user::LOGIN));
         if (uid == m_state.rootUid)
-            return Reply::fail(proto::StatusConflict, tr("Пользователя root удалить нельзя."), uid);
-        if (uid == request.session->uid)
-            return Reply::fail(proto::StatusForbidden,
-                               tr("Нельзя удалить собственную учётную запись."), uid);
-        if (!rights.has(role::USER_DELETE))
-            return Reply::fail(proto::StatusForbidden,
-                               tr("Недостаточно прав для удаления пользователей."), uid);
-        if (!rights.canManage(Pushes::roleTemplateOf(stored)))
-            return Reply::fail(proto::StatusForbidden,
-                               tr("Недостаточно прав для удаления пользователя «%1».").arg(login),
+            return Reply::fail(proto::StatusConflict,
+                               QT_TRANSLATE_NOOP("ZRServer", "Пользователя root удалить нельзя."),
                                uid);
+        if (uid == request.session->uid)
+            return Reply::fail(
+                proto::StatusForbidden,
+                QT_TRANSLATE_NOOP("ZRServer", "Нельзя удалить собственную учётную запись."), uid);
+        if (!rights.has(role::USER_DELETE))
+            return Reply::fail(
+                proto::StatusForbidden,
+                QT_TRANSLATE_NOOP("ZRServer", "Недостаточно прав для удаления пользователей."),
+                uid);
+        if (!rights.canManage(Pushes::roleTemplateOf(stored)))
+            return Reply::fail(
+                proto::StatusForbidden,
+                ServerText(QT_TRANSLATE_NOOP("ZRServer",
+                                             "Недостаточно прав для удаления пользователя «%1»."))
+                    .arg(login),
+                uid);
     } else if (!rights.isPrivileged()) {
         return onlyPrivileged(uid);
     }

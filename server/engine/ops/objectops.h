@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QCoreApplication>
 #include <server/engine/ops/request.h>
 #include <shared/objectinfo.h>
 
@@ -14,7 +13,6 @@ class Rights;
 // The objects: snapshots, the role catalogue, and adding, changing and removing objects.
 class ObjectOps
 {
-    Q_DECLARE_TR_FUNCTIONS(ObjectOps)
 
 public:
     explicit ObjectOps(ServerState &state);

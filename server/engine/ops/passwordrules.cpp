@@ -55,13 +55,16 @@ PasswordRules::Edit PasswordRules::renewal(const ObjectInfo &user, const QDate &
     return edit;
 }
 
-QString PasswordRules::changeRequiredReason(const ObjectInfo &user, const QDate &today)
+ServerText PasswordRules::changeRequiredReason(const ObjectInfo &user, const QDate &today)
 {
     const QString login = user.parameters.value(QLatin1String(db::user::LOGIN));
     if (user.parameters.value(QLatin1String(db::user::REQUIRE_CHANGE)).trimmed()
         == QLatin1String("1")) {
-        return tr("Пароль учётной записи «%1» сброшен администратором. Чтобы войти, задайте "
-                  "новый пароль.")
+        return ServerText(
+                   QT_TRANSLATE_NOOP(
+                       "ZRServer",
+                       "Пароль учётной записи «%1» сброшен администратором. Чтобы войти, задайте "
+                       "новый пароль."))
             .arg(login);
     }
     const QString expiry
@@ -72,14 +75,20 @@ QString PasswordRules::changeRequiredReason(const ObjectInfo &user, const QDate 
     // A date nobody can read is treated as passed: the user sets a new password, and that
     // writes a proper date.
     if (!expires.isValid()) {
-        return tr("Срок действия пароля учётной записи «%1» не читается. Чтобы войти, задайте "
-                  "новый пароль.")
+        return ServerText(
+                   QT_TRANSLATE_NOOP(
+                       "ZRServer",
+                       "Срок действия пароля учётной записи «%1» не читается. Чтобы войти, задайте "
+                       "новый пароль."))
             .arg(login);
     }
     if (expires >= today)
         return {};
-    return tr("Срок действия пароля учётной записи «%1» истёк %2. Чтобы войти, задайте новый "
-              "пароль.")
+    return ServerText(
+               QT_TRANSLATE_NOOP(
+                   "ZRServer",
+                   "Срок действия пароля учётной записи «%1» истёк %2. Чтобы войти, задайте новый "
+                   "пароль."))
         .arg(login, expires.toString(QStringLiteral("dd.MM.yyyy")));
 }
 

@@ -1,8 +1,8 @@
 #pragma once
 
+#include <server/engine/ops/servertext.h>
 #include <shared/objectinfo.h>
 
-#include <QCoreApplication>
 #include <QDate>
 #include <QHash>
 #include <QMap>
@@ -18,7 +18,6 @@ class ObjectStore;
 // password he chose himself does to his obligation and his expiry date.
 class PasswordRules
 {
-    Q_DECLARE_TR_FUNCTIONS(PasswordRules)
 
 public:
     // Parameters to store and parameters to drop, in one change of a user.
@@ -41,7 +40,7 @@ public:
     Edit renewal(const ObjectInfo &user, const QDate &today);
 
     // Why `user` must choose a new password before he may log in; empty if he needn't.
-    static QString changeRequiredReason(const ObjectInfo &user, const QDate &today);
+    static ServerText changeRequiredReason(const ObjectInfo &user, const QDate &today);
 
 private:
     ObjectStore &m_store;

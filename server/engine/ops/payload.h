@@ -30,4 +30,17 @@ bool read(const Command &command, Values &...values)
     return in.status() == QDataStream::Ok && in.atEnd();
 }
 
+// As read(), and then one more text that later clients add at the end and earlier ones
+// don't send: `present` says whether it came; absent, `text` is left as it is.
+template<class... Values>
+bool readWithTrailingText(const Command &command, QString *text, bool *present, Values &...values)
+{
+    ZRDataStream in(command.data);
+    (readValue(in, values), ...);
+    *present = in.status() == QDataStream::Ok && !in.atEnd();
+    if (*present)
+        in >> *text;
+    return in.status() == QDataStream::Ok && in.atEnd();
+}
+
 } // namespace zeral::server::payload

@@ -1,8 +1,6 @@
 #include "reply.h"
 
-#include <host/core/zrdatastream.h>
-
-#include <QCoreApplication>
+#include <QtGlobal>
 
 namespace zeral::server {
 
@@ -29,22 +27,22 @@ Reply Reply::changed(TYPE_ID object, QString detail, QByteArray data)
     return reply;
 }
 
-Reply Reply::fail(qint32 status, const QString &text, TYPE_ID object)
+Reply Reply::fail(qint32 status, const ServerText &reason, TYPE_ID object)
 {
     Reply reply;
     reply.status = status;
-    reply.data = ZRDataStream::pack(text);
+    reply.reason = reason;
     reply.object = object;
-    reply.detail = text;
+    reply.detail = reason.toString();
     return reply;
 }
 
 Reply Reply::internalError()
 {
     return fail(proto::StatusInternal,
-                QCoreApplication::translate("Reply",
-                                            "Сервер не смог выполнить запрос; ничего не изменено. "
-                                            "Повторите позже или сообщите администратору."));
+                QT_TRANSLATE_NOOP("ZRServer",
+                                  "Сервер не смог выполнить запрос; ничего не изменено. "
+                                  "Повторите позже или сообщите администратору."));
 }
 
 } // namespace zeral::server

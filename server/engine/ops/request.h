@@ -22,6 +22,8 @@ struct Request
     // The login a request speaks for before it has a session (a login attempt), so that the
     // audit log names whom a refused attempt tried.
     QString claimedLogin;
+    // The language of the refusal's reason: the session's, or what a login or resume names.
+    QString language;
 
     QList<Command> pushes;                    // to every session, before the answer
     QList<std::function<void()>> afterCommit; // after the pushes, before the answer

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <server/engine/ops/serverlanguages.h>
 #include <server/engine/session/loginthrottle.h>
 #include <server/engine/session/sessionregistry.h>
 #include <server/engine/storage/database.h>
@@ -18,7 +19,8 @@ namespace zeral::server {
 class MailSender;
 class MailRenderer;
 
-// What the handlers of requests share: the database, the sessions, the clock and the mail.
+// What the handlers of requests share: the database, the sessions, the clock, the mail and
+// the catalogues of the texts.
 // It lives in the engine's thread and is touched from nowhere else.
 struct ServerState
 {
@@ -26,6 +28,7 @@ struct ServerState
     Database database;
     std::unique_ptr<ObjectStore> store;
     SessionRegistry sessions;
+    ServerLanguages languages; // the catalogues of the texts for operators
     std::unique_ptr<LoginThrottle> throttle;
     std::unique_ptr<MailRenderer> mailRenderer;
     QPointer<MailSender> mailSender; // null without a relay: mail stays in the outbox

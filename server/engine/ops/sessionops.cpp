@@ -9,7 +9,7 @@
 #include <server/engine/serverlogging.h>
 #include <server/engine/session/passwordhasher.h>
 
-#include <QCoreApplication>
+#include <QtGlobal>
 
 namespace zeral::server {
 
@@ -25,6 +25,14 @@ QString throttleAddress(const ClientConnection *connection)
     return isIPv4 ? QHostAddress(ipv4).toString() : address.toString();
 }
 
+// The language a client names, as a session keeps it. Names of languages are short ("en_GB",
+// "sr_Latn_RS"); anything longer is no language and is not kept with the session: Russian.
+QString languageNamed(const QString &text)
+{
+    constexpr int LongestName = 32;
+    return text.size() <= LongestName ? text : QString();
+}
+
 } // namespace
 
 SessionOps::SessionOps(ServerState &state)
@@ -36,18 +44,23 @@ Reply SessionOps::authenticate(const QString &login, const QString &clientHash,
 {
     LoginThrottle &throttle = *m_state.throttle;
     if (const qint64 seconds = throttle.lockedFor(login, address); seconds > 0) {
-        return Reply::fail(proto::StatusLoginLocked,
-                           tr("Вход под именем «%1» временно закрыт после нескольких неудачных "
-                              "попыток. Повторите через %2 мин.")
-                               .arg(login)
-                               .arg((seconds + 59) / 60));
+        return Reply::fail(
+            proto::StatusLoginLocked,
+            ServerText(
+                QT_TRANSLATE_NOOP("ZRServer",
+                                  "Вход под именем «%1» временно закрыт после нескольких неудачных "
+                                  "попыток. Повторите через %2 мин."))
+                .arg(login)
+                .arg((seconds + 59) / 60));
     }
     const QList<TYPE_ID> users = m_state.store->usersWithLogin(login, Qt::CaseSensitive);
     const TYPE_ID found = users.value(0);
     const QString stored = found ? m_state.store->passwordHash(found) : QString();
     if (found && found == m_state.rootUid && stored.isEmpty()) {
-        return Reply::fail(proto::StatusLoginFailed,
-                           tr("Пароль пользователя root ещё не задан. Задайте его при первом "
+        return Reply::fail(
+            proto::StatusLoginFailed,
+            QT_TRANSLATE_NOOP("ZRServer",
+                              "Пароль пользователя root ещё не задан. Задайте его при первом "
                               "запуске студии или командой zr-server --init-root-password."));
     }
     // An unknown login or one without a password runs the same Argon2 check as a wrong
@@ -56,9 +69,11 @@ Reply SessionOps::authenticate(const QString &login, const QString &clientHash,
     const bool passwordMatches = stored.isEmpty() ? PasswordHasher::verifyWithoutAccount(clientHash)
                                                   : PasswordHasher::verify(stored, clientHash);
     if (!found || !passwordMatches) {
-        Reply reply = Reply::fail(proto::StatusLoginFailed,
-                                  tr("Неверное имя пользователя или пароль. Проверьте раскладку "
-                                     "клавиатуры и повторите."));
+        Reply reply = Reply::fail(
+            proto::StatusLoginFailed,
+            QT_TRANSLATE_NOOP("ZRServer",
+                              "Неверное имя пользователя или пароль. Проверьте раскладку "
+                              "клавиатуры и повторите."));
         const LoginThrottle::Failure failure = throttle.recordFailure(login, address);
         reply.delayMs = failure.delayMs;
         if (failure.lockedUntil.isValid()) {
@@ -73,11 +88,16 @@ Reply SessionOps::authenticate(const QString &login, const QString &clientHash,
         return reply;
     }
     if (!m_state.store->read(found, user))
-        return Reply::fail(proto::StatusInternal, tr("Сервер не смог прочитать учётную запись."));
+        return Reply::fail(
+            proto::StatusInternal,
+            QT_TRANSLATE_NOOP("ZRServer", "Сервер не смог прочитать учётную запись."));
     if (Pushes::isBlocked(*user)) {
         return Reply::fail(
             proto::StatusAccountBlocked,
-            tr("Учётная запись «%1» заблокирована. Обратитесь к администратору.").arg(login),
+            ServerText(
+                QT_TRANSLATE_NOOP(
+                    "ZRServer", "Учётная запись «%1» заблокирована. Обратитесь к администратору."))
+                .arg(login),
             found);
     }
     throttle.recordSuccess(login, address);
@@ -86,7 +106,7 @@ Reply SessionOps::authenticate(const QString &login, const QString &clientHash,
 
 Reply SessionOps::checkPasswordCurrent(const ObjectInfo &user)
 {
-    const QString reason = PasswordRules::changeRequiredReason(user, m_state.clock().date());
+    const ServerText reason = PasswordRules::changeRequiredReason(user, m_state.clock().date());
     if (reason.isEmpty())
         return Reply::ok();
     return Reply::fail(proto::StatusPasswordChangeRequired, reason, user.uid);
@@ -115,10 +135,14 @@ void SessionOps::attach(Session *session, ClientConnection *connection)
 
 Reply SessionOps::login(Request &request)
 {
-    QString login, clientHash, client;
-    if (!payload::read(request.command, login, clientHash, client))
-        return Reply::fail(proto::StatusMalformed, tr("Запрос входа не читается."));
+    QString login, clientHash, client, language;
+    bool named = false;
+    if (!payload::readWithTrailingText(request.command, &language, &named, login, clientHash,
+                                       client))
+        return Reply::fail(proto::StatusMalformed,
+                           QT_TRANSLATE_NOOP("ZRServer", "Запрос входа не читается."));
     request.claimedLogin = login;
+    request.language = languageNamed(language); // a client that names none speaks Russian
     ObjectInfo user;
     Reply checked = authenticate(login, clientHash, throttleAddress(request.connection), &user);
     if (checked.isOk())
@@ -140,6 +164,7 @@ Reply SessionOps::openSession(Request &request, const ObjectInfo &user, const QS
     identity.roleTemplate = Pushes::roleTemplateOf(user);
     identity.roles = m_state.store->templateRoles(identity.roleTemplate);
     identity.started = m_state.clock();
+    identity.language = request.language;
     Session *session = m_state.sessions.create(identity);
     attach(session, request.connection);
     request.session = session;
@@ -151,13 +176,21 @@ Reply SessionOps::openSession(Request &request, const ObjectInfo &user, const QS
 Reply SessionOps::resume(Request &request)
 {
     QByteArray id;
-    QString login, clientHash;
-    if (!payload::read(request.command, id, login, clientHash))
-        return Reply::fail(proto::StatusMalformed, tr("Запрос восстановления сессии не читается."));
+    QString login, clientHash, language;
+    bool named = false;
+    if (!payload::readWithTrailingText(request.command, &language, &named, id, login, clientHash))
+        return Reply::fail(
+            proto::StatusMalformed,
+            QT_TRANSLATE_NOOP("ZRServer", "Запрос восстановления сессии не читается."));
+    if (named)
+        request.language = languageNamed(language);
     Session *session = m_state.sessions.find(id);
+    if (session && session->login == login && !named)
+        request.language = session->language;
     if (!session || session->login != login) {
-        return Reply::fail(proto::StatusNotFound,
-                           tr("Сессия завершена. Войдите в систему заново."));
+        return Reply::fail(
+            proto::StatusNotFound,
+            QT_TRANSLATE_NOOP("ZRServer", "Сессия завершена. Войдите в систему заново."));
     }
     ObjectInfo user;
     Reply checked = authenticate(login, clientHash, throttleAddress(request.connection), &user);
@@ -166,12 +199,17 @@ Reply SessionOps::resume(Request &request)
     if (!checked.isOk())
         return checked;
     if (user.uid != session->uid)
-        return Reply::fail(proto::StatusNotFound,
-                           tr("Сессия завершена. Войдите в систему заново."));
+        return Reply::fail(
+            proto::StatusNotFound,
+            QT_TRANSLATE_NOOP("ZRServer", "Сессия завершена. Войдите в систему заново."));
     if (request.session && request.session != session)
         m_state.sessions.end(request.session->id, m_state.clock());
     attach(session, request.connection);
     request.session = session;
+    // A client that names no language (an older one) leaves the session's as it was.
+    if (named)
+        session->language = request.language;
+    request.language = session->language;
     qCInfo(lcServerSession) << "session of" << login << "resumed from"
                             << request.connection->peer();
     return identity(*session);
@@ -189,22 +227,30 @@ Reply SessionOps::logout(Request &request)
 
 Reply SessionOps::changePassword(Request &request)
 {
-    QString login, currentHash, newHash, client;
-    if (!payload::read(request.command, login, currentHash, newHash, client))
-        return Reply::fail(proto::StatusMalformed, tr("Запрос смены пароля не читается."));
+    QString login, currentHash, newHash, client, language;
+    bool named = false;
+    if (!payload::readWithTrailingText(request.command, &language, &named, login, currentHash,
+                                       newHash, client))
+        return Reply::fail(proto::StatusMalformed,
+                           QT_TRANSLATE_NOOP("ZRServer", "Запрос смены пароля не читается."));
     request.claimedLogin = login;
+    request.language = languageNamed(language);
     ObjectInfo user;
     Reply checked = authenticate(login, currentHash, throttleAddress(request.connection), &user);
     if (!checked.isOk())
         return checked;
     if (newHash.isEmpty())
-        return Reply::fail(proto::StatusMalformed,
-                           tr("Новый пароль не передан. Введите новый пароль и повторите."),
-                           user.uid);
+        return Reply::fail(
+            proto::StatusMalformed,
+            QT_TRANSLATE_NOOP("ZRServer",
+                              "Новый пароль не передан. Введите новый пароль и повторите."),
+            user.uid);
     if (newHash == currentHash)
-        return Reply::fail(proto::StatusConflict,
-                           tr("Новый пароль должен отличаться от текущего. Придумайте другой."),
-                           user.uid);
+        return Reply::fail(
+            proto::StatusConflict,
+            QT_TRANSLATE_NOOP("ZRServer",
+                              "Новый пароль должен отличаться от текущего. Придумайте другой."),
+            user.uid);
 
     const QString hash = PasswordHasher::hash(newHash);
     if (hash.isEmpty() || !m_state.store->setPasswordHash(user.uid, hash))

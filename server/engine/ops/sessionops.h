@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QCoreApplication>
 #include <server/engine/ops/request.h>
 #include <shared/objectinfo.h>
 
@@ -12,7 +11,6 @@ struct ServerState;
 // a session: a password change and the password policy.
 class SessionOps
 {
-    Q_DECLARE_TR_FUNCTIONS(SessionOps)
 
 public:
     explicit SessionOps(ServerState &state);

@@ -21,22 +21,29 @@ Reply SqlOps::execSql(Request &request)
 {
     DbQuery query;
     if (!payload::read(request.command, query) || query.statements.isEmpty())
-        return Reply::fail(proto::StatusMalformed, tr("Запрос SQL не читается или пуст."));
+        return Reply::fail(proto::StatusMalformed,
+                           QT_TRANSLATE_NOOP("ZRServer", "Запрос SQL не читается или пуст."));
     switch (m_pool->submit(request.session->id, query, request.answerLater)) {
     case SqlReaderPool::Admission::Started:
         return Reply::later();
     case SqlReaderPool::Admission::SessionBusy:
-        return Reply::fail(proto::StatusInternal,
-                           tr("Ваши предыдущие запросы SQL ещё выполняются (одновременно не "
-                              "больше %1). Дождитесь ответа на них и повторите.")
-                               .arg(m_pool->limits().perSession));
+        return Reply::fail(
+            proto::StatusInternal,
+            ServerText(
+                QT_TRANSLATE_NOOP("ZRServer",
+                                  "Ваши предыдущие запросы SQL ещё выполняются (одновременно не "
+                                  "больше %1). Дождитесь ответа на них и повторите."))
+                .arg(m_pool->limits().perSession));
     case SqlReaderPool::Admission::ServerBusy:
         break;
     }
-    return Reply::fail(proto::StatusInternal,
-                       tr("Сервер уже выполняет %1 запроса SQL других операторов. Повторите "
-                          "запрос через несколько секунд.")
-                           .arg(m_pool->limits().workers));
+    return Reply::fail(
+        proto::StatusInternal,
+        ServerText(
+            QT_TRANSLATE_NOOP("ZRServer",
+                              "Сервер уже выполняет %1 запроса SQL других операторов. Повторите "
+                              "запрос через несколько секунд."))
+            .arg(m_pool->limits().workers));
 }
 
 } // namespace zeral::server

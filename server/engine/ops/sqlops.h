@@ -1,6 +1,5 @@
 #pragma once
 
-#include <QCoreApplication>
 #include <server/engine/ops/request.h>
 
 #include <memory>
@@ -14,7 +13,6 @@ class SqlReaderPool;
 // the answer follows later through Request::answerLater.
 class SqlOps
 {
-    Q_DECLARE_TR_FUNCTIONS(SqlOps)
 
 public:
     explicit SqlOps(ServerState &state);

@@ -72,8 +72,10 @@ bool SqlReader::open()
 Reply SqlReader::run(const DbQuery &query)
 {
     if (!open())
-        return Reply::fail(proto::StatusInternal,
-                           tr("Сервер не смог открыть базу данных для запроса SQL. Повторите "
+        return Reply::fail(
+            proto::StatusInternal,
+            QT_TRANSLATE_NOOP("ZRServer",
+                              "Сервер не смог открыть базу данных для запроса SQL. Повторите "
                               "позже."));
     const int limit = query.maxRows > 0 ? qMin(query.maxRows, MaxRows) : MaxRows;
     QByteArray packed;
@@ -95,13 +97,17 @@ Reply SqlReader::runOne(const QString &text, int rowLimit, QByteArray *packed)
     const bool ran = sql.exec(text);
     if (!ran && !readOnly.refused().isEmpty()) {
         qCWarning(lcServer) << "refused client SQL touching" << readOnly.refused();
-        return Reply::fail(proto::StatusForbidden,
-                           tr("Запросы SQL с клиента могут только читать данные; отказано: %1.")
-                               .arg(readOnly.refused()));
+        return Reply::fail(
+            proto::StatusForbidden,
+            ServerText(
+                QT_TRANSLATE_NOOP(
+                    "ZRServer", "Запросы SQL с клиента могут только читать данные; отказано: %1."))
+                .arg(readOnly.refused()));
     }
     if (!ran && !readOnly.timedOut() && !readOnly.stopped())
         return Reply::fail(proto::StatusMalformed,
-                           tr("Ошибка в запросе SQL: %1").arg(sql.lastError().text()));
+                           ServerText(QT_TRANSLATE_NOOP("ZRServer", "Ошибка в запросе SQL: %1"))
+                               .arg(sql.lastError().text()));
     const QSqlRecord record = sql.record();
     result.columnCount = record.count();
     for (int c = 0; c < record.count(); ++c)
@@ -118,22 +124,29 @@ Reply SqlReader::runOne(const QString &text, int rowLimit, QByteArray *packed)
         ++result.rowCount;
     }
     if (readOnly.stopped())
-        return Reply::fail(proto::StatusInternal,
-                           tr("Сервер останавливается; запрос SQL прерван."));
+        return Reply::fail(
+            proto::StatusInternal,
+            QT_TRANSLATE_NOOP("ZRServer", "Сервер останавливается; запрос SQL прерван."));
     if (readOnly.timedOut()) {
-        return Reply::fail(proto::StatusMalformed,
-                           tr("Запрос SQL выполнялся дольше %1 мс и был прерван. Сузьте запрос.")
-                               .arg(m_timeLimitMs));
+        return Reply::fail(
+            proto::StatusMalformed,
+            ServerText(
+                QT_TRANSLATE_NOOP(
+                    "ZRServer", "Запрос SQL выполнялся дольше %1 мс и был прерван. Сузьте запрос."))
+                .arg(m_timeLimitMs));
     }
     if (bytes > MaxAnswerBytes) {
-        return Reply::fail(proto::StatusMalformed,
-                           tr("Ответ на запрос SQL больше %1 МиБ. Запросите меньше строк "
-                              "или столбцов.")
-                               .arg(MaxAnswerBytes / (1024 * 1024)));
+        return Reply::fail(
+            proto::StatusMalformed,
+            ServerText(QT_TRANSLATE_NOOP(
+                           "ZRServer", "Ответ на запрос SQL больше %1 МиБ. Запросите меньше строк "
+                                       "или столбцов."))
+                .arg(MaxAnswerBytes / (1024 * 1024)));
     }
     if (sql.lastError().isValid())
         return Reply::fail(proto::StatusMalformed,
-                           tr("Ошибка в запросе SQL: %1").arg(sql.lastError().text()));
+                           ServerText(QT_TRANSLATE_NOOP("ZRServer", "Ошибка в запросе SQL: %1"))
+                               .arg(sql.lastError().text()));
     *packed = ZRDataStream::pack(result);
     return Reply::ok();
 }

@@ -3,7 +3,6 @@
 #include <server/engine/ops/reply.h>
 
 #include <QAtomicInt>
-#include <QCoreApplication>
 #include <QSqlDatabase>
 #include <QString>
 
@@ -17,7 +16,6 @@ namespace zeral::server {
 // written. Every statement runs under ReadOnlyScope, with the server's SQL functions.
 class SqlReader
 {
-    Q_DECLARE_TR_FUNCTIONS(SqlReader)
 
 public:
     static constexpr int MaxRows = 10000;

@@ -32,6 +32,9 @@ struct Session
     // Who confirmed the session's next request (session.set_confirmer): kept for that one
     // request's audit row, then forgotten.
     QString confirmerLogin;
+    // The operator's language as his client named it at login ("en_GB"; empty: Russian):
+    // the reasons of refusals and the session's own notices are given in it.
+    QString language;
 
     bool hasRole(const char *role) const { return roles.contains(QLatin1String(role)); }
     QString ipPort() const;
