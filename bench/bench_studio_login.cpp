@@ -257,7 +257,6 @@ int main(int argc, char **argv)
     waitFor([&] { return loaded; }, "the store was never filled");
     const double loadMs = elapsedMs(total) - loginMs;
     const double rssLoaded = statusMb("VmRSS");
-    const double peakLoaded = statusMb("VmHWM");
 
     // The main window's way: init, registered on the router, placed, shown.
     const double screenStart = elapsedMs(total);
@@ -300,7 +299,6 @@ int main(int argc, char **argv)
     bench::report("studio_login_screen", {screenMs});
     bench::report("studio_login_rss_before", {rssBefore});
     bench::report("studio_login_rss_loaded", {rssLoaded});
-    bench::report("studio_login_rss_peak_loaded", {peakLoaded});
     bench::report("studio_login_rss_peak", {peak});
 
     router.unregisterPlugin(&screen);

@@ -447,9 +447,53 @@ void benchStock(const QList<ObjectInfo> &users)
         s.users.setFilterFixedString(QLatin1String(db::system::USER));
         QCoreApplication::processEvents();
     }
+    // The sessions answer, the stock way: read through QDataStream into a QStandardItemModel
+    // under a sorted proxy, each session's user and template found by a scan of the users'
+    // logins, taken from the stock list, the rows fitted to their contents. Seconds a poll,
+    // so one poll.
+    QStandardItemModel sessionModel(0, 6);
+    QSortFilterProxyModel sessionProxy;
+    sessionProxy.setSourceModel(&sessionModel);
+    sessionProxy.sort(0);
+    QTableView sessionTable;
+    sessionTable.setModel(&sessionProxy);
+    sessionTable.resize(1280, 800);
+    sessionTable.show();
+    QCoreApplication::processEvents();
+    const QByteArray answer = sessionsAnswer(users);
+    const double poll = timedRepaint("stock sessions poll", sessionTable.viewport(), [&] {
+        ZRDataStream in(answer);
+        QHash<QByteArray, zeral::ConnectedUserInfo> sessions;
+        QDateTime serverTime;
+        in >> sessions >> serverTime;
+        sessionModel.removeRows(0, sessionModel.rowCount());
+        QStringList logins;
+        for (int row = 0; row < s.model.rowCount(); ++row)
+            logins << s.model.item(row, 0)->text();
+        for (const zeral::ConnectedUserInfo &session : qAsConst(sessions)) {
+            QString uid;
+            QString roleTemplate;
+            const int row = logins.indexOf(session.user);
+            if (row >= 0) {
+                uid = s.model.item(row, 2)->text();
+                roleTemplate = s.model.item(row, 4)->text();
+            }
+            sessionModel.appendRow({new QStandardItem(session.user),
+                                    new QStandardItem(session.ipPort),
+                                    new QStandardItem(roleTemplate),
+                                    new QStandardItem(session.connectDateTime.toLocalTime().toString()),
+                                    new QStandardItem(session.lastActionTime.toLocalTime().toString()),
+                                    new QStandardItem(uid)});
+        }
+        sessionTable.resizeRowsToContents();
+    });
+    if (sessionModel.rowCount() != sessionCount)
+        fail("the stock sessions table doesn't hold every session");
+
     bench::report("users_screen_fill_baseline", fills);
     bench::report("users_screen_update_baseline", updates);
     bench::report("users_screen_filter_baseline", filters);
+    bench::report("sessions_poll_baseline", {poll});
 }
 
 } // namespace

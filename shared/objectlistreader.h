@@ -10,6 +10,8 @@ class QDataStream;
 
 namespace zeral::wire {
 
+class ByteCursor;
+
 // Reads a list of objects as `readList` does, with the same result and the same checks, but
 // straight from the bytes of an in-memory stream instead of value by value through
 // QDataStream, and with the texts pooled: parameter names and types always, a parameter's
@@ -33,10 +35,8 @@ private:
         int found = 0;
         bool pooled = true;
     };
-    class Cursor;
-
-    void readObject(Cursor &cursor, ObjectInfo &object);
-    QString readValue(Cursor &cursor, const QString &key);
+    void readObject(ByteCursor &cursor, ObjectInfo &object);
+    QString readValue(ByteCursor &cursor, const QString &key);
 
     StringPool m_pool;
     QHash<const void *, ValueStats> m_valueStats; // by the pooled key's characters

@@ -22,6 +22,7 @@
 #include <shared/datasets.h>
 #include <shared/dbkeys.h>
 #include <shared/rolenames.h>
+#include <shared/sessiontablereader.h>
 
 #include <QDateTime>
 #include <QSortFilterProxyModel>
@@ -48,7 +49,7 @@ void UserCtl::getSessionsInfoResult(Command &command)
     }
     QHash<QByteArray, zeral::ConnectedUserInfo> sessions;
     QDateTime serverTime;
-    in >> sessions >> serverTime;
+    zeral::wire::SessionTableReader::read(in, sessions) >> serverTime;
     if (!serverTime.isValid()) {
         qCDebug(ucc()) << "empty server time, using local time";
         serverTime = QDateTime::currentDateTime();

@@ -1,6 +1,7 @@
 #include <shared/metatypes.h>
 #include <shared/objectlistreader.h>
 #include <shared/objectlistwriter.h>
+#include <shared/sessiontablereader.h>
 #include <shared/wire.h>
 
 #include <QBuffer>
@@ -73,7 +74,7 @@ struct SequentialSource : QIODevice
 
 } // namespace
 
-class TestObjectLists : public QObject
+class TestWireLists : public QObject
 {
     Q_OBJECT
 
@@ -86,9 +87,10 @@ private slots:
     void refusesAHostileCount();
     void sharesTextsThatRepeat();
     void readsOtherDevicesThroughTheStream();
+    void readsSessionsAsQtDoes();
 };
 
-void TestObjectLists::readsWhatQtReads_data()
+void TestWireLists::readsWhatQtReads_data()
 {
     QTest::addColumn<QList<ObjectInfo>>("objects");
     const QDateTime utc(QDate(2026, 11, 24), QTime(18, 30, 1, 250), Qt::UTC);
@@ -115,7 +117,7 @@ void TestObjectLists::readsWhatQtReads_data()
                                                             person(6, QStringLiteral("Олег"), zoned)};
 }
 
-void TestObjectLists::readsWhatQtReads()
+void TestWireLists::readsWhatQtReads()
 {
     QFETCH(QList<ObjectInfo>, objects);
     const QByteArray bytes = encode(objects);
@@ -143,7 +145,7 @@ void TestObjectLists::readsWhatQtReads()
     QVERIFY(in.atEnd());
 }
 
-void TestObjectLists::writesWhatQtWrites()
+void TestWireLists::writesWhatQtWrites()
 {
     QFETCH(QList<ObjectInfo>, objects);
     const QByteArray expected = encode(objects, false).chopped(1); // without the flag
@@ -153,7 +155,7 @@ void TestObjectLists::writesWhatQtWrites()
     QCOMPARE(written.mid(4).toHex(), expected.toHex());
 }
 
-void TestObjectLists::refusesWhatIsCut()
+void TestWireLists::refusesWhatIsCut()
 {
     ObjectInfo linked = person(4, QStringLiteral("Пётр"), QDateTime::currentDateTimeUtc());
     linked.parents.insert(1, link(4, 90, QDateTime::currentDateTimeUtc()));
@@ -170,7 +172,7 @@ void TestObjectLists::refusesWhatIsCut()
     }
 }
 
-void TestObjectLists::refusesAHostileCount()
+void TestWireLists::refusesAHostileCount()
 {
     // A count of objects, then of one object's parameters, far beyond the bytes there are.
     QByteArray objects;
@@ -195,7 +197,7 @@ void TestObjectLists::refusesAHostileCount()
     }
 }
 
-void TestObjectLists::sharesTextsThatRepeat()
+void TestWireLists::sharesTextsThatRepeat()
 {
     // Names that repeat stay shared; logins, all different, stop being pooled once judged.
     QList<ObjectInfo> objects;
@@ -233,7 +235,7 @@ void TestObjectLists::sharesTextsThatRepeat()
     QVERIFY(again.first().type.constData() != first.type.constData());
 }
 
-void TestObjectLists::readsOtherDevicesThroughTheStream()
+void TestWireLists::readsOtherDevicesThroughTheStream()
 {
     // A socket-like device is read through QDataStream, with the same result.
     const QList<ObjectInfo> objects{person(1, QStringLiteral("Иван"), QDateTime()),
@@ -249,5 +251,45 @@ void TestObjectLists::readsOtherDevicesThroughTheStream()
     QVERIFY(more);
 }
 
-QTEST_GUILESS_MAIN(TestObjectLists)
-#include "tst_objectlists.moc"
+void TestWireLists::readsSessionsAsQtDoes()
+{
+    // Times in UTC as the server sends them, one in a named zone (read by QDataStream), null
+    // ids and texts; then the same bytes cut short at every length.
+    QHash<QByteArray, ConnectedUserInfo> sessions;
+    const QDateTime utc(QDate(2026, 11, 24), QTime(9, 15, 30, 5), Qt::UTC);
+    sessions.insert("a1", {QStringLiteral("ivanov"), QStringLiteral("10.0.0.7:51234"), utc,
+                           utc.addSecs(60), QByteArrayLiteral("a1")});
+    sessions.insert("b2", {QStringLiteral("петров"), QString(), QDateTime(), utc, QByteArray()});
+    QHash<QByteArray, ConnectedUserInfo> zoned = sessions;
+    zoned.insert("c3", {QStringLiteral("x"), QLatin1String(""),
+                        QDateTime(QDate(2026, 1, 1), QTime(8, 0),
+                                  QTimeZone(QByteArrayLiteral("Europe/Moscow"))),
+                        utc, QByteArrayLiteral("c3")});
+    for (const auto &written : {sessions, zoned}) {
+        QByteArray bytes;
+        QDataStream out(&bytes, QIODevice::WriteOnly);
+        out.setVersion(QDataStream::Qt_5_15);
+        out << written << utc;
+        QDataStream in(bytes);
+        in.setVersion(QDataStream::Qt_5_15);
+        QHash<QByteArray, ConnectedUserInfo> read;
+        QDateTime after;
+        wire::SessionTableReader::read(in, read) >> after;
+        QCOMPARE(in.status(), QDataStream::Ok);
+        QCOMPARE(read, written);
+        QCOMPARE(after, utc);
+    }
+    QByteArray bytes;
+    QDataStream out(&bytes, QIODevice::WriteOnly);
+    out << sessions;
+    for (int cut = 0; cut < bytes.size(); ++cut) {
+        QDataStream in(bytes.left(cut));
+        QHash<QByteArray, ConnectedUserInfo> read{{"stale", {}}};
+        wire::SessionTableReader::read(in, read);
+        QVERIFY2(in.status() != QDataStream::Ok, qPrintable(QString::number(cut)));
+        QVERIFY(read.isEmpty());
+    }
+}
+
+QTEST_GUILESS_MAIN(TestWireLists)
+#include "tst_wirelists.moc"
