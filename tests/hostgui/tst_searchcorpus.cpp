@@ -1,5 +1,6 @@
 #include <host/gui/models/searchcorpus.h>
 
+#include <QRandomGenerator>
 #include <QtTest>
 
 using zeral::TYPE_ID;
@@ -12,6 +13,7 @@ private slots:
     void find_data();
     void find();
     void changesAndRemovals();
+    void indexOfAgreesWithQt();
 };
 
 void TestSearchCorpus::find_data()
@@ -60,6 +62,35 @@ void TestSearchCorpus::changesAndRemovals()
     QCOMPARE(corpus.find(QString()).size(), 999);
     corpus.set(999, QStringLiteral("back"));
     QCOMPARE(corpus.find(QStringLiteral("back")), Uids{999});
+}
+
+
+void TestSearchCorpus::indexOfAgreesWithQt()
+{
+    // Texts over three letters, so that words recur, of every length around the eight
+    // characters compared at a time, and every place to search from.
+    QRandomGenerator random(5);
+    const QString letters = QStringLiteral("аоb");
+    const auto randomText = [&](int length) {
+        QString text;
+        for (int i = 0; i < length; ++i)
+            text += letters.at(random.bounded(letters.size()));
+        return text;
+    };
+    for (int round = 0; round < 400; ++round) {
+        const QString text = randomText(random.bounded(41));
+        const QString word = randomText(random.bounded(6));
+        for (int from = 0; from <= text.size(); ++from) {
+            const int expected = int(QStringView(text).indexOf(word, from));
+            const int found = SearchCorpus::indexOf(text, word, from);
+            if (found != expected)
+                QFAIL(qPrintable(QStringLiteral("\"%1\" in \"%2\" from %3: %4 instead of %5")
+                                     .arg(word, text)
+                                     .arg(from)
+                                     .arg(found)
+                                     .arg(expected)));
+        }
+    }
 }
 
 QTEST_APPLESS_MAIN(TestSearchCorpus)

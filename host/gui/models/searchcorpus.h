@@ -4,6 +4,7 @@
 
 #include <QHash>
 #include <QString>
+#include <QStringView>
 #include <QVector>
 
 // The search texts of many objects in one string, so that a word is looked for in a single
@@ -20,6 +21,10 @@ public:
     void clear();
     // The uids whose text contains `word`, each once.
     QVector<zeral::TYPE_ID> find(const QString &word) const;
+
+    // Where `word` first occurs in `text` from `from` on, -1 if nowhere: QStringView::indexOf,
+    // eight characters at a time for the first two characters of the word.
+    static int indexOf(QStringView text, QStringView word, int from);
 
 private:
     void append(zeral::TYPE_ID uid, const QString &text);
