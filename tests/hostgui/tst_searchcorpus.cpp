@@ -14,6 +14,7 @@ private slots:
     void find();
     void changesAndRemovals();
     void indexOfAgreesWithQt();
+    void foldAgreesWithQt();
 };
 
 void TestSearchCorpus::find_data()
@@ -91,6 +92,19 @@ void TestSearchCorpus::indexOfAgreesWithQt()
                                      .arg(expected)));
         }
     }
+}
+
+void TestSearchCorpus::foldAgreesWithQt()
+{
+    // Every character of the first plane, then letters beyond it, which fold by their pair.
+    QString everyCharacter;
+    for (uint c = 1; c < 0x10000; ++c) {
+        if (!QChar::isSurrogate(c))
+            everyCharacter += QChar(c);
+    }
+    QCOMPARE(SearchCorpus::fold(everyCharacter), everyCharacter.toCaseFolded());
+    const QString beyond = QStringLiteral("Ёлка ПЁТР ") + QString::fromUcs4(U"\U00010400\U00010428 Z");
+    QCOMPARE(SearchCorpus::fold(beyond), beyond.toCaseFolded());
 }
 
 QTEST_APPLESS_MAIN(TestSearchCorpus)

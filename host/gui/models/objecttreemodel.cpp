@@ -109,7 +109,7 @@ void ObjectTreeModel::prepareTexts(Node *node)
             text += QLatin1Char('\n') + value;
     }
     // Folded in its own buffer.
-    node->searchText = std::move(text).toCaseFolded();
+    node->searchText = SearchCorpus::fold(std::move(text));
     // Case folding maps each UTF-16 unit to one: the sort key is the search text's beginning.
     node->sortKeyLength = node->name.size();
     m_searchCorpus.set(node->info.uid, node->searchText);

@@ -124,3 +124,25 @@ int SearchCorpus::indexOf(QStringView text, QStringView word, int from)
     }
     return -1;
 }
+
+QString SearchCorpus::fold(QString text)
+{
+    QChar *chars = text.data();
+    const int size = text.size();
+    for (int i = 0; i < size; ++i) {
+        const char16_t c = chars[i].unicode();
+        if (c < 0x80) {
+            if (c >= u'A' && c <= u'Z')
+                chars[i] = QChar(c + 0x20);
+        } else if (c >= 0x400 && c <= 0x42F) {
+            // Cyrillic capitals: the Russian alphabet, then Ё and the others below it.
+            chars[i] = QChar(c < 0x410 ? c + 0x50 : c + 0x20);
+        } else if (QChar::isSurrogate(c)) {
+            // Letters beyond the first plane fold by their pair.
+            return std::move(text).toCaseFolded();
+        } else if (!(c >= 0x430 && c <= 0x45F)) {
+            chars[i] = QChar(QChar::toCaseFolded(uint(c)));
+        }
+    }
+    return text;
+}
