@@ -20,7 +20,9 @@ for language in $languages; do
     "$LUPDATE" -no-obsolete -locations relative app -ts "translations/zrstudio_$language.ts"
     "$LUPDATE" -no-obsolete -locations relative host/core host/gui -ts "translations/zrhost_$language.ts"
     "$LUPDATE" -no-obsolete -locations relative src -ts "translations/userctl_$language.ts"
-    # The server's reasons and notices, all in the context "ZRServer" (QT_TRANSLATE_NOOP).
+    # The server's reasons, notices and mail delivery errors, all in the context "ZRServer"
+    # (QT_TRANSLATE_NOOP).
     "$LUPDATE" -no-obsolete -locations relative server/engine/ops server/engine/session \
+        server/engine/mail \
         -ts "translations/zrserver_$language.ts"
 done

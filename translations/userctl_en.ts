@@ -810,12 +810,12 @@ Access denied</translation>
         <translation>%1: %2</translation>
     </message>
     <message>
-        <location filename="../src/userctl_sessions.cpp" line="+67"/>
+        <location filename="../src/userctl_sessions.cpp" line="+68"/>
         <source>Не определено</source>
         <translation>Not defined</translation>
     </message>
     <message>
-        <location line="+148"/>
+        <location line="+154"/>
         <source>Вы не можете отключить себя!</source>
         <translation>You cannot disconnect yourself!</translation>
     </message>

@@ -325,7 +325,7 @@
 <context>
     <name>LocalStorageLoader</name>
     <message>
-        <location filename="../host/core/localstorageloader.cpp" line="+106"/>
+        <location filename="../host/core/localstorageloader.cpp" line="+107"/>
         <source>Сервер прислал нечитаемый каталог ролей</source>
         <translation>The server sent an unreadable role catalogue</translation>
     </message>
@@ -335,7 +335,7 @@
         <translation>The server sent unreadable data for &quot;%1&quot;</translation>
     </message>
     <message>
-        <location line="+70"/>
+        <location line="+72"/>
         <source>Не удалось загрузить данные</source>
         <translation>Could not load the data</translation>
     </message>
@@ -638,7 +638,7 @@
 <context>
     <name>ZRTableView</name>
     <message>
-        <location filename="../host/gui/widgets/zrtableview.cpp" line="+188"/>
+        <location filename="../host/gui/widgets/zrtableview.cpp" line="+204"/>
         <source>Столбец %1</source>
         <translation>Column %1</translation>
     </message>

@@ -18,7 +18,7 @@
     </message>
     <message>
         <location line="-57"/>
-        <location filename="../server/engine/ops/objectops.cpp" line="+200"/>
+        <location filename="../server/engine/ops/objectops.cpp" line="+203"/>
         <source>Шаблона ролей «%1» нет.</source>
         <translation>There is no role template “%1”.</translation>
     </message>
@@ -332,7 +332,7 @@
         <translation>The server could not save the change; nothing was changed. Try again later.</translation>
     </message>
     <message>
-        <location filename="../server/engine/ops/objectops.cpp" line="-193"/>
+        <location filename="../server/engine/ops/objectops.cpp" line="-195"/>
         <source>Изменять объекты этого вида может только супервизор или администратор.</source>
         <translation>Only the supervisor or the administrator may change objects of this kind.</translation>
     </message>
@@ -357,7 +357,7 @@
         <translation>There is no dataset “%1”.</translation>
     </message>
     <message>
-        <location line="+30"/>
+        <location line="+32"/>
         <source>Недостаточно прав для создания пользователей.</source>
         <translation>Insufficient permissions to create users.</translation>
     </message>
@@ -599,6 +599,26 @@
         <location line="+7"/>
         <source>Ответ на запрос SQL больше %1 МиБ. Запросите меньше строк или столбцов.</source>
         <translation>The answer to the SQL request is larger than %1 MiB. Ask for fewer rows or columns.</translation>
+    </message>
+    <message>
+        <location filename="../server/engine/mail/smtpclient.cpp" line="+86"/>
+        <source>Адрес получателя «%1» неверен: письмо не может быть доставлено. Исправьте адрес и отправьте письмо снова.</source>
+        <translation>The recipient address “%1” is not valid: the mail cannot be delivered. Correct the address and send the mail again.</translation>
+    </message>
+    <message>
+        <location line="+9"/>
+        <source>Не удалось подготовить отправку почты (libcurl). Перезапустите сервер.</source>
+        <translation>Sending mail could not be prepared (libcurl). Restart the server.</translation>
+    </message>
+    <message>
+        <location line="+38"/>
+        <source>Почтовый сервер %1 отклонил письмо (код %2: %3). Проверьте адрес получателя и настройки почтового сервера.</source>
+        <translation>The mail server %1 refused the mail (code %2: %3). Check the recipient's address and the mail server settings.</translation>
+    </message>
+    <message>
+        <location line="+7"/>
+        <source>Не удалось передать письмо почтовому серверу %1: %2. Проверьте, что он доступен и что его адрес в настройках верен.</source>
+        <translation>The mail could not be handed to the mail server %1: %2. Check that it can be reached and that its address in the settings is right.</translation>
     </message>
 </context>
 </TS>

@@ -125,10 +125,12 @@ QString ServerEngine::start()
         // The sender reports from its own thread; the sessions are touched only from this
         // one, so the outcome is queued over to the dispatcher.
         Dispatcher *dispatcher = m_dispatcher;
+        qRegisterMetaType<ServerText>();
         connect(
             sender, &MailSender::attemptRecorded, dispatcher,
-            [dispatcher](const QString &operatorLogin, const zeral::MailDelivery &delivery) {
-                dispatcher->sendToOperator(operatorLogin, Pushes::mailDelivery(delivery));
+            [dispatcher](const QString &operatorLogin, const zeral::MailDelivery &delivery,
+                         const ServerText &reason) {
+                dispatcher->sendMailDelivery(operatorLogin, delivery, reason);
             },
             Qt::QueuedConnection);
         sender->start();

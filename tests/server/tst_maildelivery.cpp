@@ -228,8 +228,15 @@ private slots:
         options.mailMaxAttempts = 2;
         options.mailFirstPauseMs = 300;
         options.mailTimeoutMs = 5000;
+        options.catalogueDir = QStringLiteral(ZR_BINARY_DIR "/translations");
         QVERIFY(m_server->start(options).isEmpty());
         auto root = m_server->rootClient();
+        // The same operator in an English studio too: each session is told in its language.
+        auto english = m_server->client();
+        QCOMPARE(english->login(QStringLiteral("root"), QStringLiteral("RootPass1"),
+                                QStringLiteral("en_GB"))
+                     .status,
+                 qint32(proto::StatusOk));
         const QDateTime queuedAt = QDateTime::currentDateTimeUtc();
         const Command answer = root->request(SendEmail, sendEmailRequest(recipient));
         QCOMPARE(answer.status, qint32(proto::StatusOk));
@@ -249,6 +256,21 @@ private slots:
         QCOMPARE(givenUp.state, QString::fromLatin1(MailDelivery::Failed));
         QVERIFY(!givenUp.error.isEmpty());
         QVERIFY(!givenUp.nextAttempt.isValid());
+
+        QVERIFY2(retry.error.startsWith(QStringLiteral("Не удалось передать письмо")),
+                 qPrintable(retry.error));
+        QTRY_COMPARE_WITH_TIMEOUT(english->pushesNamed(proto::command::MailDelivery).size(), 2,
+                                  5000);
+        const MailDelivery told = decode(english->pushesNamed(proto::command::MailDelivery).at(0));
+        QCOMPARE(told.id, id);
+        QVERIFY2(told.error.startsWith(QStringLiteral("The mail could not be handed to the mail "
+                                                      "server smtp://127.0.0.1:%1")
+                                           .arg(port)),
+                 qPrintable(told.error));
+        // The outbox keeps the reason in the server's own language.
+        QSqlQuery row = outboxRow(id);
+        QVERIFY(row.next());
+        QCOMPARE(row.value(QStringLiteral("last_error")).toString(), givenUp.error);
 
         expectErasedText(id, MailDelivery::Failed);
         expectNoTokenStored();

@@ -110,8 +110,10 @@ void MailSender::Worker::deliverDue()
     const QList<MailOutbox::Entry> entries
         = MailOutbox::due(db, QDateTime::currentDateTimeUtc(), batchSize);
     for (const MailOutbox::Entry &entry : entries) {
-        QString error;
-        const bool delivered = m_smtp.send(entry.mail.recipient, entry.mail.message, &error);
+        ServerText reason;
+        const bool delivered = m_smtp.send(entry.mail.recipient, entry.mail.message, &reason);
+        // The outbox and the log keep the reason in the sources' language.
+        const QString error = reason.toString();
         if (stopping && !delivered)
             return; // broken off by stop(): not the relay's fault, not counted
         const QDateTime at = QDateTime::currentDateTimeUtc();
@@ -133,7 +135,8 @@ void MailSender::Worker::deliverDue()
             outcome.error = delivered ? QString() : error;
             if (outcome.state == QLatin1String(MailDelivery::Pending))
                 outcome.nextAttempt = retryAt;
-            emit m_owner->attemptRecorded(entry.operatorLogin, outcome);
+            emit m_owner->attemptRecorded(entry.operatorLogin, outcome,
+                                          delivered ? ServerText() : reason);
         } else {
             // The outbox can't say what was sent: wait rather than send the mail again and
             // again.

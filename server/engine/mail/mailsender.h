@@ -1,5 +1,6 @@
 #pragma once
 
+#include <server/engine/ops/servertext.h>
 #include <shared/maildelivery.h>
 
 #include <QObject>
@@ -41,7 +42,9 @@ signals:
     void attempted(qint64 id, bool delivered, const QString &error);
     // The outcome of one attempt as the outbox recorded it, for the operator who queued the
     // mail (emitted from the sender's thread: connect it queued to an object of the engine).
-    void attemptRecorded(const QString &operatorLogin, const zeral::MailDelivery &delivery);
+    // `reason` is the delivery's error still to be put in the words of each session told.
+    void attemptRecorded(const QString &operatorLogin, const zeral::MailDelivery &delivery,
+                         const zeral::server::ServerText &reason);
 
 private:
     class Worker;

@@ -79,18 +79,21 @@ QString SmtpClient::envelopeSender(const QByteArray &message)
     return QString();
 }
 
-bool SmtpClient::send(const QString &recipient, const QByteArray &message, QString *error) const
+bool SmtpClient::send(const QString &recipient, const QByteArray &message,
+                      ServerText *error) const
 {
     if (!MailRenderer::isValidAddress(recipient)) {
-        *error = QStringLiteral("Адрес получателя «%1» неверен: письмо не может быть доставлено. "
-                                "Исправьте адрес и отправьте письмо снова.")
+        *error = ServerText(QT_TRANSLATE_NOOP("ZRServer",
+                                              "Адрес получателя «%1» неверен: письмо не может "
+                                              "быть доставлено. Исправьте адрес и отправьте "
+                                              "письмо снова."))
                      .arg(recipient);
         return false;
     }
     const std::unique_ptr<CURL, EasyDeleter> curl(curl_easy_init());
     if (!curl) {
-        *error = QStringLiteral(
-            "Не удалось подготовить отправку почты (libcurl). Перезапустите сервер.");
+        *error = ServerText(QT_TRANSLATE_NOOP(
+            "ZRServer", "Не удалось подготовить отправку почты (libcurl). Перезапустите сервер."));
         return false;
     }
     const QByteArray url = m_relayUrl.toUtf8();
@@ -126,16 +129,19 @@ bool SmtpClient::send(const QString &recipient, const QByteArray &message, QStri
     long smtpCode = 0;
     curl_easy_getinfo(handle, CURLINFO_RESPONSE_CODE, &smtpCode);
     const QString detail = QString::fromUtf8(*curlError ? curlError : curl_easy_strerror(result));
-    *error
-        = smtpCode > 0
-              ? QStringLiteral("Почтовый сервер %1 отклонил письмо (код %2: %3). Проверьте адрес "
-                               "получателя и настройки почтового сервера.")
-                    .arg(displayUrl(m_relayUrl))
-                    .arg(smtpCode)
-                    .arg(detail)
-              : QStringLiteral("Не удалось передать письмо почтовому серверу %1: %2. Проверьте, "
-                               "что он доступен и что его адрес в настройках верен.")
-                    .arg(displayUrl(m_relayUrl), detail);
+    *error = smtpCode > 0
+                 ? ServerText(QT_TRANSLATE_NOOP("ZRServer",
+                                                "Почтовый сервер %1 отклонил письмо (код %2: %3). "
+                                                "Проверьте адрес получателя и настройки почтового "
+                                                "сервера."))
+                       .arg(displayUrl(m_relayUrl))
+                       .arg(QString::number(smtpCode))
+                       .arg(detail)
+                 : ServerText(QT_TRANSLATE_NOOP("ZRServer",
+                                                "Не удалось передать письмо почтовому серверу %1: "
+                                                "%2. Проверьте, что он доступен и что его адрес в "
+                                                "настройках верен."))
+                       .arg(displayUrl(m_relayUrl), detail);
     return false;
 }
 

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <server/engine/ops/servertext.h>
+
 #include <QByteArray>
 #include <QString>
 
@@ -29,8 +31,8 @@ public:
     void setAbortFlag(const std::atomic<bool> *abort) { m_abort = abort; }
 
     // True when the relay accepted the message; otherwise `error` says why, in words an
-    // administrator can act on.
-    bool send(const QString &recipient, const QByteArray &message, QString *error) const;
+    // administrator can act on, in the language of whoever it is told to.
+    bool send(const QString &recipient, const QByteArray &message, ServerText *error) const;
 
 private:
     QString m_relayUrl;

@@ -310,11 +310,15 @@ void Dispatcher::broadcast(const Command &push)
         session->connection->send(push);
 }
 
-void Dispatcher::sendToOperator(const QString &login, const Command &push)
+void Dispatcher::sendMailDelivery(const QString &login, MailDelivery delivery,
+                                  const ServerText &reason)
 {
     for (const Session *session : m_state.sessions.attached()) {
-        if (session->login == login)
-            session->connection->send(push);
+        if (session->login != login)
+            continue;
+        if (!reason.isEmpty())
+            delivery.error = m_state.languages.render(reason, session->language);
+        session->connection->send(Pushes::mailDelivery(delivery));
     }
 }
 

@@ -9,6 +9,7 @@
 #include <server/engine/ops/sqlops.h>
 
 #include <shared/auditrecord.h>
+#include <shared/maildelivery.h>
 
 #include <QHash>
 #include <QObject>
@@ -35,8 +36,9 @@ public:
     // its connection.
     void closeSession(const QByteArray &id, const ServerText &reason);
     void broadcast(const Command &push);
-    // Sends `push` to every attached session of the operator `login`.
-    void sendToOperator(const QString &login, const Command &push);
+    // Tells every attached session of the operator `login` how a mail he queued fared, the
+    // reason in each session's language.
+    void sendMailDelivery(const QString &login, MailDelivery delivery, const ServerText &reason);
     // Ends the sessions whose client stayed away longer than the resume window. Runs before
     // every request and on a timer, so an idle server lets them go too.
     void endAbandonedSessions();

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <QMetaType>
 #include <QString>
 #include <QStringList>
 
@@ -52,3 +53,6 @@ private:
 };
 
 } // namespace zeral::server
+
+// Handed from the mail sender's thread to the engine's.
+Q_DECLARE_METATYPE(zeral::server::ServerText)
