@@ -21,8 +21,8 @@ for language in $languages; do
     "$LUPDATE" -no-obsolete -locations relative host/core host/gui -ts "translations/zrhost_$language.ts"
     "$LUPDATE" -no-obsolete -locations relative src -ts "translations/userctl_$language.ts"
     # The server's reasons, notices and mail delivery errors, all in the context "ZRServer"
-    # (QT_TRANSLATE_NOOP).
+    # (QT_TRANSLATE_NOOP), and the titles of the roles ("RoleCatalogue").
     "$LUPDATE" -no-obsolete -locations relative server/engine/ops server/engine/session \
-        server/engine/mail \
+        server/engine/mail server/engine/storage/rolecatalogue.cpp \
         -ts "translations/zrserver_$language.ts"
 done

@@ -2,6 +2,189 @@
 <!DOCTYPE TS>
 <TS version="2.1" language="en_US">
 <context>
+    <name>RoleCatalogue</name>
+    <message>
+        <location filename="../server/engine/storage/rolecatalogue.cpp" line="+29"/>
+        <source>Пользователи</source>
+        <translation>Users</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Просмотр пользователей</source>
+        <translation>Viewing users</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Создание пользователей</source>
+        <translation>Creating users</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Изменение пользователей</source>
+        <translation>Changing users</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Удаление пользователей</source>
+        <translation>Deleting users</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Блокировка пользователей</source>
+        <translation>Blocking users</translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Просмотр мобильных пользователей</source>
+        <translation>Viewing mobile users</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Просмотр активных сессий</source>
+        <translation>Viewing active sessions</translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Редактирование биометрических данных</source>
+        <translation>Editing biometric data</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Вход в мобильное приложение</source>
+        <translation>Logging in to the mobile application</translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Подтверждение изменений</source>
+        <translation>Confirmation of changes</translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Создание пользователя требует подтверждения</source>
+        <translation>Creating a user requires confirmation</translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Изменение пользователя требует подтверждения</source>
+        <translation>Changing a user requires confirmation</translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Удаление пользователя требует подтверждения</source>
+        <translation>Deleting a user requires confirmation</translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Подтверждение создания пользователей</source>
+        <translation>Confirming the creation of users</translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Подтверждение изменения пользователей</source>
+        <translation>Confirming changes of users</translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Подтверждение удаления пользователей</source>
+        <translation>Confirming the deletion of users</translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Роли и права</source>
+        <translation>Roles and rights</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Управление ролями пользователей</source>
+        <translation>Managing users&apos; roles</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Назначение прав на объекты</source>
+        <translation>Granting rights on objects</translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Отключение сессий пользователей</source>
+        <translation>Disconnecting users&apos; sessions</translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Изменение шаблонов ролей</source>
+        <translation>Changing role templates</translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Организационная структура</source>
+        <translation>Organisational structure</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Просмотр сотрудников</source>
+        <translation>Viewing employees</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Просмотр подразделений</source>
+        <translation>Viewing departments</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Просмотр организаций</source>
+        <translation>Viewing organisations</translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Контроль доступа</source>
+        <translation>Access control</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Просмотр объектов доступа</source>
+        <translation>Viewing access objects</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Просмотр политик доступа</source>
+        <translation>Viewing access policies</translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Просмотр расписаний доступа</source>
+        <translation>Viewing access schedules</translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Просмотр настроек мониторинга</source>
+        <translation>Viewing monitoring settings</translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Отчёты и журналы</source>
+        <translation>Reports and logs</translation>
+    </message>
+    <message>
+        <location line="+2"/>
+        <source>Создание и изменение отчётов</source>
+        <translation>Creating and changing reports</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Просмотр журнала устройств</source>
+        <translation>Viewing the device log</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Просмотр системного журнала</source>
+        <translation>Viewing the system log</translation>
+    </message>
+    <message>
+        <location line="+1"/>
+        <source>Просмотр журнала действий</source>
+        <translation>Viewing the audit log</translation>
+    </message>
+</context>
+<context>
     <name>ZRServer</name>
     <message>
         <location filename="../server/engine/ops/accessops.cpp" line="+35"/>
@@ -18,7 +201,7 @@
     </message>
     <message>
         <location line="-57"/>
-        <location filename="../server/engine/ops/objectops.cpp" line="+203"/>
+        <location filename="../server/engine/ops/objectops.cpp" line="+215"/>
         <source>Шаблона ролей «%1» нет.</source>
         <translation>There is no role template “%1”.</translation>
     </message>
@@ -332,7 +515,7 @@
         <translation>The server could not save the change; nothing was changed. Try again later.</translation>
     </message>
     <message>
-        <location filename="../server/engine/ops/objectops.cpp" line="-195"/>
+        <location filename="../server/engine/ops/objectops.cpp" line="-206"/>
         <source>Изменять объекты этого вида может только супервизор или администратор.</source>
         <translation>Only the supervisor or the administrator may change objects of this kind.</translation>
     </message>
@@ -357,7 +540,7 @@
         <translation>There is no dataset “%1”.</translation>
     </message>
     <message>
-        <location line="+32"/>
+        <location line="+43"/>
         <source>Недостаточно прав для создания пользователей.</source>
         <translation>Insufficient permissions to create users.</translation>
     </message>
@@ -613,7 +796,7 @@
     <message>
         <location line="+38"/>
         <source>Почтовый сервер %1 отклонил письмо (код %2: %3). Проверьте адрес получателя и настройки почтового сервера.</source>
-        <translation>The mail server %1 refused the mail (code %2: %3). Check the recipient's address and the mail server settings.</translation>
+        <translation>The mail server %1 refused the mail (code %2: %3). Check the recipient&apos;s address and the mail server settings.</translation>
     </message>
     <message>
         <location line="+7"/>

@@ -8,10 +8,15 @@
 #include <server/engine/ops/servertext.h>
 #include <shared/auditfilter.h>
 #include <shared/emailmessage.h>
+#include <shared/roleentry.h>
+#include <shared/rolenames.h>
+#include <shared/wire.h>
 
 #include <QLoggingCategory>
+#include <QRegularExpression>
 
 using namespace harness;
+using zeral::RoleEntry;
 using zeral::TYPE_ID;
 namespace proto = zeral::proto;
 
@@ -238,6 +243,44 @@ private slots:
         QVERIFY(!addUser(*second, QStringLiteral("resumenewcomer"), QStringLiteral("RT_OPERATOR"),
                          QStringLiteral("Passw0rd"), nullptr, &answer));
         QCOMPARE(errorText(answer), expected);
+    }
+
+    // The catalogue of roles is stored in Russian, as seeded, and each operator reads its
+    // titles in his language; a title the catalogue lacks stays as stored.
+    void roleTitlesFollowTheSession_data()
+    {
+        QTest::addColumn<QString>("language");
+        QTest::addColumn<QString>("group");
+        QTest::addColumn<QString>("role");
+        QTest::addRow("English") << "en_GB" << "Users" << "Viewing users";
+        QTest::addRow("Russian") << "ru_RU" << "Пользователи" << "Просмотр пользователей";
+        QTest::addRow("none named") << QString() << "Пользователи" << "Просмотр пользователей";
+    }
+    void roleTitlesFollowTheSession()
+    {
+        QFETCH(QString, language);
+        QFETCH(QString, group);
+        QFETCH(QString, role);
+        auto client = m_server.client();
+        QCOMPARE(client->login(QStringLiteral("clerk"), QStringLiteral("Passw0rd"), language).status,
+                 qint32(proto::StatusOk));
+        const Command answer = client->request(cmd::RoleCatalogue);
+        QCOMPARE(answer.status, qint32(proto::StatusOk));
+        QList<RoleEntry> entries;
+        ZRDataStream in(answer.data);
+        zeral::wire::readList(in, entries);
+        QHash<QString, QString> titles;
+        for (const RoleEntry &entry : qAsConst(entries))
+            titles.insert(entry.key, entry.title);
+        QCOMPARE(titles.value(QStringLiteral("users")), group);
+        QCOMPARE(titles.value(QLatin1String(zeral::role::USER_SHOW)), role);
+        // Every title of the catalogue is translated: none left in Russian for an English
+        // operator.
+        if (language.startsWith(QLatin1String("en"))) {
+            for (const RoleEntry &entry : qAsConst(entries))
+                QVERIFY2(!entry.title.contains(QRegularExpression(QStringLiteral("[А-Яа-яЁё]"))),
+                         qPrintable(entry.title));
+        }
     }
 
     // The notice of a session closed by another operator is in the closed session's language,

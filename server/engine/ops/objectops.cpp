@@ -10,11 +10,13 @@
 #include <server/engine/ops/serverstate.h>
 #include <server/engine/session/passwordhasher.h>
 #include <server/engine/storage/auditlog.h>
+#include <server/engine/storage/rolecatalogue.h>
 #include <shared/datasets.h>
 #include <shared/dbkeys.h>
 #include <shared/objectlistwriter.h>
 #include <shared/rolenames.h>
 
+#include <QTranslator>
 #include <QtGlobal>
 
 namespace zeral::server {
@@ -142,9 +144,20 @@ Reply ObjectOps::snapshot(Request &request)
     return Reply::ok(page + ZRDataStream::pack(more));
 }
 
-Reply ObjectOps::roleCatalogue(Request &)
+Reply ObjectOps::roleCatalogue(Request &request)
 {
-    return Reply::ok(ZRDataStream::pack(m_state.store->roleCatalogue()));
+    // The titles are stored as they were seeded, in Russian; the operator reads them in his
+    // language where the server's catalogue has them.
+    QList<RoleEntry> entries = m_state.store->roleCatalogue();
+    if (const QTranslator *translator = m_state.languages.translator(request.session->language)) {
+        for (RoleEntry &entry : entries) {
+            const QString title = translator->translate(RoleCatalogue::TitleContext,
+                                                        entry.title.toUtf8().constData());
+            if (!title.isEmpty())
+                entry.title = title;
+        }
+    }
+    return Reply::ok(ZRDataStream::pack(entries));
 }
 
 Reply ObjectOps::checkUserChange(const Request &request, const Rights &rights,

@@ -86,7 +86,7 @@ const QList<Group> &groups()
 
 QString title(const char *text)
 {
-    return QCoreApplication::translate("RoleCatalogue", text);
+    return QCoreApplication::translate(RoleCatalogue::TitleContext, text);
 }
 
 } // namespace

@@ -11,6 +11,9 @@ namespace zeral::server {
 class RoleCatalogue
 {
 public:
+    // The context of the titles in the server's catalogue of translations.
+    static constexpr char TitleContext[] = "RoleCatalogue";
+
     // Groups and roles with their Russian titles, in display order.
     static QList<RoleEntry> entries();
     // The built-in templates with the roles each grants; names from ZRGlobals.
