@@ -2,10 +2,11 @@
 #include <shared/metatypes.h>
 #include <shared/wire.h>
 
+#include <tests/support/sequentialsource.h>
+
 #include <QBuffer>
 #include <QTest>
 
-#include <cstring>
 
 using namespace zeral;
 
@@ -49,20 +50,6 @@ QByteArray nestedTask(int levels)
     return ZRDataStream::pack(task);
 }
 
-// A device that can't tell how much is left in it, like a socket.
-struct SequentialSource : QIODevice
-{
-    QByteArray data;
-    bool isSequential() const override { return true; }
-    qint64 readData(char *out, qint64 max) override
-    {
-        const qint64 n = qMin(max, qint64(data.size()));
-        std::memcpy(out, data.constData(), size_t(n));
-        data.remove(0, int(n));
-        return n;
-    }
-    qint64 writeData(const char *, qint64) override { return -1; }
-};
 
 // Readers under test, each handing back what it made of the bytes.
 using Reader = QVariant (*)(QDataStream &);

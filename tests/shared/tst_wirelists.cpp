@@ -4,11 +4,11 @@
 #include <shared/sessiontablereader.h>
 #include <shared/wire.h>
 
-#include <QBuffer>
+#include <tests/support/sequentialsource.h>
+
 #include <QTest>
 #include <QTimeZone>
 
-#include <cstring>
 
 using namespace zeral;
 
@@ -52,25 +52,6 @@ _INHERIT_DATA link(TYPE_ID child, TYPE_ID parent, const QDateTime &from)
     return data;
 }
 
-// A device that can't tell how much is left in it, like a socket.
-struct SequentialSource : QIODevice
-{
-    explicit SequentialSource(const QByteArray &bytes)
-        : data(bytes)
-    {
-        open(QIODevice::ReadOnly);
-    }
-    QByteArray data;
-    bool isSequential() const override { return true; }
-    qint64 readData(char *out, qint64 max) override
-    {
-        const qint64 n = qMin(max, qint64(data.size()));
-        std::memcpy(out, data.constData(), size_t(n));
-        data.remove(0, int(n));
-        return n;
-    }
-    qint64 writeData(const char *, qint64) override { return -1; }
-};
 
 } // namespace
 
