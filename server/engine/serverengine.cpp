@@ -50,6 +50,8 @@ QString ServerEngine::openDatabase()
     if (!error.isEmpty())
         return error;
     state->store = std::make_unique<ObjectStore>(state->database.connection());
+    // Statements prepared on a PostgreSQL connection that was lost die with it.
+    state->database.setBeforeReconnect([store = state->store.get()] { store->forgetStatements(); });
     Seeder seeder(state->database, *state->store);
     error = seeder.seedBase();
     if (error.isEmpty() && m_options.demo)

@@ -13,6 +13,7 @@
 #include <shared/dbkeys.h>
 #include <shared/objectinfo.h>
 #include <shared/wire.h>
+#include <tests/server/testdatabase.h>
 
 #include <QDeadlineTimer>
 #include <QHash>
@@ -139,17 +140,20 @@ private:
     quint64 m_nextId = 0;
 };
 
-// A started engine on a fresh database, with root's password set.
+// A started engine on a fresh database (see testdatabase.h), with root's password set.
 struct Server
 {
     QTemporaryDir dir;
+    QString databasePath; // the file or URL the engine was started on
     std::unique_ptr<zeral::server::ServerEngine> engine;
     QDateTime now = QDateTime(QDate(2024, 3, 1), QTime(10, 0));
     int loginDelayStepMs = 0; // failed logins answered at once unless a test measures it
 
     QString start(zeral::server::ServerEngine::Options options = {})
     {
-        options.databasePath = dir.filePath(QStringLiteral("server.db"));
+        if (databasePath.isEmpty())
+            databasePath = newTestDatabase(dir.path(), QStringLiteral("server.db"));
+        options.databasePath = databasePath;
         options.clock = [this] {
             return now;
         };

@@ -657,7 +657,7 @@ private:
     }
     QSqlQuery query(const QString &statement)
     {
-        return harness::readDatabase(m_server.dir.filePath(QStringLiteral("server.db")), statement);
+        return harness::readDatabase(m_server.databasePath, statement);
     }
     QString storedHash(TYPE_ID uid)
     {

@@ -65,7 +65,14 @@ Dispatcher::Dispatcher(ServerState &state, QObject *parent)
 bool Dispatcher::refresh(Session *session, Reply *refusal)
 {
     ObjectInfo user;
-    if (!m_state.store->read(session->uid, &user) || Pushes::isBlocked(user)) {
+    const bool found = m_state.database.ensureConnected() && m_state.store->read(session->uid, &user);
+    if (!found && m_state.database.connectionLost()) {
+        // The account may well be there: the database is away, not the user.
+        *refusal = Reply::fail(proto::StatusInternal,
+                               tr("База данных сервера занята или недоступна. Повторите позже."));
+        return false;
+    }
+    if (!found || Pushes::isBlocked(user)) {
         *refusal = Reply::fail(proto::StatusNotLoggedIn,
                                tr("Учётная запись удалена или заблокирована; сессия завершена."),
                                session->uid);
