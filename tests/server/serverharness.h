@@ -194,6 +194,14 @@ inline QString errorText(const Command &answer)
     return answer.errorText();
 }
 
+// Changes parameters of user `uid` as `by`; the answer.
+inline Command updateUser(WireClient &by, zeral::TYPE_ID uid,
+                          const QHash<QString, QString> &parameters)
+{
+    return by.request(cmd::UpdateObject, ZRDataStream::pack(uid, QStringLiteral("OT_USER"),
+                                                            quint32(0), parameters));
+}
+
 // Creates a user as `by` and returns the new uid (0 on failure).
 inline zeral::TYPE_ID addUser(WireClient &by, const QString &login, const QString &roleTemplate,
                               const QString &password = QStringLiteral("Passw0rd"),

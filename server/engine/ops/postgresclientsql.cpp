@@ -128,11 +128,22 @@ PostgresClientSql::Outcome PostgresClientSql::run(const QString &statement, int 
         return outcome;
     }
     const QByteArray limits = "SET LOCAL statement_timeout = " + QByteArray::number(timeLimitMs);
-    if (!exec("BEGIN READ ONLY") || !exec(limits.constData())
-        || !exec("SET LOCAL ROLE zr_client_sql")) {
-        exec("ROLLBACK");
-        outcome.kind = connected() ? Outcome::Failed : Outcome::Unreachable;
-        return outcome;
+    const auto begin = [&] {
+        return exec("BEGIN READ ONLY") && exec(limits.constData())
+               && exec("SET LOCAL ROLE zr_client_sql");
+    };
+    // A connection that the database dropped while idle shows only now (libpq may still call
+    // it good): made anew once.
+    if (!begin()) {
+        PQreset(m_connection);
+        if (PQstatus(m_connection) != CONNECTION_OK || !begin()) {
+            const bool reachable = PQstatus(m_connection) == CONNECTION_OK;
+            if (reachable)
+                exec("ROLLBACK");
+            outcome.kind = reachable ? Outcome::Failed : Outcome::Unreachable;
+            return outcome;
+        }
+        PQsetNoticeProcessor(m_connection, [](void *, const char *) {}, nullptr);
     }
     const QByteArray text = statement.toUtf8();
     if (!PQsendQueryParams(m_connection, text.constData(), 0, nullptr, nullptr, nullptr, nullptr,

@@ -119,7 +119,8 @@ bool Database::connectionLost() const
 {
     if (!m_address.isPostgres())
         return false;
-    PGconn *connection = postgresHandle(m_db);
+    // QtSql's driver may have closed it already on a failed statement.
+    PGconn *connection = m_db.isOpen() ? postgresHandle(m_db) : nullptr;
     return !connection || PQstatus(connection) != CONNECTION_OK;
 }
 

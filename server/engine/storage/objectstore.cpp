@@ -172,6 +172,7 @@ bool ObjectStore::exists(TYPE_ID uid)
 
 bool ObjectStore::read(TYPE_ID uid, ObjectInfo *object, QString *dataset)
 {
+    m_lastError.clear();
     QSqlQuery &query = statement(
         "SELECT dataset, type, parent, reserved, changed_at FROM objects WHERE uid = ?");
     if (!run(query, {uid}) || !query.next()) {

@@ -39,7 +39,8 @@ public:
     static QString datasetForType(const QString &type);
 
     bool exists(TYPE_ID uid);
-    // The object as clients see it, with its parameters and links; false if there is none.
+    // The object as clients see it, with its parameters and links; false if there is none,
+    // or if the database failed, when lastError() says how.
     bool read(TYPE_ID uid, ObjectInfo *object, QString *dataset = nullptr);
     // Objects of a dataset with a uid above `afterUid`, in uid order, at most `limit`.
     bool page(const QString &dataset, TYPE_ID afterUid, int limit, QList<ObjectInfo> *objects,
