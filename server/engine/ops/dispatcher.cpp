@@ -215,7 +215,20 @@ void Dispatcher::dispatch(ClientConnection *connection, const Command &command)
         action();
     if (reply.isOk() && reply.change)
         endRevokedSessions(audit.operatorLogin);
+    if (m_state.cluster && reply.isOk() && (reply.change || !request.pushes.isEmpty()))
+        m_state.cluster->publishChange(request.pushes, appended,
+                                       reply.change ? audit.operatorLogin : QString());
     answer(connection, command, reply);
+}
+
+void Dispatcher::applyRemoteChange(const QList<Command> &pushes, const AuditRecord &row,
+                                   const QString &changedBy)
+{
+    for (const Command &push : pushes)
+        broadcast(push);
+    tellAuditReaders(row);
+    if (!changedBy.isEmpty())
+        endRevokedSessions(changedBy);
 }
 
 void Dispatcher::recordRefusal(AuditEntry &audit, const Reply &reply, const QString &peer)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <server/engine/cluster/clusterlink.h>
 #include <server/engine/session/loginthrottle.h>
 #include <server/engine/session/sessionregistry.h>
 #include <server/engine/storage/database.h>
@@ -15,6 +16,7 @@
 
 namespace zeral::server {
 
+class ClusterLink;
 class MailSender;
 class MailRenderer;
 
@@ -25,6 +27,8 @@ struct ServerState
     std::function<QDateTime()> clock;
     Database database;
     std::unique_ptr<ObjectStore> store;
+    // The other servers of a PostgreSQL database; null on SQLite. Goes before the database.
+    std::unique_ptr<ClusterLink> cluster;
     SessionRegistry sessions;
     std::unique_ptr<LoginThrottle> throttle;
     std::unique_ptr<MailRenderer> mailRenderer;
