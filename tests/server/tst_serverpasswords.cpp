@@ -71,6 +71,7 @@ class TestServerPasswords : public QObject
 private slots:
     void initTestCase()
     {
+        ZR_SKIP_WITHOUT_TEST_DATABASE();
         QCOMPARE(m_server.start(), QString());
         m_root = m_server.rootClient();
         QVERIFY(!m_root->session.isEmpty());
