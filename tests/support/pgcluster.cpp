@@ -108,20 +108,23 @@ bool PgCluster::start(QString *why)
                 return false;
             }
         }
-        // No syncs: the cluster lives for one test run, and a test that kills the server
-        // kills the process, not the machine.
-        if (!runTool(QStringLiteral("initdb"),
-                     {QStringLiteral("-D"), data, QStringLiteral("-A"), QStringLiteral("trust"),
-                      QStringLiteral("-U"), QStringLiteral("zr"), QStringLiteral("-E"),
-                      QStringLiteral("UTF8"), QStringLiteral("--locale=C"),
-                      QStringLiteral("--no-sync")},
-                     why))
+        // No syncs unless asked: the cluster lives for one test run, and a test that kills
+        // the server kills the process, not the machine.
+        QStringList initdb{QStringLiteral("-D"),      data,
+                           QStringLiteral("-A"),      QStringLiteral("trust"),
+                           QStringLiteral("-U"),      QStringLiteral("zr"),
+                           QStringLiteral("-E"),      QStringLiteral("UTF8"),
+                           QStringLiteral("--locale=C")};
+        if (!m_syncs)
+            initdb << QStringLiteral("--no-sync");
+        if (!runTool(QStringLiteral("initdb"), initdb, why))
             return false;
         m_made = true;
     }
-    const QString options = QStringLiteral("-k %1 -c listen_addresses='' -c fsync=off "
+    const QString options = QStringLiteral("-k %1 -c listen_addresses='' -c fsync=%2 "
                                            "-c shared_buffers=16MB -c max_connections=60")
-                                .arg(socketDir());
+                                .arg(socketDir(), m_syncs ? QStringLiteral("on")
+                                                          : QStringLiteral("off"));
     if (!runTool(QStringLiteral("pg_ctl"),
                  {QStringLiteral("-D"), data, QStringLiteral("-l"),
                   m_dir.filePath(QStringLiteral("socket/server.log")), QStringLiteral("-w"),

@@ -20,6 +20,10 @@ public:
     PgCluster(const PgCluster &) = delete;
     PgCluster &operator=(const PgCluster &) = delete;
 
+    // Syncs the cluster's writes to the disk as a real installation does; off by default (the
+    // cluster lives for one test run), on for measurements. Before start().
+    void keepSyncs() { m_syncs = true; }
+
     // The folder of initdb, pg_ctl and postgres; empty if there is none.
     static QString binaryDir();
 
@@ -41,5 +45,6 @@ private:
     bool m_made = false;
     bool m_running = false;
     bool m_asPostgresUser = false;
+    bool m_syncs = false;
     int m_databases = 0;
 };

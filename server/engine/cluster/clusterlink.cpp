@@ -66,6 +66,20 @@ bool exec(QSqlDatabase &db, const char *sql, const QVariantList &binds = {})
     return false;
 }
 
+// Begins a transaction of the servers' own bookkeeping (heartbeats, the sessions list, login
+// events): under the write lock like any other, but not waiting for the disk at its commit.
+// A crash may lose its last second, which the next heartbeat puts right; requests' own
+// commits stay synced.
+bool beginBookkeeping(Database &database)
+{
+    if (!database.begin())
+        return false;
+    if (exec(database.connection(), "SET LOCAL synchronous_commit TO OFF"))
+        return true;
+    database.rollback();
+    return false;
+}
+
 } // namespace
 
 ClusterLink::ClusterLink(ServerState &state, QObject *parent)
@@ -143,8 +157,17 @@ bool ClusterLink::listen()
     return driver->subscribeToNotification(QLatin1String(Channel));
 }
 
-void ClusterLink::publishChange(const QList<Command> &pushes, const AuditRecord &row,
-                                const QString &changedBy)
+bool ClusterLink::insertEvent(const QString &kind, const QByteArray &payload,
+                              const QString &target)
+{
+    QSqlQuery insert(m_state.database.connection());
+    insert.prepare(QStringLiteral(
+        "INSERT INTO cluster_events (server_id, target, kind, payload) VALUES (?, ?, ?, ?)"));
+    return exec(insert, {m_serverId, target, kind, payload});
+}
+
+bool ClusterLink::writeChange(const QList<Command> &pushes, const AuditRecord &row,
+                              const QString &changedBy)
 {
     QList<QByteArray> frames;
     for (const Command &push : pushes)
@@ -152,7 +175,9 @@ void ClusterLink::publishChange(const QList<Command> &pushes, const AuditRecord 
     QByteArray payload;
     QDataStream out(&payload, QIODevice::WriteOnly);
     out << frames << row << changedBy;
-    m_queued.append({QStringLiteral("change"), payload, QString()});
+    // NOTIFY is delivered at the commit, and not at all if it doesn't commit.
+    return insertEvent(QStringLiteral("change"), payload, QString())
+           && exec(m_state.database.connection(), "NOTIFY zr_cluster");
 }
 
 void ClusterLink::publishClose(const QByteArray &sessionId, const QString &serverId,
@@ -180,19 +205,14 @@ void ClusterLink::flush()
     }
     QSqlDatabase &db = m_state.database.connection();
     const QList<Event> events = std::exchange(m_queued, {});
-    if (!m_state.database.begin()) {
+    if (!beginBookkeeping(m_state.database)) {
         qCWarning(lcServerDb) << "cluster: events not written, the database is away:"
                               << events.size();
         return;
     }
-    QSqlQuery insert(db);
-    insert.prepare(QStringLiteral(
-        "INSERT INTO cluster_events (server_id, target, kind, payload) VALUES (?, ?, ?, ?)"));
     bool written = true;
     for (const Event &event : events)
-        written = written && exec(insert, {m_serverId, event.target, event.kind, event.payload});
-    insert.finish();
-    // NOTIFY is delivered at the commit, and not at all if it doesn't commit.
+        written = written && insertEvent(event.kind, event.payload, event.target);
     written = written && exec(db, "NOTIFY zr_cluster");
     if (!written || !m_state.database.commit())
         m_state.database.rollback();
@@ -218,7 +238,7 @@ void ClusterLink::syncSessions(bool withLastAction)
     if (changed.isEmpty() && gone.isEmpty())
         return;
     QSqlDatabase &db = m_state.database.connection();
-    if (!m_state.database.begin())
+    if (!beginBookkeeping(m_state.database))
         return;
     bool ok = true;
     for (const Session *session : qAsConst(changed)) {
@@ -252,7 +272,7 @@ void ClusterLink::beat()
             return;
     }
     QSqlDatabase &db = m_state.database.connection();
-    if (m_state.database.begin()) {
+    if (beginBookkeeping(m_state.database)) {
         const bool ok
             = exec(db,
                    "INSERT INTO cluster_servers (server_id, heartbeat) VALUES (?, now())"
@@ -265,7 +285,7 @@ void ClusterLink::beat()
         if (!ok || !m_state.database.commit())
             m_state.database.rollback();
     }
-    syncSessions(true);
+    syncSessions(++m_beats % LastActionEveryBeats == 0);
     readEvents();
 }
 

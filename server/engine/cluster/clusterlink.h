@@ -22,9 +22,9 @@ struct ServerState;
 // them. Each server writes events into `cluster_events` (pushes of a committed change with
 // its audit row, a session to close, a login that failed or succeeded) and NOTIFYs the
 // channel `zr_cluster`; the others LISTEN on a connection of their own and read the events
-// they haven't seen. Events are written by the request's server after the request has ended,
-// in a transaction of their own under the database's write lock, so their ids grow in the
-// order they are committed. The server's attached sessions are kept in `cluster_sessions`,
+// they haven't seen. A change's event is written in the change's own transaction; the others
+// after the request has ended, in a transaction of their own. Both hold the database's write
+// lock, so event ids grow in the order they are committed. The server's attached sessions are kept in `cluster_sessions`,
 // and each server's heartbeat in `cluster_servers`: the sessions of a server that stopped
 // beating (killed) no longer count.
 class ClusterLink : public QObject
@@ -47,9 +47,11 @@ public:
     QString start();
     QString serverId() const { return m_serverId; }
 
+    // Written at once, in the request's transaction: the change and the news of it are
+    // committed together, with one sync of the disk.
+    bool writeChange(const QList<Command> &pushes, const AuditRecord &row,
+                     const QString &changedBy);
     // Queued now, written by flush() once the request has ended.
-    void publishChange(const QList<Command> &pushes, const AuditRecord &row,
-                       const QString &changedBy);
     void publishClose(const QByteArray &sessionId, const QString &serverId, const QString &reason);
     void publishLogin(const QString &login, const QString &address, bool success);
     // Writes what was queued and brings the server's sessions in the table up to date.
@@ -62,6 +64,8 @@ public:
     // A server whose heartbeat is older than this is taken for gone.
     static constexpr int HeartbeatMs = 1000;
     static constexpr int DeadAfterMs = 5000;
+    // How often the last action of the sessions is written for the others' lists.
+    static constexpr int LastActionEveryBeats = 10;
 
 signals:
     // Another server committed a change: its pushes, its audit row and who made it.
@@ -80,6 +84,7 @@ private:
     void readEvents();
     void beat();
     bool listen();
+    bool insertEvent(const QString &kind, const QByteArray &payload, const QString &target);
     void syncSessions(bool withLastAction);
     QString now() const;
 
@@ -89,6 +94,7 @@ private:
     QSqlDatabase m_listener;
     QTimer *m_heartbeat = nullptr;
     qint64 m_lastSeen = 0;
+    int m_beats = 0;
     QList<Event> m_queued;
     // What the table holds of this server's sessions: id, and the last action written.
     QHash<QByteArray, QDateTime> m_written;

@@ -192,6 +192,13 @@ void Dispatcher::dispatch(ClientConnection *connection, const Command &command)
             if (appended.id == 0)
                 reply = Reply::fail(proto::StatusInternal, tr("Сервер не смог записать журнал."));
         }
+        // The other servers of the database hear of the change with its commit.
+        if (reply.isOk() && m_state.cluster && (reply.change || !request.pushes.isEmpty())
+            && !m_state.cluster->writeChange(request.pushes, appended,
+                                             reply.change ? audit.operatorLogin : QString()))
+            reply = Reply::fail(proto::StatusInternal,
+                                tr("Сервер не смог сохранить изменение; ничего не изменено. "
+                                   "Повторите позже."));
         if (reply.isOk() && !m_state.database.commit()) {
             reply = Reply::fail(proto::StatusInternal,
                                 tr("Сервер не смог сохранить изменение; ничего не изменено. "
@@ -215,9 +222,7 @@ void Dispatcher::dispatch(ClientConnection *connection, const Command &command)
         action();
     if (reply.isOk() && reply.change)
         endRevokedSessions(audit.operatorLogin);
-    if (m_state.cluster && reply.isOk() && (reply.change || !request.pushes.isEmpty()))
-        m_state.cluster->publishChange(request.pushes, appended,
-                                       reply.change ? audit.operatorLogin : QString());
+
     answer(connection, command, reply);
 }
 
