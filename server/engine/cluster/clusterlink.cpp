@@ -12,6 +12,8 @@
 #include <QTimer>
 #include <QUuid>
 
+#include <libpq-fe.h>
+
 namespace zeral::server {
 
 namespace {
@@ -180,6 +182,17 @@ bool ClusterLink::writeChange(const QList<Command> &pushes, const AuditRecord &r
            && exec(m_state.database.connection(), "NOTIFY zr_cluster");
 }
 
+bool ClusterLink::listening() const
+{
+    if (!m_listener.isOpen())
+        return false;
+    const QVariant handle = m_listener.driver()->handle();
+    if (!handle.isValid() || qstrcmp(handle.typeName(), "PGconn*") != 0)
+        return false;
+    PGconn *connection = *static_cast<PGconn *const *>(handle.constData());
+    return connection && PQstatus(connection) == CONNECTION_OK;
+}
+
 void ClusterLink::publishClose(const QByteArray &sessionId, const QString &serverId,
                                const QString &reason)
 {
@@ -267,7 +280,7 @@ void ClusterLink::beat()
     if (!m_state.database.ensureConnected())
         return;
     // The listening connection too: notifications lost while it was away are read below.
-    if (!m_listener.isOpen() || m_state.database.connectionLost()) {
+    if (!listening()) {
         if (!listen())
             return;
     }

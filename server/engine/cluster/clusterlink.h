@@ -84,6 +84,7 @@ private:
     void readEvents();
     void beat();
     bool listen();
+    bool listening() const;
     bool insertEvent(const QString &kind, const QByteArray &payload, const QString &target);
     void syncSessions(bool withLastAction);
     QString now() const;

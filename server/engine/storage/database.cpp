@@ -92,7 +92,9 @@ QString Database::openPostgres()
     if (!m_db.open())
         return QObject::tr("Не удалось подключиться к базе данных PostgreSQL %1: %2. Проверьте "
                            "адрес, имя базы, пользователя и что сервер PostgreSQL запущен.")
-            .arg(m_address.displayText(), m_db.lastError().text().trimmed());
+            .arg(m_address.displayText(),
+                 // libpq's first line says what failed; the rest is advice of its own.
+                 m_db.lastError().databaseText().section(QLatin1Char('\n'), 0, 0).trimmed());
     return {};
 }
 
