@@ -80,8 +80,9 @@ void MailSender::Worker::open()
                           << db.lastError().text();
         return;
     }
-    // PostgreSQL has no such settings: its server keeps the journal, and a deleted text
-    // leaves the live rows at once and its space is reused.
+    // PostgreSQL has no such settings: its server keeps the journal, and an erased text
+    // leaves the live rows at once, but stays in the row version left behind until vacuumed
+    // and in the journal until recycled (docs/server.md).
     if (!address.isPostgres()) {
         QSqlQuery wal(db);
         if (!wal.exec(QStringLiteral("PRAGMA journal_mode=WAL")))
