@@ -130,7 +130,9 @@ struct WireStudio
             fail(QStringLiteral("no connection to port %1").arg(port));
         socket.setSocketOption(QAbstractSocket::LowDelayOption, 1);
         Command answer;
-        answered = [&answer](const Command &frame) { answer = frame; };
+        answered = [&answer](const Command &frame) {
+            answer = frame;
+        };
         send(QLatin1String(command::Login),
              ZRDataStream::pack(QStringLiteral("root"),
                                 PassHash::encrypt(rootPassword, QCryptographicHash::Md5),

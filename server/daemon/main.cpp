@@ -79,11 +79,10 @@ int main(int argc, char *argv[])
     parser.setApplicationDescription(QStringLiteral("Zeral central server"));
     parser.addHelpOption();
     parser.addVersionOption();
-    const QCommandLineOption db(
-        QStringLiteral("db"),
-        QStringLiteral("SQLite database file, or a PostgreSQL database as "
-                       "postgresql://user@host:port/dbname."),
-        QStringLiteral("FILE|URL"));
+    const QCommandLineOption db(QStringLiteral("db"),
+                                QStringLiteral("SQLite database file, or a PostgreSQL database as "
+                                               "postgresql://user@host:port/dbname."),
+                                QStringLiteral("FILE|URL"));
     const QCommandLineOption listen(QStringLiteral("listen"),
                                     QStringLiteral("Address and port to listen on."),
                                     QStringLiteral("ADDR:PORT"), QStringLiteral("127.0.0.1:7700"));

@@ -14,8 +14,8 @@ namespace harness {
 inline QSqlQuery readDatabase(const QString &path, const QString &statement)
 {
     const QString name = QStringLiteral("reader:") + path;
-    QSqlDatabase db = QSqlDatabase::contains(name) ? QSqlDatabase::database(name)
-                                                   : sideDatabase(path, name);
+    QSqlDatabase db
+        = QSqlDatabase::contains(name) ? QSqlDatabase::database(name) : sideDatabase(path, name);
     if (!onPostgres())
         db.setConnectOptions(QStringLiteral("QSQLITE_OPEN_READONLY"));
     if (!db.isOpen())

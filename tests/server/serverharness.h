@@ -198,8 +198,8 @@ inline QString errorText(const Command &answer)
 inline Command updateUser(WireClient &by, zeral::TYPE_ID uid,
                           const QHash<QString, QString> &parameters)
 {
-    return by.request(cmd::UpdateObject, ZRDataStream::pack(uid, QStringLiteral("OT_USER"),
-                                                            quint32(0), parameters));
+    return by.request(cmd::UpdateObject,
+                      ZRDataStream::pack(uid, QStringLiteral("OT_USER"), quint32(0), parameters));
 }
 
 // Creates a user as `by` and returns the new uid (0 on failure).

@@ -75,9 +75,9 @@ inline QString templatesHolding(const QString &role)
 } // namespace harness
 
 // Skips the test program (from initTestCase) when its database can't be had.
-#define ZR_SKIP_WITHOUT_TEST_DATABASE()                                                        \
-    do {                                                                                       \
-        const QString zrWhy = harness::backendUnavailable();                                   \
-        if (!zrWhy.isEmpty())                                                                  \
-            QSKIP(qPrintable(zrWhy));                                                          \
+#define ZR_SKIP_WITHOUT_TEST_DATABASE()                                                            \
+    do {                                                                                           \
+        const QString zrWhy = harness::backendUnavailable();                                       \
+        if (!zrWhy.isEmpty())                                                                      \
+            QSKIP(qPrintable(zrWhy));                                                              \
     } while (false)

@@ -462,13 +462,13 @@ void TestServerAudit::olderDatabaseGetsRoleAndColumns()
     QCOMPARE(all.status, qint32(proto::StatusOk));
     QVERIFY(all.rows.size() >= rowsBefore);
     QCOMPARE(all.rows.constLast().objectName, QString());
-    QCOMPARE(select(*m_root,
-                    onPostgres()
-                        ? "SELECT count(*) FROM pg_indexes WHERE indexname LIKE 'audit_log_by%'"
-                        : "SELECT count(*) FROM sqlite_master WHERE name LIKE 'audit_log_by%'")
-                 .value(0, 0)
-                 .toInt(),
-             3);
+    QCOMPARE(
+        select(*m_root, onPostgres()
+                            ? "SELECT count(*) FROM pg_indexes WHERE indexname LIKE 'audit_log_by%'"
+                            : "SELECT count(*) FROM sqlite_master WHERE name LIKE 'audit_log_by%'")
+            .value(0, 0)
+            .toInt(),
+        3);
 }
 
 QTEST_GUILESS_MAIN(TestServerAudit)

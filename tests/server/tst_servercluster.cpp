@@ -96,7 +96,8 @@ private slots:
     {
         auto rootA = m_a->rootClient();
         auto rootB = m_b->rootClient();
-        const TYPE_ID carol = addUser(*rootA, QStringLiteral("carol"), QStringLiteral("RT_OPERATOR"));
+        const TYPE_ID carol
+            = addUser(*rootA, QStringLiteral("carol"), QStringLiteral("RT_OPERATOR"));
         QVERIFY(carol);
         auto carolOnB = m_b->client();
         QCOMPARE(carolOnB->login(QStringLiteral("carol"), QStringLiteral("Passw0rd")).status,
@@ -108,23 +109,23 @@ private slots:
         QVERIFY(seen.contains(rootB->session));
         QVERIFY(seen.contains(rootA->session));
 
-        const Command done
-            = rootA->request(cmd::DisconnectUsers, ZRDataStream::pack(qint32(1), carolOnB->session));
+        const Command done = rootA->request(cmd::DisconnectUsers,
+                                            ZRDataStream::pack(qint32(1), carolOnB->session));
         QCOMPARE(done.status, qint32(proto::StatusOk));
         QTRY_VERIFY_WITH_TIMEOUT(carolOnB->isClosed(), 1000);
         QCOMPARE(carolOnB->pushesNamed(cmd::SessionClosed).size(), 1);
         QTRY_VERIFY_WITH_TIMEOUT(!sessionsSeenBy(*rootA).contains(carolOnB->session), 2000);
         // The closed session can't come back on B.
         auto again = m_b->client();
-        QVERIFY(again->request(QLatin1String(cmd::Resume), ZRDataStream::pack(carolOnB->session),
-                               {})
-                    .status
-                != proto::StatusOk);
+        QVERIFY(
+            again->request(QLatin1String(cmd::Resume), ZRDataStream::pack(carolOnB->session), {})
+                .status
+            != proto::StatusOk);
         // An unknown session is still refused as before.
-        QCOMPARE(rootA->request(cmd::DisconnectUsers,
-                                ZRDataStream::pack(qint32(1), QByteArray(64, 'f')))
-                     .status,
-                 qint32(proto::StatusNotFound));
+        QCOMPARE(
+            rootA->request(cmd::DisconnectUsers, ZRDataStream::pack(qint32(1), QByteArray(64, 'f')))
+                .status,
+            qint32(proto::StatusNotFound));
     }
 
     void failedLoginsCountAcrossServers()
@@ -179,9 +180,9 @@ private slots:
         QVERIFY(answered.size() >= 10);
 
         // A goes on serving; every answered change is in the database.
-        const DbResult stored = select(
-            *rootA, QStringLiteral("SELECT value FROM object_params WHERE key = 'PT_LOGIN'"
-                                   " AND value LIKE 'burst%'"));
+        const DbResult stored
+            = select(*rootA, QStringLiteral("SELECT value FROM object_params WHERE key = 'PT_LOGIN'"
+                                            " AND value LIKE 'burst%'"));
         QStringList logins;
         for (int row = 0; row < stored.rowCount; ++row)
             logins << stored.value(row, 0).toString();

@@ -48,8 +48,7 @@ private slots:
             << "Не удалось подключиться к базе данных PostgreSQL "
                "postgresql://zr@/zeral?host=/nonexistent/socket: connection to server on socket";
         QTest::addRow("PostgreSQL URL without a database")
-            << "postgresql://zr@localhost" << false << QStringList()
-            << "the URL names no database";
+            << "postgresql://zr@localhost" << false << QStringList() << "the URL names no database";
         QTest::addRow("port taken")
             << "taken.db" << true << QStringList() << "Не удалось открыть порт";
         QTest::addRow("TLS certificate missing")
@@ -75,8 +74,8 @@ private slots:
         const quint16 port = portTaken ? holder.serverPort() : freePort();
         QProcess server;
         const bool asItIs = db.startsWith('/') || db.startsWith(QLatin1String("postgresql:"));
-        server.start(Program, QStringList{"--db", asItIs ? db : m_dir.filePath(db),
-                                          "--listen", QStringLiteral("127.0.0.1:%1").arg(port)}
+        server.start(Program, QStringList{"--db", asItIs ? db : m_dir.filePath(db), "--listen",
+                                          QStringLiteral("127.0.0.1:%1").arg(port)}
                                   + extra);
         QVERIFY(server.waitForFinished(20000));
         QVERIFY(server.exitCode() != 0);

@@ -208,10 +208,9 @@ private:
     }
     QVariant audit(const char *sql)
     {
-        QSqlDatabase db
-            = QSqlDatabase::contains(QStringLiteral("audit"))
-                  ? QSqlDatabase::database(QStringLiteral("audit"))
-                  : sideDatabase(m_server->databasePath, QStringLiteral("audit"));
+        QSqlDatabase db = QSqlDatabase::contains(QStringLiteral("audit"))
+                              ? QSqlDatabase::database(QStringLiteral("audit"))
+                              : sideDatabase(m_server->databasePath, QStringLiteral("audit"));
         QVariant value;
         {
             QSqlQuery query(db.open() ? db : QSqlDatabase());

@@ -26,8 +26,9 @@ private slots:
             QSqlDatabase db = sideDatabase(server.databasePath, QStringLiteral("newer"));
             QVERIFY(db.open());
             QSqlQuery query(db);
-            QVERIFY(query.exec(onPostgres() ? QStringLiteral("UPDATE schema_version SET version = 99")
-                                            : QStringLiteral("PRAGMA user_version = 99")));
+            QVERIFY(query.exec(onPostgres()
+                                   ? QStringLiteral("UPDATE schema_version SET version = 99")
+                                   : QStringLiteral("PRAGMA user_version = 99")));
         }
         QSqlDatabase::removeDatabase(QStringLiteral("newer"));
         const QString error = server.start();
@@ -46,7 +47,8 @@ private slots:
         QCOMPARE(server.start(), QString());
         auto root = server.rootClient();
         QVERIFY(!root->session.isEmpty());
-        const TYPE_ID alice = addUser(*root, QStringLiteral("alice"), QStringLiteral("RT_OPERATOR"));
+        const TYPE_ID alice
+            = addUser(*root, QStringLiteral("alice"), QStringLiteral("RT_OPERATOR"));
         QVERIFY(alice);
         QCOMPARE(select(*root, QStringLiteral("SELECT count(*) FROM userid")).rowCount, 1);
 
@@ -75,13 +77,13 @@ private slots:
         QVERIFY2(testCluster().start(&why), qPrintable(why));
         // Back: the same session goes on (the outage ended nobody's session), on a new
         // connection of the server, and nothing of the refused requests was stored.
-        QCOMPARE(updateUser(*root, alice, {{QStringLiteral("PT_NAME"), QStringLiteral("Алиса")}})
-                     .status,
-                 qint32(proto::StatusOk));
-        const DbResult surname = select(
-            *root, QStringLiteral("SELECT get_object_param(%1, 'PT_SURNAME'),"
-                                  " get_object_param(%1, 'PT_NAME')")
-                       .arg(alice));
+        QCOMPARE(
+            updateUser(*root, alice, {{QStringLiteral("PT_NAME"), QStringLiteral("Алиса")}}).status,
+            qint32(proto::StatusOk));
+        const DbResult surname
+            = select(*root, QStringLiteral("SELECT get_object_param(%1, 'PT_SURNAME'),"
+                                           " get_object_param(%1, 'PT_NAME')")
+                                .arg(alice));
         QCOMPARE(surname.rowCount, 1);
         QVERIFY(surname.value(0, 0).isNull());
         QCOMPARE(surname.value(0, 1).toString(), QStringLiteral("Алиса"));

@@ -110,10 +110,10 @@ bool PgCluster::start(QString *why)
         }
         // No syncs unless asked: the cluster lives for one test run, and a test that kills
         // the server kills the process, not the machine.
-        QStringList initdb{QStringLiteral("-D"),      data,
-                           QStringLiteral("-A"),      QStringLiteral("trust"),
-                           QStringLiteral("-U"),      QStringLiteral("zr"),
-                           QStringLiteral("-E"),      QStringLiteral("UTF8"),
+        QStringList initdb{QStringLiteral("-D"),        data,
+                           QStringLiteral("-A"),        QStringLiteral("trust"),
+                           QStringLiteral("-U"),        QStringLiteral("zr"),
+                           QStringLiteral("-E"),        QStringLiteral("UTF8"),
                            QStringLiteral("--locale=C")};
         if (!m_syncs)
             initdb << QStringLiteral("--no-sync");
@@ -121,10 +121,10 @@ bool PgCluster::start(QString *why)
             return false;
         m_made = true;
     }
-    const QString options = QStringLiteral("-k %1 -c listen_addresses='' -c fsync=%2 "
-                                           "-c shared_buffers=16MB -c max_connections=60")
-                                .arg(socketDir(), m_syncs ? QStringLiteral("on")
-                                                          : QStringLiteral("off"));
+    const QString options
+        = QStringLiteral("-k %1 -c listen_addresses='' -c fsync=%2 "
+                         "-c shared_buffers=16MB -c max_connections=60")
+              .arg(socketDir(), m_syncs ? QStringLiteral("on") : QStringLiteral("off"));
     if (!runTool(QStringLiteral("pg_ctl"),
                  {QStringLiteral("-D"), data, QStringLiteral("-l"),
                   m_dir.filePath(QStringLiteral("socket/server.log")), QStringLiteral("-w"),
@@ -138,12 +138,12 @@ bool PgCluster::start(QString *why)
 bool PgCluster::stop(bool immediately)
 {
     QString why;
-    const bool stopped = runTool(QStringLiteral("pg_ctl"),
-                                 {QStringLiteral("-D"), m_dir.filePath(QStringLiteral("data")),
-                                  QStringLiteral("-m"),
-                                  immediately ? QStringLiteral("immediate") : QStringLiteral("fast"),
-                                  QStringLiteral("-w"), QStringLiteral("stop")},
-                                 &why);
+    const bool stopped = runTool(
+        QStringLiteral("pg_ctl"),
+        {QStringLiteral("-D"), m_dir.filePath(QStringLiteral("data")), QStringLiteral("-m"),
+         immediately ? QStringLiteral("immediate") : QStringLiteral("fast"), QStringLiteral("-w"),
+         QStringLiteral("stop")},
+        &why);
     if (stopped)
         m_running = false;
     else

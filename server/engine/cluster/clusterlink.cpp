@@ -95,7 +95,8 @@ ClusterLink::~ClusterLink()
 {
     // A server that stops says so: its sessions leave the others' lists at once.
     QSqlDatabase &db = m_state.database.connection();
-    if (m_state.database.isOpen() && !m_state.database.connectionLost() && m_state.database.begin()) {
+    if (m_state.database.isOpen() && !m_state.database.connectionLost()
+        && m_state.database.begin()) {
         exec(db, "DELETE FROM cluster_sessions WHERE server_id = ?", {m_serverId});
         exec(db, "DELETE FROM cluster_servers WHERE server_id = ?", {m_serverId});
         m_state.database.commit();
@@ -153,14 +154,14 @@ bool ClusterLink::listen()
         return false;
     QSqlDriver *driver = m_listener.driver();
     disconnect(driver, nullptr, this, nullptr);
-    connect(driver, QOverload<const QString &, QSqlDriver::NotificationSource, const QVariant &>::of(
-                        &QSqlDriver::notification),
+    connect(driver,
+            QOverload<const QString &, QSqlDriver::NotificationSource, const QVariant &>::of(
+                &QSqlDriver::notification),
             this, [this] { readEvents(); });
     return driver->subscribeToNotification(QLatin1String(Channel));
 }
 
-bool ClusterLink::insertEvent(const QString &kind, const QByteArray &payload,
-                              const QString &target)
+bool ClusterLink::insertEvent(const QString &kind, const QByteArray &payload, const QString &target)
 {
     QSqlQuery insert(m_state.database.connection());
     insert.prepare(QStringLiteral(
@@ -319,8 +320,7 @@ void ClusterLink::readEvents()
     while (query.next()) {
         m_lastSeen = query.value(0).toLongLong();
         const QString target = query.value(2).toString();
-        if (query.value(1).toString() == m_serverId
-            || (!target.isEmpty() && target != m_serverId))
+        if (query.value(1).toString() == m_serverId || (!target.isEmpty() && target != m_serverId))
             continue;
         seen.append({query.value(3).toString(), query.value(4).toByteArray()});
     }

@@ -24,9 +24,9 @@ struct ServerState;
 // channel `zr_cluster`; the others LISTEN on a connection of their own and read the events
 // they haven't seen. A change's event is written in the change's own transaction; the others
 // after the request has ended, in a transaction of their own. Both hold the database's write
-// lock, so event ids grow in the order they are committed. The server's attached sessions are kept in `cluster_sessions`,
-// and each server's heartbeat in `cluster_servers`: the sessions of a server that stopped
-// beating (killed) no longer count.
+// lock, so event ids grow in the order they are committed. The server's attached sessions are kept
+// in `cluster_sessions`, and each server's heartbeat in `cluster_servers`: the sessions of a server
+// that stopped beating (killed) no longer count.
 class ClusterLink : public QObject
 {
     Q_OBJECT

@@ -64,19 +64,23 @@ bool MailOutbox::createSchema(QSqlDatabase &db)
     const SqlDialect dialect = SqlDialect::of(db);
     const QString statements[] = {
         "CREATE TABLE IF NOT EXISTS mail_outbox ("
-        " id " + dialect.autoKey() + ","
-        " created TEXT NOT NULL,"
-        " operator TEXT NOT NULL DEFAULT '',"
-        " recipient TEXT NOT NULL,"
-        " subject TEXT NOT NULL DEFAULT '',"
-        " body TEXT NOT NULL DEFAULT '',"
-        " message " + dialect.blobType() + " NOT NULL,"
-        " state TEXT NOT NULL CHECK (state IN ('pending', 'sent', 'failed', 'held')),"
-        " attempts INTEGER NOT NULL DEFAULT 0,"
-        " last_error TEXT NOT NULL DEFAULT '',"
-        " last_attempt TEXT,"
-        " next_attempt TEXT,"
-        " sent TEXT)",
+        " id "
+            + dialect.autoKey()
+            + ","
+              " created TEXT NOT NULL,"
+              " operator TEXT NOT NULL DEFAULT '',"
+              " recipient TEXT NOT NULL,"
+              " subject TEXT NOT NULL DEFAULT '',"
+              " body TEXT NOT NULL DEFAULT '',"
+              " message "
+            + dialect.blobType()
+            + " NOT NULL,"
+              " state TEXT NOT NULL CHECK (state IN ('pending', 'sent', 'failed', 'held')),"
+              " attempts INTEGER NOT NULL DEFAULT 0,"
+              " last_error TEXT NOT NULL DEFAULT '',"
+              " last_attempt TEXT,"
+              " next_attempt TEXT,"
+              " sent TEXT)",
         "CREATE INDEX IF NOT EXISTS mail_outbox_due ON mail_outbox (state, next_attempt)",
     };
     // Run as they are: PostgreSQL prepares no DDL.
@@ -152,7 +156,8 @@ bool MailOutbox::recordAttempt(QSqlDatabase &db, qint64 id, bool delivered, cons
         QLatin1String(
             "UPDATE mail_outbox SET attempts = attempts + 1, last_attempt = ?, last_error = "
             "COALESCE(?, ''),"
-            " state = CASE WHEN ? THEN 'sent' WHEN attempts + 1 >= ? THEN 'failed' ELSE 'pending' END,"
+            " state = CASE WHEN ? THEN 'sent' WHEN attempts + 1 >= ? THEN 'failed' ELSE 'pending' "
+            "END,"
             " next_attempt = CASE WHEN ? OR attempts + 1 >= ? THEN NULL ELSE ? END,"
             " body = CASE WHEN ? OR attempts + 1 >= ? THEN '' ELSE body END,"
             " message = CASE WHEN ? OR attempts + 1 >= ? THEN ")

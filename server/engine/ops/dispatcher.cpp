@@ -65,7 +65,8 @@ Dispatcher::Dispatcher(ServerState &state, QObject *parent)
 bool Dispatcher::refresh(Session *session, Reply *refusal)
 {
     ObjectInfo user;
-    const bool found = m_state.database.ensureConnected() && m_state.store->read(session->uid, &user);
+    const bool found
+        = m_state.database.ensureConnected() && m_state.store->read(session->uid, &user);
     if (!found && (m_state.database.connectionLost() || !m_state.store->lastError().isEmpty())) {
         // The account may well be there: the database is away, not the user.
         *refusal = Reply::fail(proto::StatusInternal,

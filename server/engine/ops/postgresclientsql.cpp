@@ -91,7 +91,8 @@ bool PostgresClientSql::connected()
         m_connection = PQconnectdb(m_connInfo.constData());
     if (PQstatus(m_connection) == CONNECTION_OK) {
         // Notices of a client's statement ("no transaction in progress") are nobody's output.
-        PQsetNoticeProcessor(m_connection, [](void *, const char *) {}, nullptr);
+        PQsetNoticeProcessor(
+            m_connection, [](void *, const char *) {}, nullptr);
         return true;
     }
     qCWarning(lcServerDb) << "client SQL can't reach the database:"
@@ -143,11 +144,11 @@ PostgresClientSql::Outcome PostgresClientSql::run(const QString &statement, int 
             outcome.kind = reachable ? Outcome::Failed : Outcome::Unreachable;
             return outcome;
         }
-        PQsetNoticeProcessor(m_connection, [](void *, const char *) {}, nullptr);
+        PQsetNoticeProcessor(
+            m_connection, [](void *, const char *) {}, nullptr);
     }
     const QByteArray text = statement.toUtf8();
-    if (!PQsendQueryParams(m_connection, text.constData(), 0, nullptr, nullptr, nullptr, nullptr,
-                           0)
+    if (!PQsendQueryParams(m_connection, text.constData(), 0, nullptr, nullptr, nullptr, nullptr, 0)
         || !PQsetSingleRowMode(m_connection)) {
         outcome.detail = QString::fromUtf8(PQerrorMessage(m_connection)).trimmed();
         exec("ROLLBACK");

@@ -167,9 +167,9 @@ Reply SqlReader::runOnPostgres(const QString &text, int rowLimit, QByteArray *pa
 Reply SqlReader::refusal(const QString &what)
 {
     qCWarning(lcServer) << "refused client SQL touching" << what;
-    return Reply::fail(proto::StatusForbidden,
-                       tr("Запросы SQL с клиента могут только читать данные; отказано: %1.")
-                           .arg(what));
+    return Reply::fail(
+        proto::StatusForbidden,
+        tr("Запросы SQL с клиента могут только читать данные; отказано: %1.").arg(what));
 }
 
 Reply SqlReader::badStatement(const QString &error)
@@ -179,9 +179,9 @@ Reply SqlReader::badStatement(const QString &error)
 
 Reply SqlReader::timedOut() const
 {
-    return Reply::fail(proto::StatusMalformed,
-                       tr("Запрос SQL выполнялся дольше %1 мс и был прерван. Сузьте запрос.")
-                           .arg(m_timeLimitMs));
+    return Reply::fail(
+        proto::StatusMalformed,
+        tr("Запрос SQL выполнялся дольше %1 мс и был прерван. Сузьте запрос.").arg(m_timeLimitMs));
 }
 
 Reply SqlReader::stopping()

@@ -77,7 +77,8 @@ public:
 
     // Told of every failure and success recorded here, for the other servers of the database,
     // which count them too (ClusterLink); what they tell comes in through recordRemote().
-    using Observer = std::function<void(const QString &login, const QString &address, bool success)>;
+    using Observer
+        = std::function<void(const QString &login, const QString &address, bool success)>;
     void setObserver(Observer observer) { m_observer = std::move(observer); }
     void recordRemote(const QString &login, const QString &address, bool success);
 

@@ -53,7 +53,8 @@ DatabaseAddress::DatabaseAddress(const QString &text)
     if (query.hasQueryItem(QStringLiteral("port")))
         m_port = query.queryItemValue(QStringLiteral("port")).toInt();
     if (m_databaseName.isEmpty() || m_databaseName.contains(QLatin1Char('/')))
-        m_problem = QStringLiteral("the URL names no database (postgresql://user@host:port/dbname)");
+        m_problem
+            = QStringLiteral("the URL names no database (postgresql://user@host:port/dbname)");
 }
 
 QString DatabaseAddress::displayText() const
@@ -65,8 +66,7 @@ QString DatabaseAddress::displayText() const
     return url.toString();
 }
 
-QSqlDatabase DatabaseAddress::addConnection(const QString &name,
-                                            const QString &sqliteOptions) const
+QSqlDatabase DatabaseAddress::addConnection(const QString &name, const QString &sqliteOptions) const
 {
     if (!isPostgres()) {
         QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), name);

@@ -212,18 +212,18 @@ bool ObjectStore::page(const QString &dataset, TYPE_ID afterUid, int limit,
 }
 
 template<class Get>
-bool ObjectStore::readPage(Get statementFor, const QString &dataset, TYPE_ID afterUid,
-                           int limit, QList<ObjectInfo> *objects, bool *more)
+bool ObjectStore::readPage(Get statementFor, const QString &dataset, TYPE_ID afterUid, int limit,
+                           QList<ObjectInfo> *objects, bool *more)
 {
     objects->clear();
     *more = false;
-    // Straight on SQLite (on PostgreSQL through QtSql): through QtSql every value became a QVariant and every text went
-    // through UTF-16 in SQLite before it was a QString. Parameters and links come with one
-    // statement each for the whole page, in the page's order, so that each row finds its
-    // object by walking the list along.
+    // Straight on SQLite (on PostgreSQL through QtSql): through QtSql every value became a QVariant
+    // and every text went through UTF-16 in SQLite before it was a QString. Parameters and links
+    // come with one statement each for the whole page, in the page's order, so that each row finds
+    // its object by walking the list along.
     auto &query = statementFor("SELECT uid, type, parent, reserved, changed_at"
-                                          " FROM objects WHERE dataset = ?1 AND uid > ?2"
-                                          " ORDER BY uid LIMIT ?3");
+                               " FROM objects WHERE dataset = ?1 AND uid > ?2"
+                               " ORDER BY uid LIMIT ?3");
     if (!query.start() || !query.bind(1, dataset) || !query.bind(2, afterUid)
         || !query.bind(3, limit + 1))
         return failRaw(query);
@@ -400,9 +400,8 @@ TYPE_ID ObjectStore::insert(const QString &dataset, const ObjectInfo &object)
 
 bool ObjectStore::setParameters(TYPE_ID uid, const QHash<QString, QString> &parameters)
 {
-    QSqlQuery &query
-        = statement("INSERT INTO object_params (uid, key, value) VALUES (?, ?, ?)"
-                    " ON CONFLICT (uid, key) DO UPDATE SET value = excluded.value");
+    QSqlQuery &query = statement("INSERT INTO object_params (uid, key, value) VALUES (?, ?, ?)"
+                                 " ON CONFLICT (uid, key) DO UPDATE SET value = excluded.value");
     for (auto it = parameters.cbegin(); it != parameters.cend(); ++it) {
         if (!run(query, {uid, it.key(), it.value()}))
             return false;

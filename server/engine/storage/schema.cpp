@@ -247,7 +247,8 @@ int Schema::version(QSqlDatabase &db)
         // The table is made with the first look, so that an empty database reads as 0.
         QString error;
         if (!run(db,
-                 QStringLiteral("CREATE TABLE IF NOT EXISTS schema_version (version INTEGER NOT NULL)"),
+                 QStringLiteral(
+                     "CREATE TABLE IF NOT EXISTS schema_version (version INTEGER NOT NULL)"),
                  &error)
             || !run(db,
                     QStringLiteral("INSERT INTO schema_version (version) SELECT 0 WHERE NOT EXISTS"
