@@ -201,7 +201,7 @@
     </message>
     <message>
         <location line="-57"/>
-        <location filename="../server/engine/ops/objectops.cpp" line="+215"/>
+        <location filename="../server/engine/ops/objectops.cpp" line="+216"/>
         <source>Шаблона ролей «%1» нет.</source>
         <translation>There is no role template “%1”.</translation>
     </message>
@@ -278,22 +278,22 @@
         <translation>Insufficient permissions to view active sessions.</translation>
     </message>
     <message>
-        <location line="+28"/>
+        <location line="+33"/>
         <source>Запрос отключения не читается.</source>
         <translation>The disconnection request cannot be read.</translation>
     </message>
     <message>
-        <location line="+8"/>
+        <location line="+9"/>
         <source>Нельзя отключить собственную сессию.</source>
         <translation>You cannot disconnect your own session.</translation>
     </message>
     <message>
-        <location line="+5"/>
+        <location line="+6"/>
         <source>Сессии уже нет: обновите список сессий.</source>
         <translation>The session no longer exists: refresh the list of sessions.</translation>
     </message>
     <message>
-        <location line="+6"/>
+        <location line="+10"/>
         <source>Недостаточно прав для отключения пользователя «%1».</source>
         <translation>Insufficient permissions to disconnect the user “%1”.</translation>
     </message>
@@ -303,7 +303,7 @@
         <translation>Your session was closed by operator %1. Please log in again.</translation>
     </message>
     <message>
-        <location line="+13"/>
+        <location line="+19"/>
         <source>Запрос заблокированных входов не читается.</source>
         <translation>The locked logins request cannot be read.</translation>
     </message>
@@ -465,7 +465,7 @@
         <translation>The user has no fingerprint of finger %1.</translation>
     </message>
     <message>
-        <location filename="../server/engine/ops/dispatcher.cpp" line="+72"/>
+        <location filename="../server/engine/ops/dispatcher.cpp" line="+82"/>
         <source>Учётная запись удалена или заблокирована; сессия завершена.</source>
         <translation>The account has been deleted or blocked; the session has ended.</translation>
     </message>
@@ -500,7 +500,8 @@
         <translation>The command came with another session&apos;s identifier.</translation>
     </message>
     <message>
-        <location line="+15"/>
+        <location line="-107"/>
+        <location line="+122"/>
         <source>База данных сервера занята или недоступна. Повторите позже.</source>
         <translation>The server&apos;s database is busy or unavailable. Try again later.</translation>
     </message>
@@ -510,7 +511,8 @@
         <translation>The server could not write the log.</translation>
     </message>
     <message>
-        <location line="+5"/>
+        <location line="+8"/>
+        <location line="+6"/>
         <source>Сервер не смог сохранить изменение; ничего не изменено. Повторите позже.</source>
         <translation>The server could not save the change; nothing was changed. Try again later.</translation>
     </message>
@@ -753,33 +755,33 @@
         <translation>The server is already running %1 SQL requests of other operators. Try again in a few seconds.</translation>
     </message>
     <message>
-        <location filename="../server/engine/ops/sqlreader.cpp" line="+77"/>
+        <location filename="../server/engine/ops/sqlreader.cpp" line="+92"/>
+        <location line="+69"/>
         <source>Сервер не смог открыть базу данных для запроса SQL. Повторите позже.</source>
         <translation>The server could not open the database for the SQL request. Try again later.</translation>
     </message>
     <message>
-        <location line="+26"/>
+        <location line="+13"/>
         <source>Запросы SQL с клиента могут только читать данные; отказано: %1.</source>
         <translation>SQL requests from a client may only read data; refused: %1.</translation>
     </message>
     <message>
-        <location line="+6"/>
-        <location line="+39"/>
+        <location line="+8"/>
         <source>Ошибка в запросе SQL: %1</source>
         <translation>Error in the SQL request: %1</translation>
     </message>
     <message>
-        <location line="-19"/>
+        <location line="+16"/>
         <source>Сервер останавливается; запрос SQL прерван.</source>
         <translation>The server is stopping; the SQL request was interrupted.</translation>
     </message>
     <message>
-        <location line="+5"/>
+        <location line="-8"/>
         <source>Запрос SQL выполнялся дольше %1 мс и был прерван. Сузьте запрос.</source>
         <translation>The SQL request ran longer than %1 ms and was stopped. Narrow the request down.</translation>
     </message>
     <message>
-        <location line="+7"/>
+        <location line="+15"/>
         <source>Ответ на запрос SQL больше %1 МиБ. Запросите меньше строк или столбцов.</source>
         <translation>The answer to the SQL request is larger than %1 MiB. Ask for fewer rows or columns.</translation>
     </message>

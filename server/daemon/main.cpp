@@ -79,8 +79,10 @@ int main(int argc, char *argv[])
     parser.setApplicationDescription(QStringLiteral("Zeral central server"));
     parser.addHelpOption();
     parser.addVersionOption();
-    const QCommandLineOption db(QStringLiteral("db"), QStringLiteral("SQLite database file."),
-                                QStringLiteral("FILE"));
+    const QCommandLineOption db(QStringLiteral("db"),
+                                QStringLiteral("SQLite database file, or a PostgreSQL database as "
+                                               "postgresql://user@host:port/dbname."),
+                                QStringLiteral("FILE|URL"));
     const QCommandLineOption listen(QStringLiteral("listen"),
                                     QStringLiteral("Address and port to listen on."),
                                     QStringLiteral("ADDR:PORT"), QStringLiteral("127.0.0.1:7700"));
@@ -115,7 +117,7 @@ int main(int argc, char *argv[])
 
     QTextStream err(stderr);
     if (!parser.isSet(db)) {
-        err << "zr-server: --db FILE is required\n";
+        err << "zr-server: --db FILE or --db postgresql://user@host:port/dbname is required\n";
         return 2;
     }
     zeral::server::ServerEngine::Options options;

@@ -58,6 +58,8 @@ QString ServerEngine::openDatabase()
     if (!error.isEmpty())
         return error;
     state->store = std::make_unique<ObjectStore>(state->database.connection());
+    // Statements prepared on a PostgreSQL connection that was lost die with it.
+    state->database.setBeforeReconnect([store = state->store.get()] { store->forgetStatements(); });
     Seeder seeder(state->database, *state->store);
     error = seeder.seedBase();
     if (error.isEmpty() && m_options.demo)
@@ -66,6 +68,20 @@ QString ServerEngine::openDatabase()
         return tr("Не удалось заполнить базу данных %1: %2").arg(m_options.databasePath, error);
     state->rootUid = state->store->setting(QLatin1String(Seeder::RootUidSetting)).toUInt();
     state->throttle = std::make_unique<LoginThrottle>(m_options.clock, m_options.loginPolicy);
+    if (state->database.isPostgres()) {
+        // Other servers may share the database: changes, sessions and failed logins are told
+        // to them and heard from them.
+        state->cluster = std::make_unique<ClusterLink>(*state);
+        error = state->cluster->start();
+        if (!error.isEmpty())
+            return tr("Не удалось подготовить базу данных %1 для нескольких серверов: %2")
+                .arg(state->database.address().displayText(), error);
+        ClusterLink *cluster = state->cluster.get();
+        state->throttle->setObserver(
+            [cluster](const QString &login, const QString &address, bool success) {
+                cluster->publishLogin(login, address, success);
+            });
+    }
     state->mailRenderer = std::make_unique<MailRenderer>(m_options.mailSender);
     state->languages.load(m_options.catalogueDir.isEmpty() ? defaultCatalogueDir()
                                                            : m_options.catalogueDir);
@@ -114,6 +130,10 @@ QString ServerEngine::start()
     }
     m_server = server;
     m_dispatcher = new Dispatcher(*m_state, this);
+    if (ClusterLink *cluster = m_state->cluster.get()) {
+        connect(cluster, &ClusterLink::remoteChange, m_dispatcher, &Dispatcher::applyRemoteChange);
+        connect(cluster, &ClusterLink::closeRequested, m_dispatcher, &Dispatcher::closeSession);
+    }
     connect(m_server, &QTcpServer::newConnection, this, &ServerEngine::onNewConnection);
     m_sessionSweep = new QTimer(this);
     connect(m_sessionSweep, &QTimer::timeout, m_dispatcher, &Dispatcher::endAbandonedSessions);
@@ -154,6 +174,9 @@ void ServerEngine::onNewConnection()
         connect(connection, &ClientConnection::commandReceived, m_dispatcher,
                 [this, connection](const Command &command) {
                     m_dispatcher->dispatch(connection, command);
+                    // What the request told the other servers goes out now, after its answer.
+                    if (m_state && m_state->cluster)
+                        m_state->cluster->flush();
                 });
         connect(connection, &ClientConnection::closed, this, [this, connection] {
             m_connections.removeOne(connection);

@@ -29,6 +29,7 @@ class ServerEngine : public QObject
 public:
     struct Options
     {
+        // An SQLite file, or a PostgreSQL URL (postgresql://user@host:port/dbname).
         QString databasePath;
         QHostAddress address = QHostAddress::LocalHost;
         quint16 port = 0; // 0: any free port, see port()

@@ -13,6 +13,7 @@
 #include <shared/dbkeys.h>
 #include <shared/objectinfo.h>
 #include <shared/wire.h>
+#include <tests/server/testdatabase.h>
 
 #include <QDeadlineTimer>
 #include <QHash>
@@ -147,17 +148,20 @@ private:
     quint64 m_nextId = 0;
 };
 
-// A started engine on a fresh database, with root's password set.
+// A started engine on a fresh database (see testdatabase.h), with root's password set.
 struct Server
 {
     QTemporaryDir dir;
+    QString databasePath; // the file or URL the engine was started on
     std::unique_ptr<zeral::server::ServerEngine> engine;
     QDateTime now = QDateTime(QDate(2024, 3, 1), QTime(10, 0));
     int loginDelayStepMs = 0; // failed logins answered at once unless a test measures it
 
     QString start(zeral::server::ServerEngine::Options options = {})
     {
-        options.databasePath = dir.filePath(QStringLiteral("server.db"));
+        if (databasePath.isEmpty())
+            databasePath = newTestDatabase(dir.path(), QStringLiteral("server.db"));
+        options.databasePath = databasePath;
         options.clock = [this] {
             return now;
         };
@@ -196,6 +200,14 @@ inline DbResult select(WireClient &by, const QString &statement)
 inline QString errorText(const Command &answer)
 {
     return answer.errorText();
+}
+
+// Changes parameters of user `uid` as `by`; the answer.
+inline Command updateUser(WireClient &by, zeral::TYPE_ID uid,
+                          const QHash<QString, QString> &parameters)
+{
+    return by.request(cmd::UpdateObject,
+                      ZRDataStream::pack(uid, QStringLiteral("OT_USER"), quint32(0), parameters));
 }
 
 // Creates a user as `by` and returns the new uid (0 on failure).

@@ -2,6 +2,7 @@
 #include <server/engine/storage/objectstore.h>
 #include <server/engine/storage/seeder.h>
 #include <shared/datasets.h>
+#include <tests/server/testdatabase.h>
 
 #include <QSet>
 #include <QTemporaryDir>
@@ -34,8 +35,10 @@ private:
 
 void TestObjectStorePages::initTestCase()
 {
+    ZR_SKIP_WITHOUT_TEST_DATABASE();
     QVERIFY(m_dir.isValid());
-    QCOMPARE(m_database.open(m_dir.filePath(QStringLiteral("pages.db"))), QString());
+    QCOMPARE(m_database.open(harness::newTestDatabase(m_dir.path(), QStringLiteral("pages.db"))),
+             QString());
     m_store = std::make_unique<ObjectStore>(m_database.connection());
     Seeder seeder(m_database, *m_store);
     QCOMPARE(seeder.seedBase(), QString());

@@ -43,6 +43,12 @@ private slots:
         QTest::addRow("database can't be opened")
             << "/nonexistent/dir/x.db" << false << QStringList()
             << "Не удалось открыть базу данных";
+        QTest::addRow("PostgreSQL not running")
+            << "postgresql://zr@/zeral?host=/nonexistent/socket" << false << QStringList()
+            << "Не удалось подключиться к базе данных PostgreSQL "
+               "postgresql://zr@/zeral?host=/nonexistent/socket: connection to server on socket";
+        QTest::addRow("PostgreSQL URL without a database")
+            << "postgresql://zr@localhost" << false << QStringList() << "the URL names no database";
         QTest::addRow("port taken")
             << "taken.db" << true << QStringList() << "Не удалось открыть порт";
         QTest::addRow("TLS certificate missing")
@@ -67,8 +73,9 @@ private slots:
         QVERIFY(holder.listen(QHostAddress::LocalHost, 0));
         const quint16 port = portTaken ? holder.serverPort() : freePort();
         QProcess server;
-        server.start(Program, QStringList{"--db", db.startsWith('/') ? db : m_dir.filePath(db),
-                                          "--listen", QStringLiteral("127.0.0.1:%1").arg(port)}
+        const bool asItIs = db.startsWith('/') || db.startsWith(QLatin1String("postgresql:"));
+        server.start(Program, QStringList{"--db", asItIs ? db : m_dir.filePath(db), "--listen",
+                                          QStringLiteral("127.0.0.1:%1").arg(port)}
                                   + extra);
         QVERIFY(server.waitForFinished(20000));
         QVERIFY(server.exitCode() != 0);

@@ -12,14 +12,12 @@
 
 namespace {
 
-// One answer of a statement on the engine's file, read beside it.
+// One answer of a statement on the engine's database, read beside it.
 QVariantList column(const QString &path, const QString &statement)
 {
     QVariantList values;
     {
-        QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"),
-                                                    QStringLiteral("demo-users-reader"));
-        db.setDatabaseName(path);
+        QSqlDatabase db = harness::sideDatabase(path, QStringLiteral("demo-users-reader"));
         if (db.open()) {
             QSqlQuery query(statement, db);
             while (query.next())
@@ -42,6 +40,7 @@ class TestServerDemoUsers : public QObject
     Q_OBJECT
 
 private slots:
+    void initTestCase() { ZR_SKIP_WITHOUT_TEST_DATABASE(); }
     void storesLoginableAccounts_data()
     {
         QTest::addColumn<int>("employees");
@@ -60,7 +59,7 @@ private slots:
         options.demoSize = employees;
         options.demoUsers = extraUsers;
         QCOMPARE(server.start(options), QString());
-        const QString path = server.dir.filePath(QStringLiteral("server.db"));
+        const QString path = server.databasePath;
 
         const int ownAccounts = zeral::server::DemoOrganisation::build(employees, 1)
                                     .objects.value(QLatin1String(zeral::USER_DATANAME))

@@ -26,6 +26,7 @@ class TestServerEngine : public QObject
 {
     Q_OBJECT
 private slots:
+    void initTestCase() { ZR_SKIP_WITHOUT_TEST_DATABASE(); }
     void init()
     {
         m_server = std::make_unique<Server>();
@@ -365,9 +366,7 @@ private slots:
             // template. Nobody may hand out the supervisor's template: it goes into the file.
             const TYPE_ID sup = addUser(*root, QStringLiteral("sup"), QString());
             {
-                QSqlDatabase db
-                    = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("side"));
-                db.setDatabaseName(m_server->dir.filePath(QStringLiteral("server.db")));
+                QSqlDatabase db = sideDatabase(m_server->databasePath, QStringLiteral("side"));
                 QVERIFY(db.open());
                 QVERIFY(
                     QSqlQuery(db).exec(QStringLiteral("INSERT INTO object_params VALUES "
@@ -549,9 +548,7 @@ private slots:
         // was logged in.
         int audited = -1;
         {
-            QSqlDatabase db
-                = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("audit"));
-            db.setDatabaseName(m_server->dir.filePath(QStringLiteral("server.db")));
+            QSqlDatabase db = sideDatabase(m_server->databasePath, QStringLiteral("audit"));
             QSqlQuery query(db.open() ? db : QSqlDatabase());
             if (query.exec(QStringLiteral("SELECT count(*) FROM audit_log"
                                           " WHERE command = 'session.login' AND status = 9"
@@ -689,9 +686,7 @@ private slots:
         QCOMPARE(root->request(cmd::SendEmail, ZRDataStream::pack(message, QStringLiteral("root")))
                      .status,
                  qint32(proto::StatusMalformed));
-        QSqlDatabase db
-            = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("peek"));
-        db.setDatabaseName(m_server->dir.filePath(QStringLiteral("server.db")));
+        QSqlDatabase db = sideDatabase(m_server->databasePath, QStringLiteral("peek"));
         QVERIFY(db.open());
         {
             QSqlQuery query(QStringLiteral("SELECT COUNT(*) FROM mail_outbox"), db);

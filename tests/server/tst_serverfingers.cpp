@@ -21,6 +21,7 @@ class TestServerFingers : public QObject
 private slots:
     void initTestCase()
     {
+        ZR_SKIP_WITHOUT_TEST_DATABASE();
         QCOMPARE(m_server.start(), QString());
         m_root = m_server.rootClient();
         for (const char *login : {"admin", "admin2", "clerk", "guard", "mobile", "target"})
@@ -199,8 +200,7 @@ private slots:
         m_root.reset();
         m_server.engine.reset();
         {
-            QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), "old");
-            db.setDatabaseName(m_server.dir.filePath(QStringLiteral("server.db")));
+            QSqlDatabase db = sideDatabase(m_server.databasePath, "old");
             QVERIFY(db.open());
             QSqlQuery query(db);
             QVERIFY(query.exec("DELETE FROM role_template_roles WHERE role LIKE '%BIOMETRICS%'"));
@@ -210,8 +210,7 @@ private slots:
         QCOMPARE(m_server.start(), QString());
         m_root = m_server.rootClient();
         const DbResult holders
-            = select("SELECT group_concat(template_id) FROM (SELECT template_id FROM "
-                     "role_template_roles WHERE role = 'RL_USER_BIOMETRICS_EDIT' ORDER BY 1)");
+            = select(templatesHolding(QStringLiteral("RL_USER_BIOMETRICS_EDIT")));
         QCOMPARE(holders.value(0, 0).toString(), QStringLiteral("RT_ADMINISTRATOR,RT_SUPERVISOR"));
         QList<zeral::RoleEntry> catalogue;
         ZRDataStream in(m_root->request(cmd::RoleCatalogue).data);
@@ -250,15 +249,7 @@ private:
         in >> result;
         return answer.status == proto::StatusOk ? result : QList<qint32>{-1};
     }
-    DbResult select(const char *statement)
-    {
-        DbQuery query;
-        query.statements = QStringList(QString::fromUtf8(statement));
-        DbResult result;
-        ZRDataStream in(m_root->request(cmd::ExecSql, ZRDataStream::pack(query)).data);
-        in >> result;
-        return result;
-    }
+    DbResult select(const QString &statement) { return harness::select(*m_root, statement); }
     // Every stored template as "login finger bytes", read through the server.
     QStringList stored()
     {

@@ -24,6 +24,7 @@ class TestServerLoginLocks : public QObject
 {
     Q_OBJECT
 private slots:
+    void initTestCase() { ZR_SKIP_WITHOUT_TEST_DATABASE(); }
     void init()
     {
         m_server = std::make_unique<Server>();
@@ -207,11 +208,9 @@ private:
     }
     QVariant audit(const char *sql)
     {
-        QSqlDatabase db
-            = QSqlDatabase::contains(QStringLiteral("audit"))
-                  ? QSqlDatabase::database(QStringLiteral("audit"))
-                  : QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("audit"));
-        db.setDatabaseName(m_server->dir.filePath(QStringLiteral("server.db")));
+        QSqlDatabase db = QSqlDatabase::contains(QStringLiteral("audit"))
+                              ? QSqlDatabase::database(QStringLiteral("audit"))
+                              : sideDatabase(m_server->databasePath, QStringLiteral("audit"));
         QVariant value;
         {
             QSqlQuery query(db.open() ? db : QSqlDatabase());

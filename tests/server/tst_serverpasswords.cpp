@@ -71,6 +71,7 @@ class TestServerPasswords : public QObject
 private slots:
     void initTestCase()
     {
+        ZR_SKIP_WITHOUT_TEST_DATABASE();
         QCOMPARE(m_server.start(), QString());
         m_root = m_server.rootClient();
         QVERIFY(!m_root->session.isEmpty());
@@ -657,7 +658,7 @@ private:
     }
     QSqlQuery query(const QString &statement)
     {
-        return harness::readDatabase(m_server.dir.filePath(QStringLiteral("server.db")), statement);
+        return harness::readDatabase(m_server.databasePath, statement);
     }
     QString storedHash(TYPE_ID uid)
     {

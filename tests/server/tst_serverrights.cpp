@@ -20,6 +20,7 @@ class TestServerRights : public QObject
 private slots:
     void initTestCase()
     {
+        ZR_SKIP_WITHOUT_TEST_DATABASE();
         QCOMPARE(m_server.start(), QString());
         m_root = m_server.rootClient();
         for (const char *t : {"RT_ADMINISTRATOR", "RT_HR", "RT_SECURITY", "RT_OPERATOR"})
@@ -227,7 +228,7 @@ private slots:
 private:
     QSqlQuery query(const QString &statement)
     {
-        return harness::readDatabase(m_server.dir.filePath(QStringLiteral("server.db")), statement);
+        return harness::readDatabase(m_server.databasePath, statement);
     }
     QVariant scalar(const QString &statement)
     {

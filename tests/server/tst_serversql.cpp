@@ -38,6 +38,7 @@ class TestServerSql : public QObject
 private slots:
     void initTestCase()
     {
+        ZR_SKIP_WITHOUT_TEST_DATABASE();
         zeral::server::ServerEngine::Options options;
         options.clientSqlTimeLimitMs = 1000;
         QCOMPARE(m_server.start(options), QString());
@@ -47,16 +48,16 @@ private slots:
         QVERIFY(m_guard && m_clerk);
         // Fingerprints come from the enrolment screen, which has no command of its own here:
         // they are put straight into the file, beside the running server.
-        QSqlDatabase db
-            = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), QStringLiteral("fp"));
-        db.setDatabaseName(m_server.dir.filePath(QStringLiteral("server.db")));
+        QSqlDatabase db = sideDatabase(m_server.databasePath, QStringLiteral("fp"));
         QVERIFY(db.open());
         QSqlQuery query(db);
         int templateUid = 0;
         for (TYPE_ID owner : {m_guard, m_guard, m_clerk}) {
             ++templateUid;
-            QVERIFY(query.exec(QStringLiteral("INSERT INTO templates VALUES (%1, 7, x'0a0b%1')")
-                                   .arg(templateUid, 2, 10, QLatin1Char('0'))));
+            const QString number = QStringLiteral("%1").arg(templateUid, 2, 10, QLatin1Char('0'));
+            QVERIFY(query.exec(QStringLiteral("INSERT INTO templates VALUES (%1, 7, %2)")
+                                   .arg(templateUid)
+                                   .arg(blobLiteral(QStringLiteral("0a0b") + number))));
             QVERIFY(query.exec(QStringLiteral("INSERT INTO fingers VALUES (%1, %2, %3)")
                                    .arg(templateUid)
                                    .arg(owner)
@@ -117,8 +118,6 @@ private slots:
         QTest::addRow("update") << "UPDATE objects SET type = 'OT_X'" << 4;
         QTest::addRow("delete") << "DELETE FROM fingers" << 4;
         QTest::addRow("drop") << "DROP TABLE audit_log" << 4;
-        QTest::addRow("pragma") << "PRAGMA journal_mode=DELETE" << 4;
-        QTest::addRow("attach") << "ATTACH DATABASE '/tmp/x.db' AS x" << 4;
         QTest::addRow("password hashes") << "SELECT hash FROM passwords" << 4;
         QTest::addRow("mail texts") << "SELECT * FROM mail_outbox" << 4;
         QTest::addRow("two statements in one") << "SELECT 1; DELETE FROM fingers" << 2;
@@ -128,17 +127,39 @@ private slots:
             << "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c) "
                "SELECT count(*) FROM c"
             << 2;
-        QTest::addRow("huge value") << "SELECT randomblob(100000000)" << 2;
+        if (!onPostgres()) {
+            QTest::addRow("pragma") << "PRAGMA journal_mode=DELETE" << 4;
+            QTest::addRow("attach") << "ATTACH DATABASE '/tmp/x.db' AS x" << 4;
+            QTest::addRow("huge value") << "SELECT randomblob(100000000)" << 2;
+            QTest::addRow("huge answer")
+                << "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c LIMIT 100) "
+                   "SELECT randomblob(1000000) FROM c"
+                << 2;
+            return;
+        }
+        // What a statement could do on PostgreSQL to leave its read-only role: every one of
+        // them refused, and no hash read.
+        QTest::addRow("set role") << "SET ROLE zr" << 4;
+        QTest::addRow("reset role") << "RESET ROLE" << 4;
+        QTest::addRow("commit") << "COMMIT" << 4;
+        QTest::addRow("set_config")
+            << "SELECT set_config('role', 'zr', true), (SELECT count(*) FROM passwords)" << 4;
+        QTest::addRow("a query in a text")
+            << "SELECT query_to_xml('SELECT hash FROM passwords', true, false, '')" << 4;
+        QTest::addRow("procedural block") << "DO $$ BEGIN PERFORM 1; END $$" << 4;
+        QTest::addRow("copy out") << "COPY objects TO STDOUT" << 4;
+        QTest::addRow("server files") << "SELECT pg_read_file('/etc/hostname')" << 4;
+        QTest::addRow("huge value") << "SELECT repeat('x', 40000000)" << 2;
         QTest::addRow("huge answer")
-            << "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x + 1 FROM c LIMIT 100) "
-               "SELECT randomblob(1000000) FROM c"
-            << 2;
+            << "SELECT repeat('x', 1000000) FROM generate_series(1, 100)" << 2;
     }
     void writesAreRefused()
     {
         QFETCH(QString, statement);
         QFETCH(int, status);
         exec(statement, status);
+        // Whatever the statement tried, the next one still may not read the hashes.
+        exec(QStringLiteral("SELECT count(*) FROM passwords"), proto::StatusForbidden);
         // Nothing changed, and the connection is read-write again for the server's own work.
         QCOMPARE(exec(QStringLiteral("SELECT COUNT(*) FROM fingers"), proto::StatusOk)
                      .value(0, 0)

@@ -53,6 +53,7 @@ class TestServerSqlWorkers : public QObject
 private slots:
     void initTestCase()
     {
+        ZR_SKIP_WITHOUT_TEST_DATABASE();
         zeral::server::ServerEngine::Options options;
         options.clientSqlTimeLimitMs = timeLimitMs;
         QCOMPARE(m_server.start(options), QString());
@@ -126,7 +127,7 @@ private slots:
         const Command other = m_operators[1]->request(
             cmd::ExecSql, sqlPayload(QStringLiteral(
                               "SELECT count(*), max(login) FROM (SELECT get_object_param(id, "
-                              "'PT_LOGIN') AS login FROM userid) WHERE login LIKE "
+                              "'PT_LOGIN') AS login FROM userid) AS logins WHERE login LIKE "
                               "'operator%'")));
         QCOMPARE(other.status, qint32(proto::StatusOk));
         DbResult result;

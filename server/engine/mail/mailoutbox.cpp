@@ -1,6 +1,7 @@
 #include "mailoutbox.h"
 
 #include <server/engine/mail/maillog.h>
+#include <server/engine/storage/sqldialect.h>
 
 #include <QSqlDatabase>
 #include <QSqlError>
@@ -60,28 +61,36 @@ bool run(QSqlQuery &query, const char *what)
 
 bool MailOutbox::createSchema(QSqlDatabase &db)
 {
-    const char *const statements[] = {
+    const SqlDialect dialect = SqlDialect::of(db);
+    const QString statements[] = {
         "CREATE TABLE IF NOT EXISTS mail_outbox ("
-        " id INTEGER PRIMARY KEY AUTOINCREMENT,"
-        " created TEXT NOT NULL,"
-        " operator TEXT NOT NULL DEFAULT '',"
-        " recipient TEXT NOT NULL,"
-        " subject TEXT NOT NULL DEFAULT '',"
-        " body TEXT NOT NULL DEFAULT '',"
-        " message BLOB NOT NULL,"
-        " state TEXT NOT NULL CHECK (state IN ('pending', 'sent', 'failed', 'held')),"
-        " attempts INTEGER NOT NULL DEFAULT 0,"
-        " last_error TEXT NOT NULL DEFAULT '',"
-        " last_attempt TEXT,"
-        " next_attempt TEXT,"
-        " sent TEXT)",
+        " id "
+            + dialect.autoKey()
+            + ","
+              " created TEXT NOT NULL,"
+              " operator TEXT NOT NULL DEFAULT '',"
+              " recipient TEXT NOT NULL,"
+              " subject TEXT NOT NULL DEFAULT '',"
+              " body TEXT NOT NULL DEFAULT '',"
+              " message "
+            + dialect.blobType()
+            + " NOT NULL,"
+              " state TEXT NOT NULL CHECK (state IN ('pending', 'sent', 'failed', 'held')),"
+              " attempts INTEGER NOT NULL DEFAULT 0,"
+              " last_error TEXT NOT NULL DEFAULT '',"
+              " last_attempt TEXT,"
+              " next_attempt TEXT,"
+              " sent TEXT)",
         "CREATE INDEX IF NOT EXISTS mail_outbox_due ON mail_outbox (state, next_attempt)",
     };
-    for (const char *statement : statements) {
+    // Run as they are: PostgreSQL prepares no DDL.
+    for (const QString &statement : statements) {
         QSqlQuery query(db);
-        query.prepare(QString::fromLatin1(statement));
-        if (!run(query, "create schema"))
+        if (!query.exec(statement)) {
+            qCWarning(lcMail) << "outbox statement failed: create schema"
+                              << query.lastError().text();
             return false;
+        }
     }
     return true;
 }
@@ -143,15 +152,18 @@ bool MailOutbox::recordAttempt(QSqlDatabase &db, qint64 id, bool delivered, cons
     // the count including this attempt throughout. A mail that leaves the queue keeps no
     // text: the connections run with secure_delete, so the old bytes are overwritten too.
     QSqlQuery query(db);
-    query.prepare(QStringLiteral(
-        "UPDATE mail_outbox SET attempts = attempts + 1, last_attempt = ?, last_error = "
-        "COALESCE(?, ''),"
-        " state = CASE WHEN ? THEN 'sent' WHEN attempts + 1 >= ? THEN 'failed' ELSE 'pending' END,"
-        " next_attempt = CASE WHEN ? OR attempts + 1 >= ? THEN NULL ELSE ? END,"
-        " body = CASE WHEN ? OR attempts + 1 >= ? THEN '' ELSE body END,"
-        " message = CASE WHEN ? OR attempts + 1 >= ? THEN X'' ELSE message END,"
-        " sent = CASE WHEN ? THEN ? ELSE NULL END"
-        " WHERE id = ? AND state = 'pending'"));
+    query.prepare(
+        QLatin1String(
+            "UPDATE mail_outbox SET attempts = attempts + 1, last_attempt = ?, last_error = "
+            "COALESCE(?, ''),"
+            " state = CASE WHEN ? THEN 'sent' WHEN attempts + 1 >= ? THEN 'failed' ELSE 'pending' "
+            "END,"
+            " next_attempt = CASE WHEN ? OR attempts + 1 >= ? THEN NULL ELSE ? END,"
+            " body = CASE WHEN ? OR attempts + 1 >= ? THEN '' ELSE body END,"
+            " message = CASE WHEN ? OR attempts + 1 >= ? THEN ")
+        + SqlDialect::of(db).emptyBlob()
+        + QLatin1String(" ELSE message END, sent = CASE WHEN ? THEN ? ELSE NULL END"
+                        " WHERE id = ? AND state = 'pending'"));
     const QString at = storedTime(now);
     query.addBindValue(at);
     query.addBindValue(delivered ? QString() : error);

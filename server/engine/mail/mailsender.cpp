@@ -3,6 +3,7 @@
 #include <server/engine/mail/maillog.h>
 #include <server/engine/mail/mailoutbox.h>
 #include <server/engine/mail/smtpclient.h>
+#include <server/engine/storage/databaseaddress.h>
 
 #include <QAtomicInteger>
 #include <QDateTime>
@@ -71,20 +72,25 @@ private:
 
 void MailSender::Worker::open()
 {
-    QSqlDatabase db = QSqlDatabase::addDatabase(QStringLiteral("QSQLITE"), m_connection);
-    db.setDatabaseName(m_databasePath);
-    db.setConnectOptions(QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000"));
+    const DatabaseAddress address(m_databasePath);
+    QSqlDatabase db
+        = address.addConnection(m_connection, QStringLiteral("QSQLITE_BUSY_TIMEOUT=5000"));
     if (!db.open()) {
-        qCWarning(lcMail) << "mail sender can't open the database" << m_databasePath
+        qCWarning(lcMail) << "mail sender can't open the database" << address.displayText()
                           << db.lastError().text();
         return;
     }
-    QSqlQuery wal(db);
-    if (!wal.exec(QStringLiteral("PRAGMA journal_mode=WAL")))
-        qCDebug(lcMail) << "mail sender: journal mode unchanged" << wal.lastError().text();
-    // The text of a delivered mail is erased through this connection: overwrite it.
-    if (!wal.exec(QStringLiteral("PRAGMA secure_delete=ON")))
-        qCWarning(lcMail) << "mail sender: secure delete not set" << wal.lastError().text();
+    // PostgreSQL has no such settings: its server keeps the journal, and an erased text
+    // leaves the live rows at once, but stays in the row version left behind until vacuumed
+    // and in the journal until recycled (docs/server.md).
+    if (!address.isPostgres()) {
+        QSqlQuery wal(db);
+        if (!wal.exec(QStringLiteral("PRAGMA journal_mode=WAL")))
+            qCDebug(lcMail) << "mail sender: journal mode unchanged" << wal.lastError().text();
+        // The text of a delivered mail is erased through this connection: overwrite it.
+        if (!wal.exec(QStringLiteral("PRAGMA secure_delete=ON")))
+            qCWarning(lcMail) << "mail sender: secure delete not set" << wal.lastError().text();
+    }
 
     const int released = MailOutbox::releaseHeld(db, QDateTime::currentDateTimeUtc());
     if (released > 0)

@@ -41,6 +41,11 @@ Reply AdminOps::sessionsInfo(Request &request)
         sessions.insert(session->id, {session->login, session->ipPort(), session->started.toUTC(),
                                       session->lastAction.toUTC(), session->id});
     }
+    // And those held by the other servers of the database.
+    if (m_state.cluster) {
+        for (const ClusterLink::RemoteSession &remote : m_state.cluster->remoteSessions())
+            sessions.insert(remote.id, remote.info);
+    }
     return Reply::ok(ZRDataStream::pack(sessions, m_state.clock().toUTC()));
 }
 
@@ -65,33 +70,45 @@ Reply AdminOps::disconnectUsers(Request &request)
 
     const Rights rights(*request.session);
     QStringList logins;
+    QHash<QByteArray, QString> holders; // sessions of other servers: the server holding each
     for (const QByteArray &id : qAsConst(ids)) {
         if (id == request.session->id)
             return Reply::fail(
                 proto::StatusForbidden,
                 QT_TRANSLATE_NOOP("ZRServer", "Нельзя отключить собственную сессию."));
-        const Session *target = m_state.sessions.find(id);
-        if (!target)
+        const Session *local = m_state.sessions.find(id);
+        ClusterLink::RemoteSession remote;
+        if (!local && !(m_state.cluster && m_state.cluster->findRemoteSession(id, &remote)))
             return Reply::fail(
                 proto::StatusNotFound,
                 QT_TRANSLATE_NOOP("ZRServer", "Сессии уже нет: обновите список сессий."));
+        const TYPE_ID uid = local ? local->uid : remote.uid;
+        const QString login = local ? local->login : remote.info.user;
+        if (!local)
+            holders.insert(id, remote.serverId);
         ObjectInfo user;
-        m_state.store->read(target->uid, &user);
+        m_state.store->read(uid, &user);
         if (!rights.canDisconnect(Pushes::roleTemplateOf(user)))
             return Reply::fail(
                 proto::StatusForbidden,
                 ServerText(QT_TRANSLATE_NOOP("ZRServer",
                                              "Недостаточно прав для отключения пользователя «%1»."))
-                    .arg(target->login),
-                target->uid);
-        logins.append(target->login);
+                    .arg(login),
+                uid);
+        logins.append(login);
     }
     const ServerText reason
         = ServerText(QT_TRANSLATE_NOOP("ZRServer",
                                        "Сессия закрыта оператором %1. Войдите в систему заново."))
               .arg(request.session->login);
-    for (const QByteArray &id : qAsConst(ids))
-        request.afterCommit.append([this, id, reason] { m_closeSession(id, reason); });
+    for (const QByteArray &id : qAsConst(ids)) {
+        if (holders.contains(id))
+            request.afterCommit.append([this, id, reason, server = holders.value(id)] {
+                m_state.cluster->publishClose(id, server, reason);
+            });
+        else
+            request.afterCommit.append([this, id, reason] { m_closeSession(id, reason); });
+    }
     return Reply::changed(0, QStringLiteral("disconnected: ") % logins.join(QLatin1Char(' ')));
 }
 

@@ -66,7 +66,17 @@ Dispatcher::Dispatcher(ServerState &state, QObject *parent)
 bool Dispatcher::refresh(Session *session, Reply *refusal)
 {
     ObjectInfo user;
-    if (!m_state.store->read(session->uid, &user) || Pushes::isBlocked(user)) {
+    const bool found
+        = m_state.database.ensureConnected() && m_state.store->read(session->uid, &user);
+    if (!found && (m_state.database.connectionLost() || !m_state.store->lastError().isEmpty())) {
+        // The account may well be there: the database is away, not the user.
+        *refusal = Reply::fail(
+            proto::StatusInternal,
+            QT_TRANSLATE_NOOP("ZRServer",
+                              "База данных сервера занята или недоступна. Повторите позже."));
+        return false;
+    }
+    if (!found || Pushes::isBlocked(user)) {
         *refusal = Reply::fail(
             proto::StatusNotLoggedIn,
             QT_TRANSLATE_NOOP("ZRServer",
@@ -205,6 +215,15 @@ void Dispatcher::dispatch(ClientConnection *connection, const Command &command)
                     = Reply::fail(proto::StatusInternal,
                                   QT_TRANSLATE_NOOP("ZRServer", "Сервер не смог записать журнал."));
         }
+        // The other servers of the database hear of the change with its commit.
+        if (reply.isOk() && m_state.cluster && (reply.change || !request.pushes.isEmpty())
+            && !m_state.cluster->writeChange(request.pushes, appended,
+                                             reply.change ? audit.operatorLogin : QString()))
+            reply = Reply::fail(
+                proto::StatusInternal,
+                QT_TRANSLATE_NOOP("ZRServer",
+                                  "Сервер не смог сохранить изменение; ничего не изменено. "
+                                  "Повторите позже."));
         if (reply.isOk() && !m_state.database.commit()) {
             reply = Reply::fail(
                 proto::StatusInternal,
@@ -231,6 +250,16 @@ void Dispatcher::dispatch(ClientConnection *connection, const Command &command)
     if (reply.isOk() && reply.change)
         endRevokedSessions(audit.operatorLogin);
     answer(connection, command, reply, request.language);
+}
+
+void Dispatcher::applyRemoteChange(const QList<Command> &pushes, const AuditRecord &row,
+                                   const QString &changedBy)
+{
+    for (const Command &push : pushes)
+        broadcast(push);
+    tellAuditReaders(row);
+    if (!changedBy.isEmpty())
+        endRevokedSessions(changedBy);
 }
 
 void Dispatcher::recordRefusal(AuditEntry &audit, const Reply &reply, const QString &peer)

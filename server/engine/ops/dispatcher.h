@@ -42,6 +42,10 @@ public:
     // Ends the sessions whose client stayed away longer than the resume window. Runs before
     // every request and on a timer, so an idle server lets them go too.
     void endAbandonedSessions();
+    // Passes on a change committed through another server of the database: its pushes, its
+    // audit row to the log's readers, and the sessions it revoked.
+    void applyRemoteChange(const QList<Command> &pushes, const AuditRecord &row,
+                           const QString &changedBy);
     // Ends the sessions of users who are now blocked or removed, so that they get no more
     // pushes and can't act until they log in again (which is then refused).
     void endRevokedSessions(const QString &byOperator);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <server/engine/cluster/clusterlink.h>
 #include <server/engine/ops/serverlanguages.h>
 #include <server/engine/session/loginthrottle.h>
 #include <server/engine/session/sessionregistry.h>
@@ -16,6 +17,7 @@
 
 namespace zeral::server {
 
+class ClusterLink;
 class MailSender;
 class MailRenderer;
 
@@ -27,6 +29,8 @@ struct ServerState
     std::function<QDateTime()> clock;
     Database database;
     std::unique_ptr<ObjectStore> store;
+    // The other servers of a PostgreSQL database; null on SQLite. Goes before the database.
+    std::unique_ptr<ClusterLink> cluster;
     SessionRegistry sessions;
     ServerLanguages languages; // the catalogues of the texts for operators
     std::unique_ptr<LoginThrottle> throttle;

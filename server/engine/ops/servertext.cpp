@@ -20,7 +20,7 @@ QString ServerText::toString(const QTranslator *translator) const
 {
     if (isEmpty())
         return {};
-    QString pattern = translator ? translator->translate(Context, m_source) : QString();
+    QString pattern = translator ? translator->translate(Context, m_source.constData()) : QString();
     if (pattern.isEmpty())
         pattern = QString::fromUtf8(m_source);
     return fill(pattern, m_values);
@@ -48,6 +48,23 @@ QString ServerText::fill(const QString &pattern, const QStringList &values)
         }
     }
     return result;
+}
+
+QDataStream &operator<<(QDataStream &out, const ServerText &text)
+{
+    return out << text.m_source << text.m_values;
+}
+
+QDataStream &operator>>(QDataStream &in, ServerText &text)
+{
+    QByteArray source;
+    QStringList values;
+    in >> source >> values;
+    if (in.status() == QDataStream::Ok) {
+        text.m_source = source;
+        text.m_values = values;
+    }
+    return in;
 }
 
 } // namespace zeral::server

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QByteArray>
+#include <QDataStream>
 #include <QMetaType>
 #include <QString>
 #include <QStringList>
@@ -26,7 +28,7 @@ public:
     // outlive the text (a literal does).
     // Not explicit: a reason without values is passed as the marked literal itself.
     ServerText(const char *source)
-        : m_source(source)
+        : m_source(source ? QByteArray::fromRawData(source, int(qstrlen(source))) : QByteArray())
     {}
 
     ServerText arg(const QString &value) const;
@@ -37,8 +39,8 @@ public:
         return arg(QString::number(value));
     }
 
-    bool isEmpty() const { return m_source == nullptr || *m_source == '\0'; }
-    const char *source() const { return m_source; }
+    bool isEmpty() const { return m_source.isEmpty(); }
+    const char *source() const { return m_source.isNull() ? nullptr : m_source.constData(); }
     // The sentence in the language of `translator`; in Russian, the language of the sources,
     // without one or where the catalogue has no translation of it.
     QString toString(const QTranslator *translator = nullptr) const;
@@ -47,8 +49,13 @@ public:
     // (a login may) is not taken for a place of the next one.
     static QString fill(const QString &pattern, const QStringList &values);
 
+    // To another server over the database: the source and the values, to be put into the
+    // words of a session held there.
+    friend QDataStream &operator<<(QDataStream &out, const ServerText &text);
+    friend QDataStream &operator>>(QDataStream &in, ServerText &text);
+
 private:
-    const char *m_source = nullptr;
+    QByteArray m_source; // a literal's bytes, not copied, or a source read from another server
     QStringList m_values;
 };
 

@@ -1,19 +1,25 @@
 #pragma once
 
 #include <server/engine/ops/reply.h>
+#include <server/engine/storage/databaseaddress.h>
 
 #include <QAtomicInt>
 #include <QSqlDatabase>
 #include <QString>
 
+#include <memory>
+
 struct DbQuery;
 
 namespace zeral::server {
 
+class PostgresClientSql;
+
 // A read-only connection of its own to the server's database, for the statements clients
 // send (data.exec_sql). It is opened, used and closed in one worker thread, beside the
 // connection that writes: WAL lets it read the last committed state while a change is being
-// written. Every statement runs under ReadOnlyScope, with the server's SQL functions.
+// written. Every statement runs under ReadOnlyScope, with the server's SQL functions. On
+// PostgreSQL the connection is PostgresClientSql's, with the same limits and answers.
 class SqlReader
 {
 
@@ -34,9 +40,18 @@ public:
 private:
     bool open();
     Reply runOne(const QString &text, int rowLimit, QByteArray *packed);
+    Reply runOnPostgres(const QString &text, int rowLimit, QByteArray *packed);
+    // The answers both databases give alike.
+    static Reply refusal(const QString &what);
+    static Reply badStatement(const QString &error);
+    Reply timedOut() const;
+    static Reply stopping();
+    static Reply tooLarge();
 
     QString m_connectionName;
     QString m_path;
+    DatabaseAddress m_address;
+    std::unique_ptr<PostgresClientSql> m_postgres;
     int m_timeLimitMs;
     const QAtomicInt *m_stop;
     QSqlDatabase m_db;

@@ -1,6 +1,7 @@
 #include "loginthrottle.h"
 
 #include <algorithm>
+#include <utility>
 
 namespace zeral::server {
 
@@ -107,8 +108,20 @@ void LoginThrottle::discount(const Key &key, int failures)
         m_logins.erase(it);
 }
 
+void LoginThrottle::recordRemote(const QString &login, const QString &address, bool success)
+{
+    const Observer observer = std::exchange(m_observer, nullptr);
+    if (success)
+        recordSuccess(login, address);
+    else
+        recordFailure(login, address);
+    m_observer = observer;
+}
+
 LoginThrottle::Failure LoginThrottle::recordFailure(const QString &login, const QString &address)
 {
+    if (m_observer)
+        m_observer(login, address, false);
     const QDateTime now = m_clock();
     const Key key{fold(login), address};
     Failure failure;
@@ -153,6 +166,8 @@ LoginThrottle::Failure LoginThrottle::recordFailure(const QString &login, const 
 
 void LoginThrottle::recordSuccess(const QString &login, const QString &address)
 {
+    if (m_observer)
+        m_observer(login, address, true);
     const auto it = m_pairs.find({fold(login), address});
     if (it == m_pairs.end())
         return;

@@ -75,6 +75,13 @@ public:
     // Entries remembered: login-and-address pairs plus logins.
     int size() const { return m_pairs.size() + m_logins.size(); }
 
+    // Told of every failure and success recorded here, for the other servers of the database,
+    // which count them too (ClusterLink); what they tell comes in through recordRemote().
+    using Observer
+        = std::function<void(const QString &login, const QString &address, bool success)>;
+    void setObserver(Observer observer) { m_observer = std::move(observer); }
+    void recordRemote(const QString &login, const QString &address, bool success);
+
 private:
     using Key = QPair<QString, QString>; // case-folded login, address
     struct State
@@ -101,6 +108,7 @@ private:
 
     Clock m_clock;
     Policy m_policy;
+    Observer m_observer;
     QHash<Key, State> m_pairs;
     QHash<QString, LoginState> m_logins;
     QDateTime m_nextSweep;

@@ -1,6 +1,7 @@
 #include "auditlog.h"
 
 #include <server/engine/serverlogging.h>
+#include <server/engine/storage/sqldialect.h>
 #include <shared/dbkeys.h>
 
 #include <QSqlError>
@@ -82,7 +83,7 @@ bool AuditLog::page(QSqlDatabase &db, const AuditFilter &filter, qint64 beforeId
         values << beforeId;
     }
     if (!filter.operatorLogin.isEmpty()) {
-        where << QStringLiteral("operator = ? COLLATE NOCASE");
+        where << SqlDialect::of(db).equalsFoldingCase(QStringLiteral("operator"));
         values << filter.operatorLogin;
     }
     if (!filter.command.isEmpty()) {
@@ -106,7 +107,7 @@ bool AuditLog::page(QSqlDatabase &db, const AuditFilter &filter, qint64 beforeId
         where << QStringLiteral("object = ?");
         values << uid;
     } else if (!object.isEmpty()) {
-        where << QStringLiteral("instr(object_name_folded, ?) > 0");
+        where << SqlDialect::of(db).contains(QStringLiteral("object_name_folded"));
         values << object.toCaseFolded();
     }
     QString sql = QStringLiteral(

@@ -1,5 +1,7 @@
 #include "objectstore.h"
 
+#include "qtsqlstatement.h"
+#include "sqldialect.h"
 #include "sqlitestatement.h"
 
 #include <server/engine/serverlogging.h>
@@ -42,7 +44,8 @@ struct SharedTexts
 // The QString of a text column, shared with the rows before it that had the same text. The
 // same keys come in the same order on every object, so the entry after the last one found is
 // tried first; a page with more distinct texts than a few dozen gets copies beyond them.
-QString sharedText(SharedTexts *texts, const SqliteStatement &row, int column)
+template<class Statement>
+QString sharedText(SharedTexts *texts, const Statement &row, int column)
 {
     int size = 0;
     const char *bytes = row.text(column, &size);
@@ -71,7 +74,8 @@ struct LastStamp
     QDateTime time;
 };
 
-QDateTime readStamp(LastStamp *last, const SqliteStatement &row, int column)
+template<class Statement>
+QDateTime readStamp(LastStamp *last, const Statement &row, int column)
 {
     int size = 0;
     const char *bytes = row.text(column, &size);
@@ -97,6 +101,7 @@ ObjectInfo *objectAt(QList<ObjectInfo> *objects, int *at, TYPE_ID uid)
 
 ObjectStore::ObjectStore(QSqlDatabase db)
     : m_db(std::move(db))
+    , m_postgres(SqlDialect::of(m_db).isPostgres())
 {}
 
 ObjectStore::~ObjectStore() = default;
@@ -167,6 +172,7 @@ bool ObjectStore::exists(TYPE_ID uid)
 
 bool ObjectStore::read(TYPE_ID uid, ObjectInfo *object, QString *dataset)
 {
+    m_lastError.clear();
     QSqlQuery &query = statement(
         "SELECT dataset, type, parent, reserved, changed_at FROM objects WHERE uid = ?");
     if (!run(query, {uid}) || !query.next()) {
@@ -197,15 +203,27 @@ bool ObjectStore::read(TYPE_ID uid, ObjectInfo *object, QString *dataset)
 bool ObjectStore::page(const QString &dataset, TYPE_ID afterUid, int limit,
                        QList<ObjectInfo> *objects, bool *more)
 {
+    const auto read = [&](auto &statements) {
+        return readPage(
+            [&](const char *sql) -> auto & { return rawStatement(statements, sql); }, dataset,
+            afterUid, limit, objects, more);
+    };
+    return m_postgres ? read(m_qtStatements) : read(m_rawStatements);
+}
+
+template<class Get>
+bool ObjectStore::readPage(Get statementFor, const QString &dataset, TYPE_ID afterUid, int limit,
+                           QList<ObjectInfo> *objects, bool *more)
+{
     objects->clear();
     *more = false;
-    // Straight on SQLite: through QtSql every value became a QVariant and every text went
-    // through UTF-16 in SQLite before it was a QString. Parameters and links come with one
-    // statement each for the whole page, in the page's order, so that each row finds its
-    // object by walking the list along.
-    SqliteStatement &query = rawStatement("SELECT uid, type, parent, reserved, changed_at"
-                                          " FROM objects WHERE dataset = ?1 AND uid > ?2"
-                                          " ORDER BY uid LIMIT ?3");
+    // Straight on SQLite (on PostgreSQL through QtSql): through QtSql every value became a QVariant
+    // and every text went through UTF-16 in SQLite before it was a QString. Parameters and links
+    // come with one statement each for the whole page, in the page's order, so that each row finds
+    // its object by walking the list along.
+    auto &query = statementFor("SELECT uid, type, parent, reserved, changed_at"
+                               " FROM objects WHERE dataset = ?1 AND uid > ?2"
+                               " ORDER BY uid LIMIT ?3");
     if (!query.start() || !query.bind(1, dataset) || !query.bind(2, afterUid)
         || !query.bind(3, limit + 1))
         return failRaw(query);
@@ -231,7 +249,7 @@ bool ObjectStore::page(const QString &dataset, TYPE_ID afterUid, int limit,
         return true;
     const TYPE_ID lastUid = objects->constLast().uid;
 
-    SqliteStatement &params = rawStatement(
+    auto &params = statementFor(
         "SELECT p.uid, p.key, p.value FROM objects o JOIN object_params p ON p.uid = o.uid"
         " WHERE o.dataset = ?1 AND o.uid > ?2 AND o.uid <= ?3 ORDER BY o.uid, p.key");
     if (!params.start() || !params.bind(1, dataset) || !params.bind(2, afterUid)
@@ -251,7 +269,7 @@ bool ObjectStore::page(const QString &dataset, TYPE_ID afterUid, int limit,
     // On the links where the object is the child it finds its parents, and the other way;
     // links of one type keep the order a read of the object gives them.
     for (const bool asChild : {true, false}) {
-        SqliteStatement &links = rawStatement(
+        auto &links = statementFor(
             asChild ? "SELECT l.child, l.parent, l.link_type, l.reserved, l.valid_from,"
                       " l.valid_to FROM objects o JOIN links l ON l.child = o.uid"
                       " WHERE o.dataset = ?1 AND o.uid > ?2 AND o.uid <= ?3"
@@ -284,20 +302,36 @@ bool ObjectStore::page(const QString &dataset, TYPE_ID afterUid, int limit,
     return true;
 }
 
-SqliteStatement &ObjectStore::rawStatement(const char *sql)
+SqliteStatement &ObjectStore::rawStatement(SqliteStatements &statements, const char *sql)
 {
-    auto it = m_rawStatements.find(sql);
-    if (it == m_rawStatements.end()) {
+    auto it = statements.find(sql);
+    if (it == statements.end()) {
         sqlite3 *handle = nullptr;
         const QVariant driverHandle = m_db.driver()->handle();
         if (driverHandle.isValid() && qstrcmp(driverHandle.typeName(), "sqlite3*") == 0)
             handle = *static_cast<sqlite3 *const *>(driverHandle.constData());
-        it = m_rawStatements.emplace(sql, std::make_unique<SqliteStatement>(handle, sql)).first;
+        it = statements.emplace(sql, std::make_unique<SqliteStatement>(handle, sql)).first;
     }
     return *it->second;
 }
 
-bool ObjectStore::failRaw(const SqliteStatement &statement)
+QtSqlStatement &ObjectStore::rawStatement(QtSqlStatements &statements, const char *sql)
+{
+    auto it = statements.find(sql);
+    if (it == statements.end())
+        it = statements.emplace(sql, std::make_unique<QtSqlStatement>(m_db, sql)).first;
+    return *it->second;
+}
+
+void ObjectStore::forgetStatements()
+{
+    m_statements.clear();
+    m_rawStatements.clear();
+    m_qtStatements.clear();
+}
+
+template<class Statement>
+bool ObjectStore::failRaw(const Statement &statement)
 {
     m_lastError = statement.lastError();
     return false;
@@ -342,9 +376,8 @@ bool ObjectStore::readDetails(const char *paramsSql, const char *childLinksSql,
 TYPE_ID ObjectStore::nextUid()
 {
     QSqlQuery &query = statement(
-        "SELECT MAX(COALESCE((SELECT MAX(uid) FROM objects), 0),"
-        " COALESCE((SELECT CAST(value AS INTEGER) FROM settings WHERE key = 'removed_uid'), 0))"
-        " + 1");
+        "SELECT COALESCE(MAX(uid), 0) + 1 FROM (SELECT MAX(uid) AS uid FROM objects UNION ALL"
+        " SELECT CAST(value AS BIGINT) FROM settings WHERE key = 'removed_uid') AS known");
     if (!run(query, {}) || !query.next())
         return 0;
     const TYPE_ID uid = query.value(0).toUInt();
@@ -367,8 +400,8 @@ TYPE_ID ObjectStore::insert(const QString &dataset, const ObjectInfo &object)
 
 bool ObjectStore::setParameters(TYPE_ID uid, const QHash<QString, QString> &parameters)
 {
-    QSqlQuery &query
-        = statement("INSERT OR REPLACE INTO object_params (uid, key, value) VALUES (?, ?, ?)");
+    QSqlQuery &query = statement("INSERT INTO object_params (uid, key, value) VALUES (?, ?, ?)"
+                                 " ON CONFLICT (uid, key) DO UPDATE SET value = excluded.value");
     for (auto it = parameters.cbegin(); it != parameters.cend(); ++it) {
         if (!run(query, {uid, it.key(), it.value()}))
             return false;
@@ -397,8 +430,10 @@ bool ObjectStore::setParent(TYPE_ID uid, TYPE_ID parent)
 
 bool ObjectStore::insertLink(const _INHERIT_DATA &link)
 {
-    return run(statement("INSERT OR REPLACE INTO links (child, parent, link_type, reserved,"
-                         " valid_from, valid_to) VALUES (?, ?, ?, ?, ?, ?)"),
+    return run(statement("INSERT INTO links (child, parent, link_type, reserved, valid_from,"
+                         " valid_to) VALUES (?, ?, ?, ?, ?, ?) ON CONFLICT (child, parent,"
+                         " link_type) DO UPDATE SET reserved = excluded.reserved,"
+                         " valid_from = excluded.valid_from, valid_to = excluded.valid_to"),
                {link.child, link.parent, link.linkType, link.reserved, stamp(link.validFrom),
                 stamp(link.validTo)});
 }
@@ -432,8 +467,8 @@ bool ObjectStore::remove(TYPE_ID uid, QList<TYPE_ID> *linked)
            && run(statement("UPDATE objects SET parent = 0 WHERE parent = ?"), {uid})
            && run(statement("DELETE FROM objects WHERE uid = ?"), {uid})
            && run(statement("INSERT INTO settings (key, value) VALUES ('removed_uid', ?)"
-                            " ON CONFLICT(key) DO UPDATE SET value = excluded.value"
-                            " WHERE CAST(value AS INTEGER) < CAST(excluded.value AS INTEGER)"),
+                            " ON CONFLICT (key) DO UPDATE SET value = excluded.value WHERE"
+                            " CAST(settings.value AS BIGINT) < CAST(excluded.value AS BIGINT)"),
                   {QString::number(uid)});
 }
 
@@ -486,7 +521,8 @@ QString ObjectStore::passwordHash(TYPE_ID uid)
 
 bool ObjectStore::setPasswordHash(TYPE_ID uid, const QString &hash)
 {
-    return run(statement("INSERT OR REPLACE INTO passwords (uid, hash) VALUES (?, ?)"),
+    return run(statement("INSERT INTO passwords (uid, hash) VALUES (?, ?)"
+                         " ON CONFLICT (uid) DO UPDATE SET hash = excluded.hash"),
                {uid, hash});
 }
 
@@ -508,8 +544,9 @@ bool ObjectStore::permissions(const QList<TYPE_ID> &subjects, QList<OBJECT_PERMI
 
 bool ObjectStore::addPermission(const OBJECT_PERMISSION &permission)
 {
-    return run(statement("INSERT OR REPLACE INTO permissions (subject, object, permission)"
-                         " VALUES (?, ?, ?)"),
+    return run(statement("INSERT INTO permissions (subject, object, permission) VALUES (?, ?, ?)"
+                         " ON CONFLICT (subject, object) DO UPDATE SET"
+                         " permission = excluded.permission"),
                {permission.subject, permission.object, permission.permission});
 }
 
@@ -533,14 +570,17 @@ bool ObjectStore::fingerCounts(const QList<TYPE_ID> &users, QHash<quint32, quint
 
 bool ObjectStore::addFinger(TYPE_ID user, int finger, const TEMPLATE_DATA &data)
 {
-    QSqlQuery &insertTemplate
-        = statement("INSERT INTO templates (template_format, template) VALUES (?, ?)");
-    if (!run(insertTemplate, {data.format, data.data}))
+    // One above the highest, as SQLite numbers a rowid; the request holds the write lock.
+    QSqlQuery &nextUid = statement("SELECT COALESCE(MAX(uid), 0) + 1 FROM templates");
+    if (!run(nextUid, {}) || !nextUid.next())
         return false;
-    const QVariant templateUid = insertTemplate.lastInsertId();
-    return run(statement("INSERT INTO fingers (finger_id, user_object_id, finger)"
-                         " VALUES (?, ?, ?)"),
-               {templateUid, user, finger});
+    const qint64 templateUid = nextUid.value(0).toLongLong();
+    nextUid.finish();
+    return run(statement("INSERT INTO templates (uid, template_format, template) VALUES (?, ?, ?)"),
+               {templateUid, data.format, data.data})
+           && run(statement("INSERT INTO fingers (finger_id, user_object_id, finger)"
+                            " VALUES (?, ?, ?)"),
+                  {templateUid, user, finger});
 }
 
 bool ObjectStore::fingersOf(TYPE_ID user, QList<qint32> *fingers, QList<quint32> *formats)
@@ -639,7 +679,7 @@ bool ObjectStore::insertRoleTemplate(const _ROLETEMPLATE_INFO &info)
 {
     if (!run(statement("INSERT INTO role_template (id_name, interface_name, text, custom,"
                        " extra) VALUES (?, ?, ?, ?, ?)"),
-             {info.id, info.name, info.text, info.custom, info.extra}))
+             {info.id, info.name, info.text, int(info.custom), info.extra}))
         return false;
     QSqlQuery &role
         = statement("INSERT INTO role_template_roles (template_id, role) VALUES (?, ?)");
@@ -684,8 +724,8 @@ bool ObjectStore::putRoleEntry(const RoleEntry &entry, int position)
 
 bool ObjectStore::grantRole(const QString &templateId, const QString &role)
 {
-    return run(statement("INSERT OR IGNORE INTO role_template_roles (template_id, role)"
-                         " VALUES (?, ?)"),
+    return run(statement("INSERT INTO role_template_roles (template_id, role) VALUES (?, ?)"
+                         " ON CONFLICT DO NOTHING"),
                {templateId, role});
 }
 
@@ -703,7 +743,8 @@ QString ObjectStore::setting(const QString &key)
 
 bool ObjectStore::setSetting(const QString &key, const QString &value)
 {
-    return run(statement("INSERT OR REPLACE INTO settings (key, value) VALUES (?, ?)"),
+    return run(statement("INSERT INTO settings (key, value) VALUES (?, ?)"
+                         " ON CONFLICT (key) DO UPDATE SET value = excluded.value"),
                {key, value});
 }
 

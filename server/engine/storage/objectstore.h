@@ -17,6 +17,7 @@
 
 namespace zeral::server {
 
+class QtSqlStatement;
 class SqliteStatement;
 
 // Every statement on the objects, their parameters and links, passwords, permissions,
@@ -31,12 +32,15 @@ public:
     ObjectStore &operator=(const ObjectStore &) = delete;
 
     QString lastError() const { return m_lastError; }
+    // Drops the prepared statements, before their connection is made anew.
+    void forgetStatements();
 
     // The dataset an object of this type belongs to; empty for a type the server doesn't know.
     static QString datasetForType(const QString &type);
 
     bool exists(TYPE_ID uid);
-    // The object as clients see it, with its parameters and links; false if there is none.
+    // The object as clients see it, with its parameters and links; false if there is none,
+    // or if the database failed, when lastError() says how.
     bool read(TYPE_ID uid, ObjectInfo *object, QString *dataset = nullptr);
     // Objects of a dataset with a uid above `afterUid`, in uid order, at most `limit`.
     bool page(const QString &dataset, TYPE_ID afterUid, int limit, QList<ObjectInfo> *objects,
@@ -91,19 +95,29 @@ public:
 private:
     // A prepared statement, made once per text and reused: bulk inserts prepare nothing.
     QSqlQuery &statement(const char *sql);
-    // The same on SQLite's own handle, for the reads of many rows (see page()).
-    SqliteStatement &rawStatement(const char *sql);
+    // The same on SQLite's own handle, for the reads of many rows (see page()), and its
+    // stand-in on PostgreSQL.
+    using SqliteStatements = std::unordered_map<const char *, std::unique_ptr<SqliteStatement>>;
+    using QtSqlStatements = std::unordered_map<const char *, std::unique_ptr<QtSqlStatement>>;
+    SqliteStatement &rawStatement(SqliteStatements &statements, const char *sql);
+    QtSqlStatement &rawStatement(QtSqlStatements &statements, const char *sql);
+    template<class Get>
+    bool readPage(Get statementFor, const QString &dataset, TYPE_ID afterUid, int limit,
+                  QList<ObjectInfo> *objects, bool *more);
     bool run(QSqlQuery &query, const QVariantList &binds);
     bool fail(const QSqlQuery &query);
-    bool failRaw(const SqliteStatement &statement);
+    template<class Statement>
+    bool failRaw(const Statement &statement);
     // Fills parameters and links of the objects in `byUid`, chosen by `scope` over "o".
     bool readDetails(const char *paramsSql, const char *childLinksSql, const char *parentLinksSql,
                      const QVariantList &binds, const QHash<TYPE_ID, ObjectInfo *> &byUid);
 
     QSqlDatabase m_db;
     QHash<const char *, QSqlQuery> m_statements;
+    bool m_postgres = false;
     // Finalized with the store, before the connection closes.
-    std::unordered_map<const char *, std::unique_ptr<SqliteStatement>> m_rawStatements;
+    SqliteStatements m_rawStatements;
+    QtSqlStatements m_qtStatements;
     QString m_lastError;
 };
 

@@ -6,7 +6,8 @@ class QSqlDatabase;
 
 namespace zeral::server {
 
-// The tables of the server and their migrations, counted in PRAGMA user_version. Each step
+// The tables of the server and their migrations, counted in PRAGMA user_version on SQLite and
+// in the table schema_version on PostgreSQL. Each step
 // runs in its own transaction, so a database is always at one version or the next.
 class Schema
 {
