@@ -8,7 +8,9 @@ namespace zeral::wire {
 
 namespace {
 constexpr quint32 NullLength = 0xffffffffu;
-}
+constexpr qint64 UnixEpochJulianDay = 2440588; // 1970-01-01
+constexpr qint64 MSecsPerDay = 86400000;
+} // namespace
 
 QBuffer *ByteCursor::bufferOf(QDataStream &in)
 {
@@ -95,6 +97,11 @@ QDateTime ByteCursor::dateTime()
     case Qt::LocalTime:
         return QDateTime(date, time, Qt::LocalTime);
     case Qt::UTC:
+        // What the server sends: counted from the epoch at once, without taking the date and
+        // the time apart again.
+        if (date.isValid() && time.isValid())
+            return QDateTime::fromMSecsSinceEpoch(
+                (julianDay - UnixEpochJulianDay) * MSecsPerDay + msecs, Qt::UTC);
         return QDateTime(date, time, Qt::UTC);
     case Qt::OffsetFromUTC: {
         const qint32 offset = take<qint32>();

@@ -16,15 +16,13 @@ QDataStream &SessionTableReader::read(QDataStream &in, QHash<QByteArray, Connect
             out.reserve(int(n));
             // A session id that comes twice (which no server sends) keeps the session read last.
             for (quint32 i = 0; i < n && cursor.good(); ++i) {
-                const QByteArray id = cursor.bytes();
-                ConnectedUserInfo session;
+                // Filled where it is kept; a failed read empties the whole table anyway.
+                ConnectedUserInfo &session = out[cursor.bytes()];
                 session.user = cursor.text();
                 session.ipPort = cursor.text();
                 session.connectDateTime = cursor.dateTime();
                 session.lastActionTime = cursor.dateTime();
                 session.sessionId = cursor.bytes();
-                if (cursor.good())
-                    out.insert(id, session);
             }
         },
         [&]() -> QDataStream & { return in >> out; });

@@ -150,6 +150,15 @@ void TestZRTableView::uniformRowHeights()
     model->setData(model->index(0, 0), threeLines);
     view.resizeRowsToContents();
     QCOMPARE(view.rowHeight(1) > oneLine, uniform);
+    if (!uniform)
+        return;
+    // The height QTableView's own fit gives the first row, and a row that comes later gets it.
+    QTableView plain;
+    plain.setModel(model);
+    plain.resizeRowsToContents();
+    QCOMPARE(view.rowHeight(1), plain.rowHeight(0));
+    model->appendRow(new QStandardItem(QStringLiteral("later")));
+    QCOMPARE(view.rowHeight(model->rowCount() - 1), view.rowHeight(0));
 }
 
 void TestZRTableView::columnsFitTheirContentsOnce_data()

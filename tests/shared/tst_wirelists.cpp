@@ -240,7 +240,9 @@ void TestWireLists::readsSessionsAsQtDoes()
     const QDateTime utc(QDate(2026, 11, 24), QTime(9, 15, 30, 5), Qt::UTC);
     sessions.insert("a1", {QStringLiteral("ivanov"), QStringLiteral("10.0.0.7:51234"), utc,
                            utc.addSecs(60), QByteArrayLiteral("a1")});
-    sessions.insert("b2", {QStringLiteral("петров"), QString(), QDateTime(), utc, QByteArray()});
+    const QDateTime beforeEpoch(QDate(1969, 12, 31), QTime(23, 59, 59, 999), Qt::UTC);
+    sessions.insert("b2",
+                    {QStringLiteral("петров"), QString(), QDateTime(), beforeEpoch, QByteArray()});
     QHash<QByteArray, ConnectedUserInfo> zoned = sessions;
     zoned.insert("c3", {QStringLiteral("x"), QLatin1String(""),
                         QDateTime(QDate(2026, 1, 1), QTime(8, 0),

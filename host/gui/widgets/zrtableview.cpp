@@ -181,6 +181,20 @@ void ZRTableView::setUniformRowHeights(bool uniform)
     rows->setHidden(hidden);
 }
 
+void ZRTableView::resizeRowsToContents()
+{
+    if (!m_uniformRowHeights || !model() || model()->rowCount(rootIndex()) == 0) {
+        QTableView::resizeRowsToContents();
+        return;
+    }
+    // What QHeaderView's fit gives each row, the larger of the row's and its label's hint,
+    // within the header's bounds; rows that come later get it as the default.
+    QHeaderView *rows = verticalHeader();
+    const int height = qMax(sizeHintForRow(0), rows->sectionSizeHint(0));
+    rows->setDefaultSectionSize(
+        qBound(rows->minimumSectionSize(), height, rows->maximumSectionSize()));
+}
+
 int ZRTableView::sizeHintForRow(int row) const
 {
     if (!m_uniformRowHeights || !model() || model()->rowCount(rootIndex()) == 0)

@@ -37,6 +37,10 @@ public:
     void setUniformRowHeights(bool uniform);
     bool uniformRowHeights() const { return m_uniformRowHeights; }
     int sizeHintForRow(int row) const override;
+    // QTableView's fit of the rows to their contents, which with uniform rows gives the first
+    // row's height to all at once instead of going through 10,000 rows. QTableView's isn't
+    // virtual: this one is what a caller holding a ZRTableView gets.
+    void resizeRowsToContents();
 
     // The menu of the header: one checkable entry per column, and the default layout.
     QMenu *createHeaderMenu(QWidget *parent);
