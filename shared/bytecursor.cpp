@@ -85,7 +85,7 @@ QDateTime ByteCursor::dateTime()
 {
     const qint64 julianDay = take<qint64>();
     const quint32 msecs = take<quint32>();
-    const qint8 spec = take<qint8>();
+    const qint8 timeSpec = take<qint8>();
     if (!good())
         return QDateTime();
     // A null date or time is written as values out of range, which read back as null.
@@ -93,7 +93,7 @@ QDateTime ByteCursor::dateTime()
     const QTime time = msecs == std::numeric_limits<quint32>::max()
                            ? QTime()
                            : QTime::fromMSecsSinceStartOfDay(int(msecs));
-    switch (spec) {
+    switch (timeSpec) {
     case Qt::LocalTime:
         return QDateTime(date, time, Qt::LocalTime);
     case Qt::UTC:
