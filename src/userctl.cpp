@@ -202,11 +202,14 @@ void UserCtl::initWidgetContents()
     connect(this, &UserCtl::roleTemplatesRead, m_usersDelegate,
             &UsersItemDelegate::setRoleTemplates);
     m_ui->usersList->setItemDelegate(m_usersDelegate);
+    // The full name is drawn from the parameters of column 0, and its own cells change with it.
+    m_ui->usersList->setUnpaintedRoles({ItemRoles::Parameters});
     m_mobileUsersDelegate = new MobileUserItemDelegate(m_ui->mobileUsersList);
     m_mobileUsersDelegate->setIconSize(24, 24);
     connect(this, &UserCtl::roleTemplatesRead, m_mobileUsersDelegate,
             &UsersItemDelegate::setRoleTemplates);
     m_ui->mobileUsersList->setItemDelegate(m_mobileUsersDelegate);
+    m_ui->mobileUsersList->setUnpaintedRoles({ItemRoles::Parameters});
 
     connect(m_ui->actionAddUser, &QAction::triggered, this, &UserCtl::addButtonClicked);
     connect(m_ui->actionRemove, &QAction::triggered, this, [this] { removeButtonClicked(); });

@@ -84,6 +84,21 @@ void setBlockActionState(QAction *action, const QList<zeral::TYPE_ID> &uids)
                                                   : QStringLiteral("action-unlock")));
 }
 
+// Every section interactive. Setting the mode anew, though it is already set, lays the
+// stretched last section out again and repaints the header and the whole table: after every
+// change of a user, where only the changed row needs painting.
+void makeSectionsInteractive(QHeaderView *header)
+{
+    if (header->count() == 0) // the mode new sections get
+        header->setSectionResizeMode(QHeaderView::Interactive);
+    for (int section = 0; section < header->count(); ++section) {
+        if (header->sectionResizeMode(section) != QHeaderView::Interactive) {
+            header->setSectionResizeMode(QHeaderView::Interactive);
+            return;
+        }
+    }
+}
+
 } // namespace
 
 // --- The store's changes -------------------------------------------------------------------
@@ -155,12 +170,12 @@ void UserCtl::usersRead(const QList<zeral::TYPE_ID> &uids)
         emit userAdded(user);
 
     m_ui->usersList->setHeaderHiddenByDefaultColumns({1, 2});
-    m_ui->usersList->horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
+    makeSectionsInteractive(m_ui->usersList->horizontalHeader());
     const QHeaderView *header = m_ui->usersList->horizontalHeader();
     if (header->isSortIndicatorShown())
         m_ui->usersList->sortByColumn(header->sortIndicatorSection(), header->sortIndicatorOrder());
     m_ui->mobileUsersList->setHeaderHiddenByDefaultColumns({1, 2});
-    m_ui->mobileUsersList->horizontalHeader()->setSectionResizeMode(QHeaderView::Interactive);
+    makeSectionsInteractive(m_ui->mobileUsersList->horizontalHeader());
 
     if (selectedTouched) {
         userSelectionChanged();

@@ -1,5 +1,7 @@
 #include <host/gui/widgets/zrtableview.h>
 
+#include <tests/support/paintrecorder.h>
+
 #include <QAbstractItemModelTester>
 #include <QHeaderView>
 #include <QMenu>
@@ -31,6 +33,8 @@ private slots:
     void headerMenuShowsAndHidesColumns();
     void uniformRowHeights_data();
     void uniformRowHeights();
+    void unpaintedRolesRepaintNothing_data();
+    void unpaintedRolesRepaintNothing();
     void columnsFitTheirContentsOnce_data();
     void columnsFitTheirContentsOnce();
     void selectionLostToARefilterIsReported_data();
@@ -159,6 +163,41 @@ void TestZRTableView::uniformRowHeights()
     QCOMPARE(view.rowHeight(1), plain.rowHeight(0));
     model->appendRow(new QStandardItem(QStringLiteral("later")));
     QCOMPARE(view.rowHeight(model->rowCount() - 1), view.rowHeight(0));
+}
+
+void TestZRTableView::unpaintedRolesRepaintNothing_data()
+{
+    const int rowData = Qt::UserRole + 1;
+    QTest::addColumn<QVector<int>>("unpainted");
+    QTest::addColumn<int>("role");
+    QTest::addColumn<bool>("repainted");
+    QTest::addRow("none set") << QVector<int>{} << rowData << true;
+    QTest::addRow("an unpainted role") << QVector<int>{rowData} << rowData << false;
+    QTest::addRow("a painted role") << QVector<int>{rowData} << int(Qt::DisplayRole) << true;
+    QTest::addRow("one of several unpainted")
+        << QVector<int>{Qt::UserRole, rowData} << rowData << false;
+}
+
+void TestZRTableView::unpaintedRolesRepaintNothing()
+{
+    QFETCH(QVector<int>, unpainted);
+    QFETCH(int, role);
+    QFETCH(bool, repainted);
+    ZRTableView view;
+    QStandardItemModel *model = makeModel(&view);
+    view.setModel(model);
+    view.setUnpaintedRoles(unpainted);
+    view.show();
+    QVERIFY(QTest::qWaitForWindowExposed(&view));
+    PaintRecorder recorder(view.viewport());
+
+    const QModelIndex changed = model->index(1, 2);
+    model->setData(changed, QStringLiteral("changed"), role);
+    // A paint of a cell elsewhere shows when the change's repaint, if any, has been done.
+    const QRect elsewhere = view.visualRect(model->index(2, 0));
+    view.viewport()->update(elsewhere);
+    QTRY_VERIFY(recorder.painted().contains(elsewhere));
+    QCOMPARE(recorder.painted().intersects(view.visualRect(changed)), repainted);
 }
 
 void TestZRTableView::columnsFitTheirContentsOnce_data()

@@ -6,6 +6,9 @@
 #include <src/userinfowidget.h>
 
 #include <host/gui/models/itemroles.h>
+#include <tests/support/paintrecorder.h>
+
+#include <QHeaderView>
 
 #include <QSortFilterProxyModel>
 #include <QtTest>
@@ -213,6 +216,44 @@ private slots:
         QCOMPARE(h.child("actionProperties")->isEnabled(), left == 1);
         QCOMPARE(h.child("actionFingerptint")->isEnabled(), left == 1);
         QTRY_COMPARE(card->uids().size(), left);
+    }
+
+    // A renamed user repaints the one cell that shows the name: not the login beside it,
+    // whose parameters changed too, nor the header or the rest of the table.
+    void aRenameRepaintsTheNameCellOnly()
+    {
+        H h;
+        h.answerTemplates();
+        h.screen->resize(1000, 600);
+        h.screen->show();
+        QVERIFY(QTest::qWaitForWindowExposed(h.screen));
+        QHeaderView *header = h.users->horizontalHeader();
+        PaintRecorder table(h.users->viewport());
+        PaintRecorder headerPaints(header->viewport());
+        const int row = H::shownUids(h.users).indexOf(4);
+        const QAbstractItemModel *shown = h.users->model();
+        const QRect nameCell
+            = h.users->visualRect(shown->index(row, 3)).intersected(h.users->viewport()->rect());
+        QVERIFY(!nameCell.isEmpty());
+
+        zeral::ObjectInfo renamed = H::user(4, "petrov", "RT_OPERATOR");
+        renamed.parameters.insert(QStringLiteral("PT_SURNAME"), QStringLiteral("Сидоров"));
+        zeral::LocalStorage::instance()->applyChanged(Users, {renamed});
+        QVERIFY(shown->index(row, 3).data(ItemRoles::SortText).toString().startsWith("Сидоров"));
+
+        // Paints elsewhere show when whatever the change asked for has been painted; twice,
+        // for what a first round of events only scheduled (the header's delayed layout).
+        const QRect tableMark(0, h.users->viewport()->height() - 1, 1, 1);
+        const QRect headerMark(0, 0, 1, 1);
+        for (int round = 0; round < 2; ++round) {
+            const int tableBefore = table.paints();
+            const int headerBefore = headerPaints.paints();
+            h.users->viewport()->update(tableMark);
+            header->viewport()->update(headerMark);
+            QTRY_VERIFY(table.paints() > tableBefore && headerPaints.paints() > headerBefore);
+        }
+        QCOMPARE(table.painted(), QRegion(nameCell) + tableMark);
+        QCOMPARE(headerPaints.painted(), QRegion(headerMark));
     }
 
     void headerLayoutSurvivesARestart()

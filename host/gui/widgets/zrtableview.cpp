@@ -1,5 +1,7 @@
 #include "zrtableview.h"
 
+#include <algorithm>
+
 #include <host/gui/models/trackedselectionmodel.h>
 #include <host/gui/widgets/uniformrowheader.h>
 
@@ -122,6 +124,18 @@ void ZRTableView::showEvent(QShowEvent *event)
 {
     QTableView::showEvent(event);
     fitColumnsOnce();
+}
+
+void ZRTableView::dataChanged(const QModelIndex &topLeft, const QModelIndex &bottomRight,
+                              const QVector<int> &roles)
+{
+    // No roles named means any may have changed.
+    const bool unpainted
+        = !roles.isEmpty() && !m_unpaintedRoles.isEmpty()
+          && std::all_of(roles.cbegin(), roles.cend(),
+                         [this](int role) { return m_unpaintedRoles.contains(role); });
+    if (!unpainted)
+        QTableView::dataChanged(topLeft, bottomRight, roles);
 }
 
 void ZRTableView::fitColumnsOnce()

@@ -2,6 +2,7 @@
 
 #include <QList>
 #include <QTableView>
+#include <QVector>
 
 class QMenu;
 class QTimer;
@@ -42,6 +43,12 @@ public:
     // virtual: this one is what a caller holding a ZRTableView gets.
     void resizeRowsToContents();
 
+    // Roles whose change alone leaves the picture of the cell as it was: a change that names
+    // only these repaints nothing. For a model that keeps data of the whole row in a cell
+    // for its delegates, which learn of a change of what they draw from that cell's own roles.
+    void setUnpaintedRoles(const QVector<int> &roles) { m_unpaintedRoles = roles; }
+    QVector<int> unpaintedRoles() const { return m_unpaintedRoles; }
+
     // The menu of the header: one checkable entry per column, and the default layout.
     QMenu *createHeaderMenu(QWidget *parent);
 
@@ -50,6 +57,8 @@ signals:
 
 protected:
     void showEvent(QShowEvent *event) override;
+    void dataChanged(const QModelIndex &topLeft, const QModelIndex &bottomRight,
+                     const QVector<int> &roles = QVector<int>()) override;
 
 private:
     // Fits the shown columns to their contents once, when shown with rows, unless a saved
@@ -63,6 +72,7 @@ private:
     int lastVisibleSection() const;
 
     QList<int> m_hiddenByDefault;
+    QVector<int> m_unpaintedRoles;
     bool m_uniformRowHeights = false;
     mutable int m_uniformRowHint = -1; // measured on the first row; -1 until then or after a change
     QTimer *m_reportTimer = nullptr;
