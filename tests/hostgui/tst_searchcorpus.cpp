@@ -68,8 +68,8 @@ void TestSearchCorpus::changesAndRemovals()
 
 void TestSearchCorpus::indexOfAgreesWithQt()
 {
-    // Texts over three letters, so that words recur, of every length around the eight
-    // characters compared at a time, and every place to search from.
+    // Texts over three letters, so that words recur, of every length around the sixteen and
+    // eight places compared at a time, and every place to search from.
     QRandomGenerator random(5);
     const QString letters = QStringLiteral("аоb");
     const auto randomText = [&](int length) {
@@ -79,8 +79,8 @@ void TestSearchCorpus::indexOfAgreesWithQt()
         return text;
     };
     for (int round = 0; round < 400; ++round) {
-        const QString text = randomText(random.bounded(41));
-        const QString word = randomText(random.bounded(6));
+        const QString text = randomText(random.bounded(81));
+        const QString word = randomText(random.bounded(9));
         for (int from = 0; from <= text.size(); ++from) {
             const int expected = int(QStringView(text).indexOf(word, from));
             const int found = SearchCorpus::indexOf(text, word, from);

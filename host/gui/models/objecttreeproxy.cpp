@@ -396,14 +396,15 @@ bool ObjectTreeProxy::matchesSelf(const Node *node) const
 
 bool ObjectTreeProxy::accepts(const Node *node) const
 {
-    if (!restAccepts(node) || (!m_keepContainers && !typeAccepts(node)))
-        return false;
+    // While a text is set most rows fail it, and its count is the quickest test to ask; a
+    // subclass's condition last.
     if (usesCounts()) {
         ensureCounts();
         if (m_matchesBelow.value(node->info.uid) <= 0)
             return false;
     }
-    // A subclass's condition last: while a text is set, most rows are out before it.
+    if (!restAccepts(node) || (!m_keepContainers && !typeAccepts(node)))
+        return false;
     return acceptsObject(node);
 }
 

@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cstring>
 
-#ifdef __SSE2__
+#if defined(__GNUC__) && defined(__x86_64__)
+#include <immintrin.h>
+#elif defined(__SSE2__)
 #include <emmintrin.h>
 #endif
 
@@ -83,6 +85,65 @@ QVector<zeral::TYPE_ID> SearchCorpus::find(const QString &word) const
     return found;
 }
 
+namespace {
+
+// The SIMD scans below look for the places where the word's first character stands and its
+// last one stands m - 1 further on, a block of places at a time: two characters that far
+// apart coincide by chance far more rarely than the first two of a word, which are often a
+// common pair of letters. Each place found is then compared in full. A scan returns the
+// first match, or -1 with `at` at the first place it didn't look at.
+#if defined(__GNUC__) && defined(__x86_64__)
+#define SEARCHCORPUS_AVX2
+__attribute__((target("avx2"))) int scanAvx2(const char16_t *hay, int n, const char16_t *needle,
+                                             int m, int *at)
+{
+    const __m256i first = _mm256_set1_epi16(short(needle[0]));
+    const __m256i last = _mm256_set1_epi16(short(needle[m - 1]));
+    const size_t bytes = size_t(m) * sizeof(char16_t);
+    for (; *at + m + 15 <= n; *at += 16) {
+        const auto *block = reinterpret_cast<const __m256i *>(hay + *at);
+        const auto *blockEnd = reinterpret_cast<const __m256i *>(hay + *at + m - 1);
+        unsigned mask = unsigned(_mm256_movemask_epi8(
+            _mm256_and_si256(_mm256_cmpeq_epi16(_mm256_loadu_si256(block), first),
+                             _mm256_cmpeq_epi16(_mm256_loadu_si256(blockEnd), last))));
+        while (mask) {
+            const int candidate = *at + __builtin_ctz(mask) / 2;
+            if (std::memcmp(hay + candidate, needle, bytes) == 0)
+                return candidate;
+            mask &= mask - 1; // each character sets two bits of the mask
+            mask &= mask - 1;
+        }
+    }
+    return -1;
+}
+#endif
+
+#ifdef __SSE2__
+int scanSse2(const char16_t *hay, int n, const char16_t *needle, int m, int *at)
+{
+    const __m128i first = _mm_set1_epi16(short(needle[0]));
+    const __m128i last = _mm_set1_epi16(short(needle[m - 1]));
+    const size_t bytes = size_t(m) * sizeof(char16_t);
+    for (; *at + m + 7 <= n; *at += 8) {
+        const auto *block = reinterpret_cast<const __m128i *>(hay + *at);
+        const auto *blockEnd = reinterpret_cast<const __m128i *>(hay + *at + m - 1);
+        unsigned mask = unsigned(
+            _mm_movemask_epi8(_mm_and_si128(_mm_cmpeq_epi16(_mm_loadu_si128(block), first),
+                                            _mm_cmpeq_epi16(_mm_loadu_si128(blockEnd), last))));
+        while (mask) {
+            const int candidate = *at + __builtin_ctz(mask) / 2;
+            if (std::memcmp(hay + candidate, needle, bytes) == 0)
+                return candidate;
+            mask &= mask - 1;
+            mask &= mask - 1;
+        }
+    }
+    return -1;
+}
+#endif
+
+} // namespace
+
 int SearchCorpus::indexOf(QStringView text, QStringView word, int from)
 {
     const auto *hay = reinterpret_cast<const char16_t *>(text.data());
@@ -91,35 +152,23 @@ int SearchCorpus::indexOf(QStringView text, QStringView word, int from)
     const int m = int(word.size());
     if (m == 0)
         return from <= n ? from : -1;
-    const int last = n - m; // the last place a match can start
-    const auto matchesAt = [&](int at) {
-        return std::memcmp(hay + at, needle, size_t(m) * sizeof(char16_t)) == 0;
-    };
     int at = qMax(from, 0);
-#ifdef __SSE2__
-    // The places where the word's first two characters stand side by side, eight at a time:
-    // few enough that checking each costs little, where QStringMatcher's skips are short for
-    // the few letters typed into a search.
-    if (m >= 2) {
-        const __m128i first = _mm_set1_epi16(short(needle[0]));
-        const __m128i second = _mm_set1_epi16(short(needle[1]));
-        for (; at <= last && at + 9 <= n; at += 8) {
-            const __m128i here = _mm_loadu_si128(reinterpret_cast<const __m128i *>(hay + at));
-            const __m128i next = _mm_loadu_si128(reinterpret_cast<const __m128i *>(hay + at + 1));
-            unsigned mask = unsigned(_mm_movemask_epi8(
-                _mm_and_si128(_mm_cmpeq_epi16(here, first), _mm_cmpeq_epi16(next, second))));
-            while (mask) {
-                const int candidate = at + __builtin_ctz(mask) / 2;
-                if (candidate <= last && matchesAt(candidate))
-                    return candidate;
-                mask &= mask - 1; // each character sets two bits of the mask
-                mask &= mask - 1;
-            }
-        }
+#ifdef SEARCHCORPUS_AVX2
+    static const bool avx2 = __builtin_cpu_supports("avx2");
+    if (avx2) {
+        const int found = scanAvx2(hay, n, needle, m, &at);
+        if (found >= 0)
+            return found;
     }
 #endif
-    for (; at <= last; ++at) {
-        if (hay[at] == needle[0] && matchesAt(at))
+#ifdef __SSE2__
+    const int found = scanSse2(hay, n, needle, m, &at);
+    if (found >= 0)
+        return found;
+#endif
+    for (const int last = n - m; at <= last; ++at) {
+        if (hay[at] == needle[0]
+            && std::memcmp(hay + at, needle, size_t(m) * sizeof(char16_t)) == 0)
             return at;
     }
     return -1;
