@@ -13,7 +13,6 @@
 #include <server/engine/storage/rolecatalogue.h>
 #include <shared/datasets.h>
 #include <shared/dbkeys.h>
-#include <shared/objectlistwriter.h>
 #include <shared/rolenames.h>
 
 #include <QTranslator>
@@ -134,14 +133,13 @@ Reply ObjectOps::snapshot(Request &request)
         return Reply::fail(
             proto::StatusNotFound,
             ServerText(QT_TRANSLATE_NOOP("ZRServer", "Набора данных «%1» нет.")).arg(dataset));
-    QList<ObjectInfo> objects;
-    bool more = false;
-    if (!m_state.store->page(dataset, afterUid, qBound(1, pageSize, proto::SnapshotPageSize),
-                             &objects, &more))
-        return Reply::internalError();
     QByteArray page;
-    wire::ObjectListWriter::append(&page, objects);
-    return Reply::ok(page + ZRDataStream::pack(more));
+    bool more = false;
+    if (!m_state.store->encodePage(dataset, afterUid, qBound(1, pageSize, proto::SnapshotPageSize),
+                                   &page, &more))
+        return Reply::internalError();
+    page += ZRDataStream::pack(more);
+    return Reply::ok(page);
 }
 
 Reply ObjectOps::roleCatalogue(Request &request)

@@ -1,22 +1,23 @@
 #include "objectstore.h"
 
 #include "qtsqlstatement.h"
+#include "snapshotpage.h"
 #include "sqldialect.h"
 #include "sqlitestatement.h"
 
 #include <server/engine/serverlogging.h>
 #include <shared/datasets.h>
 #include <shared/dbkeys.h>
+#include <shared/wire.h>
 
+#include <QDataStream>
 #include <QSqlDriver>
 #include <QSqlError>
 #include <QSqlQuery>
 
 #include <sqlite3.h>
 
-#include <cstring>
 #include <utility>
-#include <vector>
 
 namespace zeral::server {
 
@@ -33,68 +34,13 @@ QDateTime fromStamp(const QVariant &value)
     return text.isEmpty() ? QDateTime() : QDateTime::fromString(text, Qt::ISODateWithMs);
 }
 
-// The texts that repeat on the rows of one page (types, parameter keys): their UTF-8 bytes
-// and one QString each, which every row with that text shares.
-struct SharedTexts
-{
-    std::vector<std::pair<QByteArray, QString>> known;
-    std::size_t hint = 0; // where the next text is looked for first
-};
-
-// The QString of a text column, shared with the rows before it that had the same text. The
-// same keys come in the same order on every object, so the entry after the last one found is
-// tried first; a page with more distinct texts than a few dozen gets copies beyond them.
+// A text column of the current row, for a SnapshotPage.
 template<class Statement>
-QString sharedText(SharedTexts *texts, const Statement &row, int column)
+SnapshotPage::Text textOf(const Statement &row, int column)
 {
-    int size = 0;
-    const char *bytes = row.text(column, &size);
-    if (!bytes)
-        return {};
-    const std::size_t count = texts->known.size();
-    for (std::size_t i = 0; i < count; ++i) {
-        const std::size_t index = (texts->hint + i) % count;
-        const QByteArray &known = texts->known[index].first;
-        if (known.size() == size && std::memcmp(known.constData(), bytes, size) == 0) {
-            texts->hint = index + 1;
-            return texts->known[index].second;
-        }
-    }
-    QString text = size == 0 ? QString(QLatin1String("")) : QString::fromUtf8(bytes, size);
-    if (count < 64)
-        texts->known.emplace_back(QByteArray(bytes, size), text);
+    SnapshotPage::Text text;
+    text.bytes = row.text(column, &text.size);
     return text;
-}
-
-// The last time stamp read from a column, as text and as fromStamp() reads it: rows written
-// together have the same one, which is then parsed once.
-struct LastStamp
-{
-    QByteArray bytes;
-    QDateTime time;
-};
-
-template<class Statement>
-QDateTime readStamp(LastStamp *last, const Statement &row, int column)
-{
-    int size = 0;
-    const char *bytes = row.text(column, &size);
-    if (!bytes || size == 0)
-        return {};
-    if (last->bytes.size() != size || std::memcmp(last->bytes.constData(), bytes, size) != 0) {
-        last->bytes = QByteArray(bytes, size);
-        last->time = QDateTime::fromString(QString::fromUtf8(bytes, size), Qt::ISODateWithMs);
-    }
-    return last->time;
-}
-
-// The object of `uid` in a page ascending by uid, looked for from `*at` on; rows come in the
-// page's order, so the walk over all rows passes the list once.
-ObjectInfo *objectAt(QList<ObjectInfo> *objects, int *at, TYPE_ID uid)
-{
-    while (*at < objects->size() && (*objects)[*at].uid < uid)
-        ++*at;
-    return *at < objects->size() && (*objects)[*at].uid == uid ? &(*objects)[*at] : nullptr;
 }
 
 } // namespace
@@ -203,66 +149,76 @@ bool ObjectStore::read(TYPE_ID uid, ObjectInfo *object, QString *dataset)
 bool ObjectStore::page(const QString &dataset, TYPE_ID afterUid, int limit,
                        QList<ObjectInfo> *objects, bool *more)
 {
+    objects->clear();
+    QByteArray bytes;
+    if (!encodePage(dataset, afterUid, limit, &bytes, more))
+        return false;
+    QDataStream in(bytes);
+    in.setVersion(QDataStream::Qt_5_15);
+    wire::readList(in, *objects);
+    if (in.status() != QDataStream::Ok) {
+        m_lastError = QStringLiteral("a page of %1 doesn't read back").arg(dataset);
+        qCWarning(lcServerDb) << m_lastError;
+        return false;
+    }
+    return true;
+}
+
+bool ObjectStore::encodePage(const QString &dataset, TYPE_ID afterUid, int limit,
+                             QByteArray *out, bool *more)
+{
+    SnapshotPage page;
     const auto read = [&](auto &statements) {
         return readPage(
             [&](const char *sql) -> auto & { return rawStatement(statements, sql); }, dataset,
-            afterUid, limit, objects, more);
+            afterUid, limit, &page, more);
     };
-    return m_postgres ? read(m_qtStatements) : read(m_rawStatements);
+    if (!(m_postgres ? read(m_qtStatements) : read(m_rawStatements)))
+        return false;
+    page.appendTo(out);
+    return true;
 }
 
 template<class Get>
 bool ObjectStore::readPage(Get statementFor, const QString &dataset, TYPE_ID afterUid, int limit,
-                           QList<ObjectInfo> *objects, bool *more)
+                           SnapshotPage *page, bool *more)
 {
-    objects->clear();
     *more = false;
     // Straight on SQLite (on PostgreSQL through QtSql): through QtSql every value became a QVariant
     // and every text went through UTF-16 in SQLite before it was a QString. Parameters and links
     // come with one statement each for the whole page, in the page's order, so that each row finds
-    // its object by walking the list along.
+    // its object by walking the page along.
     auto &query = statementFor("SELECT uid, type, parent, reserved, changed_at"
                                " FROM objects WHERE dataset = ?1 AND uid > ?2"
                                " ORDER BY uid LIMIT ?3");
     if (!query.start() || !query.bind(1, dataset) || !query.bind(2, afterUid)
         || !query.bind(3, limit + 1))
         return failRaw(query);
-    SharedTexts types;
-    LastStamp stamps;
     while (query.next()) {
-        if (objects->size() == limit) {
+        if (page->size() == limit) {
             *more = true;
             break;
         }
-        objects->append(ObjectInfo());
-        ObjectInfo &object = objects->last();
-        object.uid = TYPE_ID(query.integer(0));
-        object.type = sharedText(&types, query, 1);
-        object.parent = TYPE_ID(query.integer(2));
-        object.reserved = quint32(query.integer(3));
-        object.timestamp = readStamp(&stamps, query, 4);
+        page->addObject(TYPE_ID(query.integer(0)), textOf(query, 1), TYPE_ID(query.integer(2)),
+                        quint32(query.integer(3)), textOf(query, 4));
     }
     query.finish();
     if (!query.lastError().isEmpty())
         return failRaw(query);
-    if (objects->isEmpty())
+    if (page->size() == 0)
         return true;
-    const TYPE_ID lastUid = objects->constLast().uid;
+    const TYPE_ID lastUid = page->lastUid();
 
+    // A page's parameters may come in any order: QDataStream reads a hash from its pairs in
+    // whatever order they are.
     auto &params = statementFor(
         "SELECT p.uid, p.key, p.value FROM objects o JOIN object_params p ON p.uid = o.uid"
-        " WHERE o.dataset = ?1 AND o.uid > ?2 AND o.uid <= ?3 ORDER BY o.uid, p.key");
+        " WHERE o.dataset = ?1 AND o.uid > ?2 AND o.uid <= ?3 ORDER BY o.uid");
     if (!params.start() || !params.bind(1, dataset) || !params.bind(2, afterUid)
         || !params.bind(3, lastUid))
         return failRaw(params);
-    // Every object has the same few keys: one QString each, shared by the whole page.
-    SharedTexts keys;
-    int at = 0;
-    while (params.next()) {
-        ObjectInfo *object = objectAt(objects, &at, TYPE_ID(params.integer(0)));
-        if (object)
-            object->parameters.insert(sharedText(&keys, params, 1), params.string(2));
-    }
+    while (params.next())
+        page->addParameter(TYPE_ID(params.integer(0)), textOf(params, 1), textOf(params, 2));
     if (!params.lastError().isEmpty())
         return failRaw(params);
 
@@ -281,21 +237,11 @@ bool ObjectStore::readPage(Get statementFor, const QString &dataset, TYPE_ID aft
         if (!links.start() || !links.bind(1, dataset) || !links.bind(2, afterUid)
             || !links.bind(3, lastUid))
             return failRaw(links);
-        LastStamp from;
-        LastStamp to;
-        at = 0;
-        while (links.next()) {
-            _INHERIT_DATA link;
-            link.child = TYPE_ID(links.integer(0));
-            link.parent = TYPE_ID(links.integer(1));
-            link.linkType = quint32(links.integer(2));
-            link.reserved = quint32(links.integer(3));
-            link.validFrom = readStamp(&from, links, 4);
-            link.validTo = readStamp(&to, links, 5);
-            ObjectInfo *object = objectAt(objects, &at, asChild ? link.child : link.parent);
-            if (object)
-                (asChild ? object->parents : object->children).insert(link.linkType, link);
-        }
+        while (links.next())
+            page->addLink(asChild ? SnapshotPage::LinkEnd::Child : SnapshotPage::LinkEnd::Parent,
+                          TYPE_ID(links.integer(0)), TYPE_ID(links.integer(1)),
+                          quint32(links.integer(2)), quint32(links.integer(3)),
+                          textOf(links, 4), textOf(links, 5));
         if (!links.lastError().isEmpty())
             return failRaw(links);
     }

@@ -18,6 +18,7 @@
 namespace zeral::server {
 
 class QtSqlStatement;
+class SnapshotPage;
 class SqliteStatement;
 
 // Every statement on the objects, their parameters and links, passwords, permissions,
@@ -45,6 +46,10 @@ public:
     // Objects of a dataset with a uid above `afterUid`, in uid order, at most `limit`.
     bool page(const QString &dataset, TYPE_ID afterUid, int limit, QList<ObjectInfo> *objects,
               bool *more);
+    // The same page as the answer to a snapshot writes it (a QList<ObjectInfo> in the wire's
+    // stream format), appended to `out` straight from the rows.
+    bool encodePage(const QString &dataset, TYPE_ID afterUid, int limit, QByteArray *out,
+                    bool *more);
 
     // Stores a new object; its uid is taken from `object` if not 0, else the next free one.
     TYPE_ID insert(const QString &dataset, const ObjectInfo &object);
@@ -103,7 +108,7 @@ private:
     QtSqlStatement &rawStatement(QtSqlStatements &statements, const char *sql);
     template<class Get>
     bool readPage(Get statementFor, const QString &dataset, TYPE_ID afterUid, int limit,
-                  QList<ObjectInfo> *objects, bool *more);
+                  SnapshotPage *page, bool *more);
     bool run(QSqlQuery &query, const QVariantList &binds);
     bool fail(const QSqlQuery &query);
     template<class Statement>
