@@ -30,6 +30,20 @@ QByteArray writtenUtf8(const char *utf8, int size)
     return bytes.mid(4);
 }
 
+// Qt's own decoding of all the bytes, zero bytes included. GCC warns of the strlen() that
+// a negative size would take, on the empty array's shared storage; the size is never negative.
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wstringop-overread"
+#endif
+QString qtDecoded(const QByteArray &bytes)
+{
+    return QString::fromUtf8(bytes.constData(), bytes.size());
+}
+#if defined(__GNUC__) && !defined(__clang__)
+#pragma GCC diagnostic pop
+#endif
+
 } // namespace
 
 class TestByteWriter : public QObject
@@ -77,7 +91,7 @@ void TestByteWriter::utf8AsQtDecodesIt()
 {
     QFETCH(QByteArray, utf8);
     QCOMPARE(writtenUtf8(utf8.constData(), utf8.size()).toHex(),
-             streamed(QString::fromUtf8(utf8.constData(), utf8.size())).toHex());
+             streamed(qtDecoded(utf8)).toHex());
 }
 
 void TestByteWriter::utf8OfRandomBytes()
@@ -93,7 +107,7 @@ void TestByteWriter::utf8OfRandomBytes()
             bytes.append(alphabet.at(int(random.bounded(alphabet.size()))));
         if (!bytes.isEmpty() && random.bounded(2) == 0)
             bytes[int(random.bounded(bytes.size()))] = char(random.bounded(256));
-        const QByteArray expected = streamed(QString::fromUtf8(bytes.constData(), bytes.size()));
+        const QByteArray expected = streamed(qtDecoded(bytes));
         const QByteArray written = writtenUtf8(bytes.constData(), bytes.size());
         if (written != expected)
             QFAIL(qPrintable(QStringLiteral("%1: %2 instead of %3")
