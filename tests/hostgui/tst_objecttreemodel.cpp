@@ -46,6 +46,7 @@ private slots:
     void rolesAndColumns();
     void valuesComeWithTheRows();
     void codedParameter();
+    void searchTextsSurviveRenames();
     void storeModelFollowsStore();
     void rolesModelFollowsCatalogue();
 };
@@ -283,6 +284,38 @@ void TestObjectTreeModel::rolesModelFollowsCatalogue()
     QCOMPARE(edit.data(ItemRoles::CatalogueOrder).toInt(), 2);
     storage->setRoleCatalogue({});
     QCOMPARE(roles->rowCount(), 0);
+}
+
+// A few objects renamed often enough for the search corpus to compact itself, which moves
+// every text: each node still reads its own, latest text, and a search finds only those.
+void TestObjectTreeModel::searchTextsSurviveRenames()
+{
+    ObjectTreeModel model;
+    const int count = 1500, renamed = 100, rounds = 40;
+    const auto named = [](TYPE_ID uid, int round) {
+        return dept(uid, 0, QStringLiteral("Отдел%1 Раунд%2").arg(uid).arg(round));
+    };
+    QList<ObjectInfo> objects;
+    for (TYPE_ID uid = 1; uid <= count; ++uid)
+        objects << named(uid, 0);
+    model.add(objects);
+    for (int round = 1; round <= rounds; ++round) {
+        for (TYPE_ID uid = 1; uid <= renamed; ++uid)
+            model.add(named(uid, round));
+    }
+    for (TYPE_ID uid = 1; uid <= count; ++uid) {
+        const ObjectTreeModel::Node *node = model.node(uid);
+        const QString expected
+            = QStringLiteral("отдел%1 раунд%2").arg(uid).arg(uid <= renamed ? rounds : 0);
+        QCOMPARE(node->sortKey().toString(), expected);
+        QVERIFY(node->searchText().startsWith(expected));
+    }
+    const auto found = [&model](const QString &word) {
+        return model.uidsContaining(word, ObjectTreeModel::SearchedText::SearchText);
+    };
+    QCOMPARE(found(QStringLiteral("раунд1\n")), QVector<TYPE_ID>{});
+    QCOMPARE(found(QStringLiteral("отдел777 ")), QVector<TYPE_ID>{777});
+    QCOMPARE(found(QStringLiteral("раунд%1").arg(rounds)).size(), renamed);
 }
 
 QTEST_MAIN(TestObjectTreeModel)

@@ -48,11 +48,21 @@ void TestSearchCorpus::find()
 void TestSearchCorpus::changesAndRemovals()
 {
     SearchCorpus corpus;
-    // Enough changes to have the corpus compacted several times on the way.
+    // Enough changes to have the corpus compacted several times on the way; each text stands
+    // where set() says, and after a compaction where startOf() says.
+    const int firstLayout = corpus.layout();
+    const auto textOf = [&corpus](TYPE_ID uid) { return corpus.text().mid(corpus.startOf(uid), 10); };
     for (int round = 0; round < 5; ++round) {
-        for (TYPE_ID uid = 1; uid <= 1000; ++uid)
-            corpus.set(uid, QStringLiteral("round%1 user%2").arg(round).arg(uid));
+        for (TYPE_ID uid = 1; uid <= 1000; ++uid) {
+            const QString text = QStringLiteral("round%1 user%2").arg(round).arg(uid);
+            const int layout = corpus.layout();
+            const int start = corpus.set(uid, text);
+            QCOMPARE(corpus.text().mid(start, text.size()), text);
+            if (corpus.layout() != layout)
+                QCOMPARE(textOf(1), QStringLiteral("round%1 user1").arg(round).left(10));
+        }
     }
+    QVERIFY(corpus.layout() != firstLayout);
     QCOMPARE(corpus.find(QStringLiteral("round0")), Uids{});
     QCOMPARE(corpus.find(QStringLiteral("round4")).size(), 1000);
     QCOMPARE(corpus.find(QStringLiteral("user999")), Uids{999});

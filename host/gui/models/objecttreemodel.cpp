@@ -95,26 +95,29 @@ void ObjectTreeModel::prepareTexts(Node *node)
 {
     if (!node->nameSet)
         node->name = ZRGlobals::objectName(node->info);
-    QString values[searchedKeyCount];
-    int length = node->name.size();
-    for (std::size_t i = 0; i < searchedKeyCount; ++i) {
-        values[i] = node->info.parameters.value(searchedKeys()[i]);
-        length += values[i].isEmpty() ? 0 : values[i].size() + 1;
-    }
-    QString text;
-    text.reserve(length);
+    QString &text = m_searchScratch;
+    text.resize(0);
     text += node->name;
-    for (const QString &value : values) {
-        if (!value.isEmpty())
-            text += QLatin1Char('\n') + value;
+    const auto &parameters = node->info.parameters;
+    for (std::size_t i = 0; i < searchedKeyCount; ++i) {
+        const auto value = parameters.constFind(searchedKeys()[i]);
+        if (value != parameters.cend() && !value->isEmpty())
+            text += QLatin1Char('\n') + *value;
     }
-    // Folded in its own buffer.
-    node->searchText = SearchCorpus::fold(std::move(text));
+    text = SearchCorpus::fold(std::move(text));
     // Case folding maps each UTF-16 unit to one: the sort key is the search text's beginning.
     node->sortKeyLength = node->name.size();
-    m_searchCorpus.set(node->info.uid, node->searchText);
+    node->searchLength = text.size();
+    node->corpus = &m_searchCorpus.text();
+    node->searchStart = m_searchCorpus.set(node->info.uid, text);
+    if (m_searchCorpus.layout() != m_searchLayout) {
+        // Compacted: every node's text has moved.
+        m_searchLayout = m_searchCorpus.layout();
+        for (Node *other : qAsConst(m_nodes))
+            other->searchStart = m_searchCorpus.startOf(other->info.uid);
+    }
     if (m_sortKeyCorpusMade)
-        m_sortKeyCorpus.set(node->info.uid, node->sortKey().toString());
+        m_sortKeyCorpus.set(node->info.uid, node->sortKey());
 }
 
 void ObjectTreeModel::setCodedParameter(const QString &key)
@@ -148,7 +151,7 @@ QVector<TYPE_ID> ObjectTreeModel::uidsContaining(const QString &foldedWord,
         return m_searchCorpus.find(foldedWord);
     if (!m_sortKeyCorpusMade) {
         for (const Node *node : m_nodes)
-            m_sortKeyCorpus.set(node->info.uid, node->sortKey().toString());
+            m_sortKeyCorpus.set(node->info.uid, node->sortKey());
         m_sortKeyCorpusMade = true;
     }
     return m_sortKeyCorpus.find(foldedWord);

@@ -382,7 +382,7 @@ bool ObjectTreeProxy::matchesText(const Node *node) const
                            [&text](const QString &word) { return text.contains(word); });
     };
     if (!m_searchIndex.isEmpty())
-        return containsAll(node->searchText);
+        return containsAll(node->searchText());
     if (m_searchRole == ItemRoles::SortText)
         return containsAll(node->sortKey());
     return containsAll(

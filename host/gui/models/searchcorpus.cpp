@@ -13,13 +13,23 @@ namespace {
 constexpr QChar separator(0x1F);
 }
 
-void SearchCorpus::set(zeral::TYPE_ID uid, const QString &text)
+int SearchCorpus::set(zeral::TYPE_ID uid, QStringView text)
 {
     if (m_current.contains(uid))
         ++m_stale;
+    const int start = m_text.size();
     append(uid, text);
-    if (m_stale > 1024 && m_stale > m_uids.size() / 2)
+    if (m_stale > 1024 && m_stale > m_uids.size() / 2) {
         compact();
+        return startOf(uid);
+    }
+    return start;
+}
+
+int SearchCorpus::startOf(zeral::TYPE_ID uid) const
+{
+    const int entry = m_current.value(uid, -1);
+    return entry < 0 ? -1 : m_starts.at(entry);
 }
 
 void SearchCorpus::remove(zeral::TYPE_ID uid)
@@ -35,14 +45,15 @@ void SearchCorpus::clear()
     m_uids.clear();
     m_current.clear();
     m_stale = 0;
+    ++m_layout;
 }
 
-void SearchCorpus::append(zeral::TYPE_ID uid, const QString &text)
+void SearchCorpus::append(zeral::TYPE_ID uid, QStringView text)
 {
     m_current.insert(uid, m_uids.size());
     m_starts.append(m_text.size());
     m_uids.append(uid);
-    m_text += text;
+    m_text.append(text.data(), int(text.size()));
     m_text += separator;
 }
 
@@ -53,11 +64,13 @@ void SearchCorpus::compact()
     const QVector<zeral::TYPE_ID> uids = std::exchange(m_uids, {});
     const QHash<zeral::TYPE_ID, int> current = std::exchange(m_current, {});
     m_stale = 0;
+    ++m_layout;
     for (int entry = 0; entry < uids.size(); ++entry) {
         if (current.value(uids.at(entry), -1) != entry)
             continue;
         const int end = entry + 1 < starts.size() ? starts.at(entry + 1) : text.size();
-        append(uids.at(entry), text.mid(starts.at(entry), end - starts.at(entry) - 1));
+        append(uids.at(entry),
+               QStringView(text).mid(starts.at(entry), end - starts.at(entry) - 1));
     }
 }
 

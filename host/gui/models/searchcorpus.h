@@ -15,12 +15,20 @@
 class SearchCorpus
 {
 public:
-    // Texts must not contain the separator U+001F; nobody types it into a search.
-    void set(zeral::TYPE_ID uid, const QString &text);
+    // Texts must not contain the separator U+001F; nobody types it into a search. Returns
+    // where the uid's text now starts in text().
+    int set(zeral::TYPE_ID uid, QStringView text);
     void remove(zeral::TYPE_ID uid);
     void clear();
     // The uids whose text contains `word`, each once.
     QVector<zeral::TYPE_ID> find(const QString &word) const;
+
+    // All texts, one after the other: the holders of the uids read theirs here, from where
+    // set() put it, instead of keeping a copy. A compaction or clear() moves the texts and
+    // changes layout(); startOf() then tells each uid's new place.
+    const QString &text() const { return m_text; }
+    int layout() const { return m_layout; }
+    int startOf(zeral::TYPE_ID uid) const;
 
     // The text case-folded as QString::toCaseFolded does it, in its own buffer, and quicker
     // for the Latin and Cyrillic letters that nearly every name is made of.
@@ -31,7 +39,7 @@ public:
     static int indexOf(QStringView text, QStringView word, int from);
 
 private:
-    void append(zeral::TYPE_ID uid, const QString &text);
+    void append(zeral::TYPE_ID uid, QStringView text);
     void compact();
 
     QString m_text;
@@ -39,4 +47,5 @@ private:
     QVector<zeral::TYPE_ID> m_uids;
     QHash<zeral::TYPE_ID, int> m_current; // the live entry of each uid
     int m_stale = 0;
+    int m_layout = 0;
 };
