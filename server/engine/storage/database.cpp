@@ -109,6 +109,16 @@ void Database::close()
     QSqlDatabase::removeDatabase(m_connectionName);
 }
 
+void Database::checkpoint()
+{
+    if (m_address.isPostgres() || !m_db.isOpen())
+        return;
+    const int status
+        = sqlite3_wal_checkpoint_v2(handle(), nullptr, SQLITE_CHECKPOINT_TRUNCATE, nullptr, nullptr);
+    if (status != SQLITE_OK)
+        qCInfo(lcServerDb) << "checkpoint left part of the log:" << sqlite3_errstr(status);
+}
+
 sqlite3 *Database::handle() const
 {
     const QVariant v = m_db.driver()->handle();

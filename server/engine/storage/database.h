@@ -50,6 +50,9 @@ public:
     bool begin();
     bool commit();
     void rollback();
+    // Moves what the write-ahead log holds into the database file and empties the log (SQLite;
+    // nothing on PostgreSQL). Best effort: a reader still at an older state keeps its part.
+    void checkpoint();
 
 private:
     QString openSqlite();
