@@ -7,8 +7,8 @@
 //
 // `bench_permissions editor` or `bench_permissions stock` runs one half (for a profiler).
 #include "benchreport.h"
-#include "paintcounter.h"
 
+#include <tests/support/paintrecorder.h>
 #include <host/core/authdata.h>
 #include <host/core/localstorage.h>
 #include <host/gui/models/objecttreeproxy.h>
@@ -135,7 +135,7 @@ double ms(const QElapsedTimer &timer)
 // The time of `work` and of the events after it, up to a repaint of `painted`.
 double timed(QWidget *painted, const std::function<void()> &work)
 {
-    PaintCounter paints(painted);
+    PaintRecorder paints(painted);
     QElapsedTimer timer;
     timer.start();
     work();
@@ -143,8 +143,8 @@ double timed(QWidget *painted, const std::function<void()> &work)
     waited.start();
     do {
         QCoreApplication::processEvents();
-    } while (paints.count == 0 && waited.elapsed() < 60000);
-    if (paints.count == 0)
+    } while (paints.paints() == 0 && waited.elapsed() < 60000);
+    if (paints.paints() == 0)
         fail("the tree was not repainted");
     return ms(timer);
 }

@@ -13,8 +13,8 @@
 // on the next run; without it the database lives in a temporary folder. `bench_studio_login
 // DBFILE EMPLOYEES ACCOUNTS` makes a smaller site, for a profiler.
 #include "benchreport.h"
-#include "paintcounter.h"
 
+#include <tests/support/paintrecorder.h>
 #include <host/core/authdata.h>
 #include <host/core/localstorage.h>
 #include <host/core/localstorageloader.h>
@@ -268,11 +268,11 @@ int main(int argc, char **argv)
     auto *mobile = screen.findChild<QTableView *>(QStringLiteral("mobileUsersList"));
     if (!users || !mobile)
         fail("the screen has no user lists");
-    PaintCounter paints(users->viewport());
+    PaintRecorder paints(users->viewport());
     screen.show();
     waitFor([&] { return router.sessionsAsked; }, "the role templates were never applied");
-    paints.count = 0; // the repaint that counts is the one after the templates
-    waitFor([&] { return paints.count > 0; }, "the users list was not repainted");
+    paints.clear(); // the repaint that counts is the one after the templates
+    waitFor([&] { return paints.paints() > 0; }, "the users list was not repainted");
     const double totalMs = elapsedMs(total);
     const double screenMs = totalMs - screenStart;
     if (users->model()->rowCount() == 0 || mobile->model()->rowCount() == 0)

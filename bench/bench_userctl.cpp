@@ -4,10 +4,10 @@
 // QTableView) as the baseline. Prints "name value" lines in milliseconds, the median of
 // several runs; bench/run turns them into the table.
 #include "benchreport.h"
-#include "paintcounter.h"
 #include "profilestep.h"
 
 #include <src/userctl.h>
+#include <tests/support/paintrecorder.h>
 #include <tests/support/scriptedserver.h>
 
 #include <host/core/authdata.h>
@@ -180,14 +180,14 @@ double elapsedMs(const QElapsedTimer &timer)
 // Runs the events that follow a change until `paints` has seen the view painted: a view
 // lays out a large change from a zero timer, which a single pass of the event loop may not
 // reach.
-void settle(const PaintCounter &paints, const char *step)
+void settle(const PaintRecorder &paints, const char *step)
 {
     QElapsedTimer waited;
     waited.start();
     do {
         QCoreApplication::processEvents();
-    } while (paints.count == 0 && waited.elapsed() < 60000);
-    if (paints.count == 0) {
+    } while (paints.paints() == 0 && waited.elapsed() < 60000);
+    if (paints.paints() == 0) {
         std::fprintf(stderr, "bench_userctl: %s: ", step);
         fail("the view was not repainted");
     }
@@ -200,7 +200,7 @@ double timedRepaint(const char *step, QWidget *painted, const std::function<void
 {
     static const QList<QByteArray> profiled = qgetenv("BENCH_PROFILE_STEP").split(',');
     const bool profile = profiled.contains(step);
-    PaintCounter paints(painted);
+    PaintRecorder paints(painted);
     QElapsedTimer timer;
     timer.start();
     if (profile)
@@ -259,12 +259,12 @@ struct UsersScreen
     {
         FillTimes times;
         bool applied = false;
-        std::unique_ptr<PaintCounter> paints;
+        std::unique_ptr<PaintRecorder> paints;
         QEventLoop loop;
         QObject::connect(&server, &ScriptedServer::commandSent, &loop, [&](const Command &sent) {
             if (sent.name == QLatin1String(command::GetSessionsInfo)) {
                 applied = true;
-                paints->count = 0; // the repaint that counts is the one after the templates
+                paints->clear(); // the repaint that counts is the one after the templates
                 loop.quit();
             }
         });
@@ -273,7 +273,7 @@ struct UsersScreen
         timer.start();
         screen->insertedToInterface();
         times.read = elapsedMs(timer);
-        paints = std::make_unique<PaintCounter>(table("usersList")->viewport());
+        paints = std::make_unique<PaintRecorder>(table("usersList")->viewport());
         screen->show();
         if (!applied)
             loop.exec();

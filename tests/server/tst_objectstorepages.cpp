@@ -3,7 +3,6 @@
 #include <server/engine/storage/seeder.h>
 #include <shared/datasets.h>
 #include <shared/objectlistreader.h>
-#include <shared/objectlistwriter.h>
 #include <tests/server/testdatabase.h>
 
 #include <QSet>

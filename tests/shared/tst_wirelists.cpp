@@ -1,6 +1,5 @@
 #include <shared/metatypes.h>
 #include <shared/objectlistreader.h>
-#include <shared/objectlistwriter.h>
 #include <shared/sessiontablereader.h>
 #include <shared/wire.h>
 
@@ -62,8 +61,6 @@ class TestWireLists : public QObject
 private slots:
     void readsWhatQtReads_data();
     void readsWhatQtReads();
-    void writesWhatQtWrites_data() { readsWhatQtReads_data(); }
-    void writesWhatQtWrites();
     void refusesWhatIsCut();
     void refusesAHostileCount();
     void sharesTextsThatRepeat();
@@ -124,16 +121,6 @@ void TestWireLists::readsWhatQtReads()
     in >> more;
     QVERIFY(more);
     QVERIFY(in.atEnd());
-}
-
-void TestWireLists::writesWhatQtWrites()
-{
-    QFETCH(QList<ObjectInfo>, objects);
-    const QByteArray expected = encode(objects, false).chopped(1); // without the flag
-    QByteArray written = QByteArrayLiteral("head");
-    wire::ObjectListWriter::append(&written, objects);
-    QCOMPARE(written.left(4), QByteArrayLiteral("head"));
-    QCOMPARE(written.mid(4).toHex(), expected.toHex());
 }
 
 void TestWireLists::refusesWhatIsCut()

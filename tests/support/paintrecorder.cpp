@@ -4,7 +4,6 @@
 #include <QWidget>
 
 PaintRecorder::PaintRecorder(QWidget *widget)
-    : QObject(widget)
 {
     widget->installEventFilter(this);
 }

@@ -6,7 +6,8 @@
 class QWidget;
 
 // Gathers what a widget paints: the union of the regions of its paint events and their
-// number, so that a test can tell which cells a change repainted.
+// number, so that a test can tell which cells a change repainted and a benchmark that its
+// figure includes the repaint. Its holder owns it; it may outlive the widget.
 class PaintRecorder : public QObject
 {
 public:
