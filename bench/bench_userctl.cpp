@@ -193,13 +193,19 @@ void settle(const PaintRecorder &paints, const char *step)
     }
 }
 
-// The time of `work` and of the events that follow it, up to the repaint of `painted`.
 // Under `valgrind --tool=callgrind --collect-atstart=no`, BENCH_PROFILE_STEP=update (or any
-// other step's names, separated by commas) counts the instructions of those steps alone.
+// other step's names, separated by commas: fill, filter, sessions poll) counts the
+// instructions of those steps alone.
+bool profiled(const char *step)
+{
+    static const QList<QByteArray> steps = qgetenv("BENCH_PROFILE_STEP").split(',');
+    return steps.contains(step);
+}
+
+// The time of `work` and of the events that follow it, up to the repaint of `painted`.
 double timedRepaint(const char *step, QWidget *painted, const std::function<void()> &work)
 {
-    static const QList<QByteArray> profiled = qgetenv("BENCH_PROFILE_STEP").split(',');
-    const bool profile = profiled.contains(step);
+    const bool profile = profiled(step);
     PaintRecorder paints(painted);
     QElapsedTimer timer;
     timer.start();
@@ -269,8 +275,11 @@ struct UsersScreen
             }
         });
         QTimer::singleShot(120000, &loop, &QEventLoop::quit);
+        const bool profile = profiled("fill");
         QElapsedTimer timer;
         timer.start();
+        if (profile)
+            BENCH_TOGGLE_COLLECT;
         screen->insertedToInterface();
         times.read = elapsedMs(timer);
         paints = std::make_unique<PaintRecorder>(table("usersList")->viewport());
@@ -281,6 +290,8 @@ struct UsersScreen
             fail("the role templates were never applied");
         times.templates = elapsedMs(timer) - times.read;
         settle(*paints, "fill");
+        if (profile)
+            BENCH_TOGGLE_COLLECT;
         times.total = elapsedMs(timer);
         if (table("usersList")->model()->rowCount() == 0
             || table("mobileUsersList")->model()->rowCount() == 0)
