@@ -176,8 +176,18 @@ private:
     void getSessionsInfoResult(Command &command);
     // Login to the uid of the first stored user of that login; rebuilt after user changes.
     const QHash<QString, zeral::TYPE_ID> &userUidsByLogin();
+    // What the sessions table shows of the stored user of a login: his uid and template.
+    struct SessionUser
+    {
+        zeral::TYPE_ID uid = 0;
+        QString templateId;
+    };
+    const SessionUser &sessionUser(const QString &login);
+    // After a change of the users: the indexes by login are made anew when next asked for.
+    void forgetLoginIndexes();
     // Whether the operator may cut a session of that login, by both sides' templates.
     bool canDisconnect(const QString &login);
+    bool canDisconnectTemplate(const QString &target) const;
     void setCurrentConnectedUserInfoRoles();
     void disconnectUserResult(Command &command);
 
@@ -301,6 +311,10 @@ private:
     // The sessions poll's index of the stored users by login, and whether it is current.
     QHash<QString, zeral::TYPE_ID> m_loginUids;
     bool m_loginUidsValid = false;
+    // The users of the logins that the polls named. The sessions of a poll are mostly those
+    // of the last one, and this small table stays in the processor's caches, where a lookup
+    // in the indexes of all users (100,000 logins) misses them three times a session.
+    QHash<QString, SessionUser> m_sessionUsers;
 
     // Drives the answers to the confirmation queries directly.
     friend class TestUserCtlConfirm;

@@ -164,7 +164,7 @@ void UserCtl::usersRead(const QList<zeral::TYPE_ID> &uids)
             added.append(row.object);
     }
     m_userModel->add(std::move(rows));
-    m_loginUidsValid = false;
+    forgetLoginIndexes();
     // Each emission copies the user; nobody listening, nobody to copy for.
     for (const zeral::ObjectInfo &user : qAsConst(added))
         emit userAdded(user);
@@ -195,7 +195,7 @@ void UserCtl::usersRemoved(const QList<zeral::TYPE_ID> &uids)
         m_userModel->remove(uid);
         selectedTouched = selectedTouched || selected.contains(uid);
     }
-    m_loginUidsValid = false;
+    forgetLoginIndexes();
     if (selectedTouched) {
         userSelectionChanged();
         mobileUserSelectionChanged();

@@ -64,7 +64,6 @@ void UserCtl::getSessionsInfoResult(Command &command)
 
     m_connectedUsersModel->clear();
     m_connectedUsersModel->setCurrentServerTime(serverTime);
-    const QHash<QString, zeral::TYPE_ID> &uidsByLogin = userUidsByLogin();
     const QString undefinedTemplate = tr("Не определено");
     QVector<ConnectedUsersModel::ModelRecord> records;
     records.reserve(sessions.size());
@@ -74,7 +73,8 @@ void UserCtl::getSessionsInfoResult(Command &command)
             continue;
         ConnectedUsersModel::ModelRecord record;
         static_cast<zeral::ConnectedUserInfo &>(record) = session;
-        const QString templateId = m_loginTemplates.value(session.user);
+        const SessionUser &user = sessionUser(session.user);
+        const QString &templateId = user.templateId;
         if (m_roleTemplates.contains(templateId)) {
             // Named once per template and poll: a translation lookup per session adds up.
             auto name = templateNames.find(templateId);
@@ -84,9 +84,9 @@ void UserCtl::getSessionsInfoResult(Command &command)
         }
         if (record.roleTemplate.isEmpty())
             record.roleTemplate = undefinedTemplate;
-        record.category = canDisconnect(session.user) ? 1 : 4;
-        record.userId = uidsByLogin.value(session.user);
-        records.append(record);
+        record.category = canDisconnectTemplate(templateId) ? 1 : 4;
+        record.userId = user.uid;
+        records.append(std::move(record));
     }
     m_connectedUsersModel->addRecords(records);
 
@@ -130,11 +130,32 @@ const QHash<QString, zeral::TYPE_ID> &UserCtl::userUidsByLogin()
     return uids;
 }
 
+const UserCtl::SessionUser &UserCtl::sessionUser(const QString &login)
+{
+    auto found = m_sessionUsers.find(login);
+    if (found == m_sessionUsers.end()) {
+        // The template as canDisconnect reads it, leaving an empty entry for an unknown login.
+        const SessionUser user{userUidsByLogin().value(login), m_loginTemplates[login]};
+        found = m_sessionUsers.insert(login, user);
+    }
+    return *found;
+}
+
+void UserCtl::forgetLoginIndexes()
+{
+    m_loginUidsValid = false;
+    m_sessionUsers.clear();
+}
+
 bool UserCtl::canDisconnect(const QString &login)
+{
+    return canDisconnectTemplate(m_loginTemplates[login]);
+}
+
+bool UserCtl::canDisconnectTemplate(const QString &target) const
 {
     namespace templates = zeral::roletemplate;
     const QString operatorTemplate = AuthData::roletemplateId();
-    const QString target = m_loginTemplates[login];
     if (operatorTemplate == QLatin1String(templates::SUPERVISOR))
         return true;
     if (operatorTemplate == QLatin1String(templates::ADMINISTRATOR)

@@ -96,6 +96,31 @@ private slots:
         QCOMPARE(h.sessions->model()->rowCount(), 0);
     }
 
+    // The poll remembers the users of the logins it saw; a change of the users is seen at once.
+    void changedUsersShowAtTheNextPoll()
+    {
+        const QStringList roles = UserCtlHarness::allRoles();
+        Screen h(roles);
+        UserCtlHarness::logIn(roles, QStringLiteral("me"), 50, QStringLiteral("RT_OPERATOR"));
+        h.sessions->sortByColumn(1, Qt::AscendingOrder);
+        const QList<zeral::ConnectedUserInfo> polled{session("ivanov", "10.0.0.1:1", "a"),
+                                                     session("newbie", "10.0.0.2:1", "b")};
+        h.poll(polled);
+        QCOMPARE(h.column(6), (QStringList{"1", "1"}));
+        QCOMPARE(h.column(7), (QStringList{"3", "0"}));
+
+        zeral::LocalStorage::instance()->applyChanged(
+            QStringLiteral("user"), {UserCtlHarness::user(3, "ivanov", "RT_ADMINISTRATOR"),
+                                     UserCtlHarness::user(5, "newbie", "RT_OPERATOR")});
+        h.poll(polled);
+        QCOMPARE(h.column(6), (QStringList{"4", "1"}));
+        QCOMPARE(h.column(7), (QStringList{"3", "5"}));
+
+        zeral::LocalStorage::instance()->applyRemoved(QStringLiteral("user"), {5});
+        h.poll(polled);
+        QCOMPARE(h.column(7), (QStringList{"3", "0"}));
+    }
+
     void selectionKeptByAddress()
     {
         Screen h;
