@@ -21,6 +21,7 @@
 #include <shared/connecteduserinfo.h>
 #include <shared/datasets.h>
 #include <shared/dbkeys.h>
+#include <shared/objectlistreader.h>
 #include <shared/rolenames.h>
 
 #include <QApplication>
@@ -88,6 +89,26 @@ void setPerson(ObjectInfo &user, const DemoNames::Person &person)
     user.parameters.insert(QLatin1String(db::user::PATRONYMIC), person.patronymic);
 }
 
+// The users as the studio holds them: read from the wire, where the reader shares the
+// parameters' names and the values that repeat (templates, first names, ...) among all
+// objects. Built here one by one, each user would have texts of his own.
+QList<ObjectInfo> asReceived(const QList<ObjectInfo> &objects)
+{
+    QByteArray bytes;
+    QDataStream out(&bytes, QIODevice::WriteOnly);
+    out.setVersion(QDataStream::Qt_5_15);
+    out << quint32(objects.size());
+    for (const ObjectInfo &object : objects)
+        out << object;
+    QDataStream in(bytes);
+    in.setVersion(QDataStream::Qt_5_15);
+    QList<ObjectInfo> received;
+    zeral::wire::ObjectListReader().read(in, received);
+    if (in.status() != QDataStream::Ok || received.size() != objects.size())
+        fail("the users didn't come through the wire");
+    return received;
+}
+
 // The operator (uid 1, a supervisor) and userCount accounts with the demo's names; every
 // 23rd is blocked, every 5th has a password expiry date.
 QList<ObjectInfo> makeUsers()
@@ -121,7 +142,7 @@ QList<ObjectInfo> makeUsers()
         }
         users.append(user);
     }
-    return users;
+    return asReceived(users);
 }
 
 // The answer of "data.role_template_inherit" to a supervisor, from the templates the server
