@@ -125,6 +125,8 @@ private slots:
     void filters();
     void checks_data();
     void checks();
+    void sortsByName_data();
+    void sortsByName();
     void followsTheModel();
     void checksFollowTheModel_data();
     void checksFollowTheModel();
@@ -205,6 +207,55 @@ void TestObjectTreeProxy::filters()
         apply(*m_proxy, step);
     QCOMPARE(testing::dumpTree(*m_proxy), visible);
     QCOMPARE(joined(m_proxy->filterResult()), result);
+}
+
+void TestObjectTreeProxy::sortsByName_data()
+{
+    QTest::addColumn<QStringList>("names"); // of uids 101, 102, ...
+    QTest::addColumn<QString>("order");
+    QTest::addRow("first letters") << QStringList{"Борис", "Анна", "Вера"} << "102,101,103";
+    QTest::addRow("alike in four letters, apart later")
+        << QStringList{"Иванова", "Иванов", "Иванович", "Ивановский"} << "102,101,103,104";
+    QTest::addRow("alike in eight letters, apart later")
+        << QStringList{"petrovsky.b", "petrovsky", "petrovsky.a", "petrovskaya"}
+        << "104,102,103,101";
+    QTest::addRow("shorter than four letters")
+        << QStringList{"Яна", "Ян", "Я", "Яков"} << "103,104,102,101";
+    QTest::addRow("case is ignored, the uid decides a tie")
+        << QStringList{"анна", "АННА", "Анна", "анн"} << "104,101,102,103";
+    QTest::addRow("ё after я, Latin before Cyrillic")
+        << QStringList{"Ёлкин", "Яшин", "Ершов", "Zorin"} << "104,103,102,101";
+    QTest::addRow("a surrogate pair between the planes' code units")
+        << QStringList{QString::fromUtf8("\xF0\x9F\x98\x80x"), QString::fromUtf8("\xEF\xBD\x81"),
+                       "z"}
+        << "103,101,102";
+    QTest::addRow("a NUL inside the first four")
+        << QStringList{QString("ab") + QChar(0) + "c", "ab", QString("ab") + QChar(0)}
+        << "102,103,101";
+    QTest::addRow("a NUL inside the second four")
+        << QStringList{QString("abcdef") + QChar(0) + "c", "abcdef", QString("abcdef") + QChar(0)}
+        << "102,103,101";
+}
+
+void TestObjectTreeProxy::sortsByName()
+{
+    QFETCH(QStringList, names);
+    QFETCH(QString, order);
+    QList<ObjectInfo> objects;
+    for (int i = 0; i < names.size(); ++i)
+        objects << object(101 + TYPE_ID(i), "OT_DEPARTMENT", 0, names.at(i));
+    ObjectTreeModel model;
+    model.add(objects);
+    ObjectTreeProxy proxy;
+    proxy.setSourceModel(&model);
+    proxy.setSortRole(ItemRoles::SortText);
+    proxy.setSortCaseSensitivity(Qt::CaseInsensitive);
+    proxy.sort(0);
+    QAbstractItemModelTester tester(&proxy, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    QStringList uids;
+    for (int row = 0; row < proxy.rowCount(); ++row)
+        uids << QString::number(model.uidForIndex(proxy.mapToSource(proxy.index(row, 0))));
+    QCOMPARE(uids.join(QLatin1Char(',')), order);
 }
 
 void TestObjectTreeProxy::checks_data()

@@ -107,6 +107,11 @@ void ObjectTreeModel::prepareTexts(Node *node)
     text = SearchCorpus::fold(std::move(text));
     // Case folding maps each UTF-16 unit to one: the sort key is the search text's beginning.
     node->sortKeyLength = node->name.size();
+    for (int i = 0; i < 8; ++i) {
+        const ushort unit = i < node->sortKeyLength ? text.at(i).unicode() : 0;
+        quint64 &part = node->sortPrefix[i / 4];
+        part = (i % 4 == 0 ? 0 : part << 16) | unit;
+    }
     node->searchLength = text.size();
     node->corpus = &m_searchCorpus.text();
     node->searchStart = m_searchCorpus.set(node->info.uid, text);

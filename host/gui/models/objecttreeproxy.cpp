@@ -464,7 +464,7 @@ bool ObjectTreeProxy::lessThan(const QModelIndex &left, const QModelIndex &right
         const Node *b = m_model->nodeFor(right);
         if (a && b) {
             const int order = sortCaseSensitivity() == Qt::CaseInsensitive
-                                  ? a->sortKey().compare(b->sortKey())
+                                  ? a->compareSortKey(*b)
                                   : a->name.compare(b->name);
             return order != 0 ? order < 0 : a->info.uid < b->info.uid;
         }
