@@ -18,8 +18,8 @@
 #include <host/core/authdata.h>
 #include <host/core/data.h>
 #include <host/core/localstorage.h>
-#include <host/core/maildeliverywatcher.h>
 #include <host/core/logging.h>
+#include <host/core/maildeliverywatcher.h>
 #include <host/core/protocol.h>
 #include <host/core/settings.h>
 #include <host/gui/models/itemroles.h>
@@ -366,6 +366,7 @@ void UserCtl::initUserModels()
     m_userModel->setColumnCount(6);
     m_userModel->setHorizontalHeaderLabels({tr("Логин"), tr("Тип объекта"), tr("Логин"), tr("ФИО"),
                                             tr("Шаблон ролей"), tr("Состояние")});
+    setUserCells();
 
     m_userProxy = makeUserProxy(m_ui->usersList);
     // Users of the mobile templates have a tab of their own.

@@ -3,6 +3,7 @@
 #include <src/taskqueue.h>
 
 #include <host/core/zrplugininterface.h>
+#include <host/gui/models/objecttreemodel.h>
 #include <host/gui/widgets/pluginwidget.h>
 #include <host/gui/widgets/searchwidget.h>
 #include <host/gui/widgets/zrstackedtoolbars.h>
@@ -25,7 +26,6 @@ class ConnectedUsersInfoWidget;
 class ConnectedUsersModel;
 class MailDeliveryWatcher;
 class MobileUserItemDelegate;
-class ObjectTreeModel;
 class QAbstractItemView;
 class QSortFilterProxyModel;
 class QTimer;
@@ -164,6 +164,10 @@ private:
     void roleTemplatesResult(Command &command);
     // The operator-facing name of a template: its own for a custom one, else the built-in one.
     QString roleTemplateName(const QString &id) const;
+    // The users model's cells that show the user's own parameters, worked out when asked for.
+    void setUserCells();
+    // The name of a user's template for the template column, by the template's code.
+    QString templateNameOf(const ObjectTreeModel::Node &user) const;
     void setCurrentUserInfoRoles();
 
     // The side panels are redrawn a moment after a burst of selection changes, not at each.
@@ -293,6 +297,9 @@ private:
     UsersItemDelegate *m_usersDelegate = nullptr;
     MobileUserItemDelegate *m_mobileUsersDelegate = nullptr;
     zeral::ROLETEMPLATES_HASH m_roleTemplates;
+    // The template column's names by the users model's template code; worked out anew after
+    // the templates changed. Sorting on the column asks for two names per comparison.
+    mutable QVector<std::optional<QString>> m_templateNamesByCode;
     QList<zeral::TYPE_ID> m_templateWatchUids;
     // Those who may confirm, as the last confirmation query found them; the one of them whose
     // finger granted the change being accepted (0 outside that moment); the confirmer of each

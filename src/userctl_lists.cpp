@@ -132,28 +132,18 @@ void UserCtl::usersRead(const QList<zeral::TYPE_ID> &uids)
         selectedTouched = selectedTouched || selected.contains(uid);
         const zeral::ObjectInfo &user = found.value();
         const auto &parameters = user.parameters;
-        const QString templateId = parameters.value(keys.roleTemplate);
-        const QString name = ZRGlobals::objectName(user.type, parameters);
         ObjectTreeModel::Row row;
         // Assigned, not copy-constructed: the copy constructor gives each copy parameters of
         // its own, which 100,000 users can't afford here.
         row.object = user;
-        const auto cell = [&row](int column, int role, QString value) {
-            row.values.append({column, role, std::move(value)});
-        };
-        row.values.reserve(8);
-        cell(2, Qt::EditRole, name);
-        cell(3, Qt::EditRole, parameters.value(keys.name));
-        cell(4, Qt::EditRole, templateId);
-        cell(5, Qt::EditRole, parameters.value(keys.passwordExpired));
-        cell(5, ItemRoles::ObjectState, parameters.value(keys.objectState));
-        cell(0, ItemRoles::SortText, name);
-        cell(3, ItemRoles::SortText,
-             fillNamePattern(fullNameFormat, parameters.value(keys.surname),
-                             parameters.value(keys.name), parameters.value(keys.patronymic)));
-        cell(4, ItemRoles::SortText, roleTemplateName(templateId));
+        // The other cells are the user's parameters, read when shown (setUserCells); the
+        // full name is put together once, as the name column sorts on it.
+        row.values
+            = {{3, ItemRoles::SortText,
+                fillNamePattern(fullNameFormat, parameters.value(keys.surname),
+                                parameters.value(keys.name), parameters.value(keys.patronymic))}};
         rows.append(std::move(row));
-        m_loginTemplates.insert(parameters.value(keys.login), templateId);
+        m_loginTemplates.insert(parameters.value(keys.login), parameters.value(keys.roleTemplate));
     }
     // New rows come with their cells filled, so that each proxy places them once: row by row,
     // 100,000 users would cost seconds.
@@ -293,6 +283,7 @@ void UserCtl::roleTemplatesResult(Command &command)
         qCWarning(ucc()) << "Read role templates error: unreadable answer";
         return;
     }
+    const bool templatesChanged = templates != m_roleTemplates;
     m_roleTemplates = templates;
 
     QStringList allowed = m_roleTemplates.keys();
@@ -302,15 +293,11 @@ void UserCtl::roleTemplatesResult(Command &command)
     m_mobileUserProxy->setRoletemplateFilter(allowed);
     m_mobileUserProxy->setRoleTemplates(m_roleTemplates);
 
-    QHash<QString, QString> nameOfTemplate; // a few templates for many users
-    m_userModel->setColumnValues(4, ItemRoles::SortText, [&](const ObjectTreeModel::Node &user) {
-        const QVariant *id = user.value(4, Qt::DisplayRole);
-        const QString templateId = id ? id->toString() : QString();
-        auto name = nameOfTemplate.find(templateId);
-        if (name == nameOfTemplate.end())
-            name = nameOfTemplate.insert(templateId, roleTemplateName(templateId));
-        return QVariant(name.value());
-    });
+    // The template column shows the names from this table.
+    if (templatesChanged) {
+        m_templateNamesByCode.clear();
+        m_userModel->announceColumn(4, ItemRoles::SortText);
+    }
     emit roleTemplatesRead(m_roleTemplates);
 
     m_ui->usersList->update();
@@ -327,6 +314,39 @@ QString UserCtl::roleTemplateName(const QString &id) const
         return found->name;
     return QCoreApplication::translate(
         "ZRGlobals", ZRGlobals::roleTemplateNames().value(id).toUtf8().constData());
+}
+
+void UserCtl::setUserCells()
+{
+    const UserRowKeys &keys = userRowKeys();
+    const auto parameter = [this](int column, int role, const QString &key) {
+        m_userModel->setDerivedCell(column, role, [key](const ObjectTreeModel::Node &user) {
+            return QVariant(user.info.parameters.value(key));
+        });
+    };
+    m_userModel->setDerivedCell(2, Qt::EditRole, [](const ObjectTreeModel::Node &user) {
+        return QVariant(ZRGlobals::objectName(user.info));
+    });
+    parameter(3, Qt::EditRole, keys.name);
+    parameter(4, Qt::EditRole, keys.roleTemplate);
+    parameter(5, Qt::EditRole, keys.passwordExpired);
+    parameter(5, ItemRoles::ObjectState, keys.objectState);
+    m_userModel->setDerivedCell(4, ItemRoles::SortText, [this](const ObjectTreeModel::Node &user) {
+        return QVariant(templateNameOf(user));
+    });
+}
+
+QString UserCtl::templateNameOf(const ObjectTreeModel::Node &user) const
+{
+    const QString &key = userRowKeys().roleTemplate;
+    if (user.code < 0 || m_userModel->codedParameter() != key)
+        return roleTemplateName(user.info.parameters.value(key));
+    if (user.code >= m_templateNamesByCode.size())
+        m_templateNamesByCode.resize(user.code + 1);
+    std::optional<QString> &name = m_templateNamesByCode[user.code];
+    if (!name)
+        name = roleTemplateName(m_userModel->codeText(user.code));
+    return *name;
 }
 
 void UserCtl::setCurrentUserInfoRoles()

@@ -45,6 +45,7 @@ private slots:
     void cycleStaysAtTop();
     void rolesAndColumns();
     void valuesComeWithTheRows();
+    void derivedCells();
     void codedParameter();
     void searchTextsSurviveRenames();
     void storeModelFollowsStore();
@@ -219,6 +220,57 @@ void TestObjectTreeModel::valuesComeWithTheRows()
     });
     QCOMPARE(changed.count(), 2); // rows 0-1 and row 3; uid 3 kept its value
     QCOMPARE(model.indexForUid(4, 2).data().toString(), QStringLiteral("r"));
+}
+
+void TestObjectTreeModel::derivedCells()
+{
+    using Cell = ObjectTreeModel::CellValue;
+    ObjectTreeModel model;
+    model.setColumnCount(3);
+    QString suffix = QStringLiteral("!");
+    model.setDerivedCell(2, Qt::EditRole, [&suffix](const ObjectTreeModel::Node &node) {
+        return QVariant(node.info.parameters.value("PT_KIND") + suffix);
+    });
+    QAbstractItemModelTester tester(&model, QAbstractItemModelTester::FailureReportingMode::QtTest);
+    ObjectInfo a = dept(1, 0), b = dept(2, 0), c = dept(3, 0);
+    a.parameters.insert("PT_KIND", "x");
+    b.parameters.insert("PT_KIND", "y");
+    // A value given with the row is not kept: the cell is the function's.
+    model.add({{a, {Cell{2, Qt::EditRole, "given"}, Cell{2, ItemRoles::ObjectState, "b"}}},
+               {b, {}},
+               {c, {}}});
+    const QModelIndex cell = model.indexForUid(1, 2);
+    QCOMPARE(cell.data(Qt::DisplayRole).toString(), QStringLiteral("x!"));
+    QCOMPARE(cell.data(Qt::EditRole).toString(), QStringLiteral("x!"));
+    QCOMPARE(cell.data(ItemRoles::ObjectState).toString(), QStringLiteral("b"));
+    QVERIFY(!model.setData(cell, "set"));
+    QCOMPARE(cell.data().toString(), QStringLiteral("x!"));
+
+    // A change of the object announces the cell only when its value changed.
+    QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
+    a.parameters.insert("PT_NAME", "renamed");
+    model.add(a);
+    const auto derivedAnnounced = [&changed] {
+        return std::count_if(changed.cbegin(), changed.cend(), [](const QList<QVariant> &args) {
+            return args.at(0).toModelIndex().column() == 2;
+        });
+    };
+    QCOMPARE(derivedAnnounced(), 0);
+    a.parameters.insert("PT_KIND", "z");
+    model.add(a);
+    QCOMPARE(derivedAnnounced(), 1);
+    QCOMPARE(changed.last().at(0).toModelIndex(), cell);
+    QCOMPARE(changed.last().at(2).value<QVector<int>>(),
+             (QVector<int>{Qt::DisplayRole, Qt::EditRole}));
+
+    // What the function reads besides the node changed: the whole column, in one block.
+    changed.clear();
+    suffix = QStringLiteral("?");
+    model.announceColumn(2, Qt::EditRole);
+    QCOMPARE(changed.count(), 1);
+    QCOMPARE(changed.first().at(0).toModelIndex(), model.index(0, 2));
+    QCOMPARE(changed.first().at(1).toModelIndex(), model.index(2, 2));
+    QCOMPARE(model.indexForUid(2, 2).data().toString(), QStringLiteral("y?"));
 }
 
 void TestObjectTreeModel::codedParameter()

@@ -187,20 +187,26 @@ ObjectTreeModel::Node *ObjectTreeModel::makeNode(const ObjectInfo &object, RowVa
     auto *node = new Node;
     node->info = object;
     if (values) {
-        // The row's list becomes the node's; column 0's role 258 is the name, kept apart.
+        // The row's list becomes the node's; column 0's role 258 is the name, kept apart, and
+        // a derived cell is not stored.
         node->values = std::move(*values);
+        bool apart = false;
         for (CellValue &cell : node->values) {
             cell.role = storedRole(cell.role);
             if (cell.column == 0 && cell.role == ItemRoles::SortText) {
                 node->name = cell.value.toString();
                 node->nameSet = true;
+                apart = true;
+            } else if (!m_derived.isEmpty() && derivedCell(cell.column, cell.role)) {
+                apart = true;
             }
         }
-        if (node->nameSet) {
+        if (apart) {
             node->values.erase(std::remove_if(node->values.begin(), node->values.end(),
-                                              [](const CellValue &cell) {
-                                                  return cell.column == 0
-                                                         && cell.role == ItemRoles::SortText;
+                                              [this](const CellValue &cell) {
+                                                  return (cell.column == 0
+                                                          && cell.role == ItemRoles::SortText)
+                                                         || derivedCell(cell.column, cell.role);
                                               }),
                                node->values.end());
         }
@@ -221,6 +227,8 @@ bool ObjectTreeModel::storeValue(Node *node, int column, int role, const QVarian
         node->name = name;
         return true;
     }
+    if (derivedCell(column, storedRole(role)))
+        return false;
     QVariant &stored = node->valueRef(column, storedRole(role));
     // Validity first: comparing a new, empty value with a text would try conversions.
     if (stored.isValid() && stored == value)
@@ -326,6 +334,10 @@ void ObjectTreeModel::update(Node *node, const ObjectInfo &object)
     const bool parentChanged = node->info.parent != object.parent;
     if (parentChanged && node->parent == &m_root)
         forgetWaiting(node);
+    QVector<QVariant> derivedBefore;
+    derivedBefore.reserve(m_derived.size());
+    for (const DerivedCell &cell : qAsConst(m_derived))
+        derivedBefore.append(cell.valueOf(*node));
     node->info = object;
     prepareTexts(node);
     setCode(node);
@@ -350,6 +362,15 @@ void ObjectTreeModel::update(Node *node, const ObjectInfo &object)
     if (typeChanged) {
         const QModelIndex typeCell = indexOf(node, 1);
         emit dataChanged(typeCell, typeCell, {Qt::DisplayRole, Qt::EditRole});
+    }
+    for (int i = 0; i < m_derived.size(); ++i) {
+        const DerivedCell &cell = m_derived.at(i);
+        if (cell.valueOf(*node) == derivedBefore.at(i))
+            continue;
+        const QModelIndex changed = indexOf(node, cell.column);
+        emit dataChanged(changed, changed,
+                         cell.role == Qt::DisplayRole ? QVector<int>{Qt::DisplayRole, Qt::EditRole}
+                                                      : QVector<int>{cell.role});
     }
 }
 
@@ -464,6 +485,38 @@ void ObjectTreeModel::addNew(const QVector<Arrival> &arrivals)
 void ObjectTreeModel::setColumnValues(int column, int role,
                                       const std::function<QVariant(const Node &)> &valueOf)
 {
+    announceChanges(column, role, [&](Node *node) {
+        if (!storeValue(node, column, role, valueOf(*node)))
+            return false;
+        if (column == 0 && role == ItemRoles::SortText)
+            prepareTexts(node);
+        return true;
+    });
+}
+
+void ObjectTreeModel::setDerivedCell(int column, int role,
+                                     std::function<QVariant(const Node &)> valueOf)
+{
+    m_derived.append({column, storedRole(role), std::move(valueOf)});
+}
+
+void ObjectTreeModel::announceColumn(int column, int role)
+{
+    announceChanges(column, role, [](Node *) { return true; });
+}
+
+const ObjectTreeModel::DerivedCell *ObjectTreeModel::derivedCell(int column, int role) const
+{
+    for (const DerivedCell &cell : m_derived) {
+        if (cell.column == column && cell.role == role)
+            return &cell;
+    }
+    return nullptr;
+}
+
+void ObjectTreeModel::announceChanges(int column, int role,
+                                      const std::function<bool(Node *)> &changed)
+{
     // Walked in row order, so that each block of changed neighbours is announced once.
     const QVector<int> roles = (role == Qt::DisplayRole || role == Qt::EditRole)
                                    ? QVector<int>{Qt::DisplayRole, Qt::EditRole}
@@ -482,9 +535,7 @@ void ObjectTreeModel::setColumnValues(int column, int role,
         for (Node *node : qAsConst(parent->children)) {
             if (!node->children.isEmpty())
                 parents.append(node);
-            if (storeValue(node, column, role, valueOf(*node))) {
-                if (column == 0 && role == ItemRoles::SortText)
-                    prepareTexts(node);
+            if (changed(node)) {
                 if (first < 0)
                     first = node->row;
             } else {
@@ -669,6 +720,8 @@ QVariant ObjectTreeModel::data(const QModelIndex &index, int role) const
     } else if (column == 1 && (role == Qt::DisplayRole || role == Qt::EditRole)) {
         return node->info.type;
     }
+    if (const DerivedCell *cell = derivedCell(column, storedRole(role)))
+        return cell->valueOf(*node);
     const QVariant *stored = node->value(column, storedRole(role));
     return stored ? *stored : QVariant();
 }
@@ -681,7 +734,8 @@ bool ObjectTreeModel::setData(const QModelIndex &index, const QVariant &value, i
     const int column = index.column();
     const bool display = role == Qt::DisplayRole || role == Qt::EditRole;
     // The uid, the type and the parameters belong to the object, not to the screen.
-    if ((column == 0 && (display || role == ItemRoles::Parameters)) || (column == 1 && display))
+    if ((column == 0 && (display || role == ItemRoles::Parameters)) || (column == 1 && display)
+        || derivedCell(column, storedRole(role)))
         return false;
     if (!storeValue(node, column, role, value))
         return true;
