@@ -133,9 +133,7 @@ void UserCtl::usersRead(const QList<zeral::TYPE_ID> &uids)
         const zeral::ObjectInfo &user = found.value();
         const auto &parameters = user.parameters;
         ObjectTreeModel::Row row;
-        // Assigned, not copy-constructed: the copy constructor gives each copy parameters of
-        // its own, which 100,000 users can't afford here.
-        row.object = user;
+        row.object = &user;
         // The other cells are the user's parameters, read when shown (setUserCells); the
         // full name is put together once, as the name column sorts on it.
         row.values
@@ -151,7 +149,7 @@ void UserCtl::usersRead(const QList<zeral::TYPE_ID> &uids)
     QList<zeral::ObjectInfo> added;
     if (announce) {
         for (const ObjectTreeModel::Row &row : qAsConst(rows))
-            added.append(row.object);
+            added.append(*row.object);
     }
     m_userModel->add(std::move(rows));
     forgetLoginIndexes();

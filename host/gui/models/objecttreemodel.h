@@ -38,46 +38,28 @@ public:
     // sort on the prepared texts without going through QVariant.
     struct Node
     {
+        // The pointers and lists first and the numbers after them, without gaps: a node is
+        // made for each of 100,000 rows.
         zeral::ObjectInfo info;
         Node *parent = nullptr;
-        int row = 0;
         QVector<Node *> children;
         QString name; // role 258 of column 0
-        // The name and the identifying parameters, case-folded, where the model's search
-        // corpus keeps them: a copy in each node would be 14 MB on 100,000 users.
-        const QString *corpus = nullptr;
-        int searchStart = 0;
-        int searchLength = 0;
-        int sortKeyLength = 0;
-        // The sort key's first eight UTF-16 units, four to a number, the first in the high
-        // bits, zeros past its end: most comparisons end here, without reading two texts far
-        // apart in memory (logins and names often share their first four letters).
-        quint64 sortPrefix[2] = {0, 0};
-        // The coded parameter's value as its code (see setCodedParameter), -1 without one.
-        int code = -1;
-        bool nameSet = false;
         // What setData stored, the edit role kept as the display role: a handful per row,
         // where a short list costs a fraction of a hash, for each of 100,000 rows.
         RowValues values;
+        // The sort key's first four UTF-16 units, the first in the high bits, zeros past its
+        // end: most comparisons end here, without reading two texts far apart in memory.
+        quint64 sortPrefix = 0;
+        int row = 0;
+        // Where the model's search corpus keeps the name and the identifying parameters,
+        // case-folded (searchText()): a copy in each node would be 14 MB on 100,000 users.
+        int searchStart = 0;
+        int searchLength = 0;
+        int sortKeyLength = 0;
+        // The coded parameter's value as its code (see setCodedParameter), -1 without one.
+        int code = -1;
+        bool nameSet = false;
 
-        // Made straight from the place, without the bounds checks of mid(): the sort compares
-        // two of these millions of times.
-        QStringView searchText() const { return textAt(searchLength); }
-        // The name, case-folded: the beginning of the search text.
-        QStringView sortKey() const { return textAt(sortKeyLength); }
-        // Orders as sortKey().compare(other.sortKey()) does.
-        int compareSortKey(const Node &other) const
-        {
-            for (int i = 0; i < 2; ++i) {
-                if (sortPrefix[i] != other.sortPrefix[i])
-                    return sortPrefix[i] < other.sortPrefix[i] ? -1 : 1;
-            }
-            return sortKey().compare(other.sortKey());
-        }
-        QStringView textAt(int length) const
-        {
-            return corpus ? QStringView(corpus->constData() + searchStart, length) : QStringView();
-        }
         const QVariant *value(int column, int role) const;
         QVariant &valueRef(int column, int role);
     };
@@ -93,10 +75,11 @@ public:
     // The same for many objects at once, with as few signals as the tree allows.
     void add(const QList<zeral::ObjectInfo> &objects);
 
-    // An object with the values of its row's cells.
+    // An object with the values of its row's cells. The object is the caller's, read during
+    // add() and copied into the node: a list of 100,000 rows then holds no second copy.
     struct Row
     {
-        zeral::ObjectInfo object;
+        const zeral::ObjectInfo *object;
         RowValues values;
     };
     // Adds or updates the objects together with the values of their cells. New rows come
@@ -144,6 +127,18 @@ public:
     const Node *nodeFor(const QModelIndex &index) const { return nodeOf(index); }
     const Node *rootNode() const { return &m_root; }
     const QHash<zeral::TYPE_ID, Node *> &nodes() const { return m_nodes; }
+    // A node's texts where the search corpus keeps them, made straight from the place,
+    // without the bounds checks of mid(): the sort compares two of these millions of times.
+    QStringView searchText(const Node &node) const { return textOf(node, node.searchLength); }
+    // The name, case-folded: the beginning of the search text.
+    QStringView sortKey(const Node &node) const { return textOf(node, node.sortKeyLength); }
+    // Orders as sortKey(a).compare(sortKey(b)) does.
+    int compareSortKeys(const Node &a, const Node &b) const
+    {
+        if (a.sortPrefix != b.sortPrefix)
+            return a.sortPrefix < b.sortPrefix ? -1 : 1;
+        return sortKey(a).compare(sortKey(b));
+    }
     // The uids whose search text (or sort key) contains a case-folded word, in one pass over
     // all the texts at once.
     enum class SearchedText { SearchText, SortKey };
@@ -164,6 +159,10 @@ public:
 
 private:
     Node *nodeOf(const QModelIndex &index) const;
+    QStringView textOf(const Node &node, int length) const
+    {
+        return QStringView(m_searchCorpus.text().constData() + node.searchStart, length);
+    }
     QModelIndex indexOf(const Node *node, int column = 0) const;
     void prepareTexts(Node *node);
     void setCode(Node *node);

@@ -382,9 +382,9 @@ bool ObjectTreeProxy::matchesText(const Node *node) const
                            [&text](const QString &word) { return text.contains(word); });
     };
     if (!m_searchIndex.isEmpty())
-        return containsAll(node->searchText());
+        return containsAll(m_model->searchText(*node));
     if (m_searchRole == ItemRoles::SortText)
-        return containsAll(node->sortKey());
+        return containsAll(m_model->sortKey(*node));
     return containsAll(
         m_model->indexForUid(node->info.uid).data(m_searchRole).toString().toCaseFolded());
 }
@@ -464,7 +464,7 @@ bool ObjectTreeProxy::lessThan(const QModelIndex &left, const QModelIndex &right
         const Node *b = m_model->nodeFor(right);
         if (a && b) {
             const int order = sortCaseSensitivity() == Qt::CaseInsensitive
-                                  ? a->compareSortKey(*b)
+                                  ? m_model->compareSortKeys(*a, *b)
                                   : a->name.compare(b->name);
             return order != 0 ? order < 0 : a->info.uid < b->info.uid;
         }
