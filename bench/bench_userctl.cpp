@@ -35,6 +35,7 @@
 #include <QTimer>
 
 #include <algorithm>
+#include <malloc.h>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
@@ -217,6 +218,13 @@ void settle(const PaintRecorder &paints, const char *step)
 // Under `valgrind --tool=callgrind --collect-atstart=no`, BENCH_PROFILE_STEP=update (or any
 // other step's names, separated by commas: fill, filter, sessions poll) counts the
 // instructions of those steps alone.
+// Bytes allocated and not freed, small blocks and large.
+std::size_t heapInUse()
+{
+    const struct mallinfo2 info = mallinfo2();
+    return info.uordblks + info.hblkhd;
+}
+
 bool profiled(const char *step)
 {
     static const QList<QByteArray> steps = qgetenv("BENCH_PROFILE_STEP").split(',');
@@ -278,6 +286,7 @@ struct UsersScreen
         double total = 0;
         double read = 0;      // insertedToInterface(): the form built, every user read
         double templates = 0; // from there until the role templates are applied
+        double heapMb = 0;    // what the screen holds on the heap once filled
     };
 
     // insertedToInterface(), shown, until the role templates are applied (the last thing
@@ -297,6 +306,7 @@ struct UsersScreen
         });
         QTimer::singleShot(120000, &loop, &QEventLoop::quit);
         const bool profile = profiled("fill");
+        const std::size_t heapBefore = heapInUse();
         QElapsedTimer timer;
         timer.start();
         if (profile)
@@ -314,6 +324,7 @@ struct UsersScreen
         if (profile)
             BENCH_TOGGLE_COLLECT;
         times.total = elapsedMs(timer);
+        times.heapMb = double(heapInUse() - heapBefore) / (1024 * 1024);
         if (table("usersList")->model()->rowCount() == 0
             || table("mobileUsersList")->model()->rowCount() == 0)
             fail("a user tab stayed empty");
@@ -324,7 +335,7 @@ struct UsersScreen
 // With `openOnly`, only the opening is measured, once: for a profiler.
 void benchUsersScreen(const QList<ObjectInfo> &users, bool openOnly)
 {
-    QVector<double> fills, reads, templates, updates, filters, polls, pollHandlers, rowResizes;
+    QVector<double> fills, reads, templates, heaps, updates, filters, polls, pollHandlers, rowResizes;
     QRandomGenerator random(99);
     const QByteArray sessions = sessionsAnswer(users);
     for (int run = 0; run < 3; ++run) {
@@ -333,6 +344,7 @@ void benchUsersScreen(const QList<ObjectInfo> &users, bool openOnly)
         fills << fill.total;
         reads << fill.read;
         templates << fill.templates;
+        heaps << fill.heapMb;
         if (openOnly)
             break;
         QTableView *usersList = s.table("usersList");
@@ -390,6 +402,7 @@ void benchUsersScreen(const QList<ObjectInfo> &users, bool openOnly)
     bench::report("users_screen_fill", fills);
     bench::report("users_screen_fill_read", reads);
     bench::report("users_screen_fill_templates", templates);
+    bench::report("users_screen_heap", heaps);
     bench::report("users_screen_update", updates);
     bench::report("users_screen_filter", filters);
     bench::report("sessions_poll", polls);
