@@ -48,6 +48,7 @@ private slots:
     void derivedCells();
     void codedParameter();
     void searchTextsSurviveRenames();
+    void searchTextOfAUser();
     void storeModelFollowsStore();
     void rolesModelFollowsCatalogue();
 };
@@ -342,6 +343,23 @@ void TestObjectTreeModel::rolesModelFollowsCatalogue()
     QCOMPARE(edit.data(ItemRoles::CatalogueOrder).toInt(), 2);
     storage->setRoleCatalogue({});
     QCOMPARE(roles->rowCount(), 0);
+}
+
+// A user's name is his login; his search text holds it once, then the other searched values.
+void TestObjectTreeModel::searchTextOfAUser()
+{
+    ObjectTreeModel model;
+    ObjectInfo user = testing::makeUser(7, QStringLiteral("Ivanov.P"));
+    user.parameters.insert(QStringLiteral("PT_SURNAME"), QStringLiteral("Иванов"));
+    user.parameters.insert(QStringLiteral("PT_EMAIL"), QStringLiteral("ivanov.p@example.org"));
+    model.add(user);
+    const QString text = model.searchText(*model.node(7)).toString();
+    QCOMPARE(text.count(QStringLiteral("ivanov.p")), 2); // the login, and in the e-mail
+    QVERIFY(text.startsWith(QStringLiteral("ivanov.p\n")));
+    QVERIFY(text.contains(QStringLiteral("\nиванов")));
+    QCOMPARE(
+        model.uidsContaining(QStringLiteral("ivanov.p"), ObjectTreeModel::SearchedText::SearchText),
+        QVector<TYPE_ID>{7});
 }
 
 // A few objects renamed often enough for the search corpus to compact itself, which moves
