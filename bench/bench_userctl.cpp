@@ -7,6 +7,7 @@
 #include "profilestep.h"
 
 #include <src/userctl.h>
+#include <tests/support/builders.h>
 #include <tests/support/paintrecorder.h>
 #include <tests/support/scriptedserver.h>
 
@@ -35,10 +36,10 @@
 #include <QTimer>
 
 #include <algorithm>
-#include <malloc.h>
 #include <cstdio>
 #include <cstdlib>
 #include <functional>
+#include <malloc.h>
 #include <memory>
 
 using zeral::ObjectInfo;
@@ -95,12 +96,7 @@ void setPerson(ObjectInfo &user, const DemoNames::Person &person)
 // objects. Built here one by one, each user would have texts of his own.
 QList<ObjectInfo> asReceived(const QList<ObjectInfo> &objects)
 {
-    QByteArray bytes;
-    QDataStream out(&bytes, QIODevice::WriteOnly);
-    out.setVersion(QDataStream::Qt_5_15);
-    out << quint32(objects.size());
-    for (const ObjectInfo &object : objects)
-        out << object;
+    const QByteArray bytes = testing::encodeObjectList(objects);
     QDataStream in(bytes);
     in.setVersion(QDataStream::Qt_5_15);
     QList<ObjectInfo> received;
@@ -335,7 +331,8 @@ struct UsersScreen
 // With `openOnly`, only the opening is measured, once: for a profiler.
 void benchUsersScreen(const QList<ObjectInfo> &users, bool openOnly)
 {
-    QVector<double> fills, reads, templates, heaps, updates, filters, polls, pollHandlers, rowResizes;
+    QVector<double> fills, reads, templates, heaps, updates, filters, polls, pollHandlers,
+        rowResizes;
     QRandomGenerator random(99);
     const QByteArray sessions = sessionsAnswer(users);
     for (int run = 0; run < 3; ++run) {
@@ -523,12 +520,12 @@ void benchStock(const QList<ObjectInfo> &users)
                 uid = s.model.item(row, 2)->text();
                 roleTemplate = s.model.item(row, 4)->text();
             }
-            sessionModel.appendRow({new QStandardItem(session.user),
-                                    new QStandardItem(session.ipPort),
-                                    new QStandardItem(roleTemplate),
-                                    new QStandardItem(session.connectDateTime.toLocalTime().toString()),
-                                    new QStandardItem(session.lastActionTime.toLocalTime().toString()),
-                                    new QStandardItem(uid)});
+            sessionModel.appendRow(
+                {new QStandardItem(session.user), new QStandardItem(session.ipPort),
+                 new QStandardItem(roleTemplate),
+                 new QStandardItem(session.connectDateTime.toLocalTime().toString()),
+                 new QStandardItem(session.lastActionTime.toLocalTime().toString()),
+                 new QStandardItem(uid)});
         }
         sessionTable.resizeRowsToContents();
     });

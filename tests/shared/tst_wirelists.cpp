@@ -3,11 +3,11 @@
 #include <shared/sessiontablereader.h>
 #include <shared/wire.h>
 
+#include <tests/support/builders.h>
 #include <tests/support/sequentialsource.h>
 
 #include <QTest>
 #include <QTimeZone>
-
 
 using namespace zeral;
 
@@ -15,12 +15,9 @@ namespace {
 
 QByteArray encode(const QList<ObjectInfo> &objects, bool more = true)
 {
-    QByteArray bytes;
-    QDataStream out(&bytes, QIODevice::WriteOnly);
+    QByteArray bytes = testing::encodeObjectList(objects);
+    QDataStream out(&bytes, QIODevice::Append);
     out.setVersion(QDataStream::Qt_5_15);
-    out << quint32(objects.size());
-    for (const ObjectInfo &object : objects)
-        out << object;
     out << more;
     return bytes;
 }
@@ -51,7 +48,6 @@ _INHERIT_DATA link(TYPE_ID child, TYPE_ID parent, const QDateTime &from)
     return data;
 }
 
-
 } // namespace
 
 class TestWireLists : public QObject
@@ -78,10 +74,9 @@ void TestWireLists::readsWhatQtReads_data()
                           QTimeZone(QByteArrayLiteral("Europe/Moscow")));
 
     QTest::newRow("none") << QList<ObjectInfo>();
-    QTest::newRow("people, times in UTC")
-        << QList<ObjectInfo>{person(1, QStringLiteral("Иван"), utc),
-                             person(2, QStringLiteral("Иван"), utc),
-                             person(3, QStringLiteral("Zoë 𝄞"), QDateTime())};
+    QTest::newRow("people, times in UTC") << QList<ObjectInfo>{
+        person(1, QStringLiteral("Иван"), utc), person(2, QStringLiteral("Иван"), utc),
+        person(3, QStringLiteral("Zoë 𝄞"), QDateTime())};
     ObjectInfo linked = person(4, QStringLiteral("Пётр"), local);
     linked.parents.insert(INHERIT_WORKER_USER, link(4, 90, offset));
     linked.parents.insert(INHERIT_WORKER_USER, link(4, 91, QDateTime()));
@@ -91,8 +86,8 @@ void TestWireLists::readsWhatQtReads_data()
     bare.uid = 0xffffffffu;
     QTest::newRow("an empty object, null type") << QList<ObjectInfo>{bare};
     // A time in a named zone is read by QDataStream itself.
-    QTest::newRow("a named time zone") << QList<ObjectInfo>{person(5, QStringLiteral("Олег"), utc),
-                                                            person(6, QStringLiteral("Олег"), zoned)};
+    QTest::newRow("a named time zone") << QList<ObjectInfo>{
+        person(5, QStringLiteral("Олег"), utc), person(6, QStringLiteral("Олег"), zoned)};
 }
 
 void TestWireLists::readsWhatQtReads()
@@ -127,7 +122,8 @@ void TestWireLists::refusesWhatIsCut()
 {
     ObjectInfo linked = person(4, QStringLiteral("Пётр"), QDateTime::currentDateTimeUtc());
     linked.parents.insert(1, link(4, 90, QDateTime::currentDateTimeUtc()));
-    const QByteArray whole = encode({person(1, QStringLiteral("Анна"), QDateTime()), linked}, false);
+    const QByteArray whole
+        = encode({person(1, QStringLiteral("Анна"), QDateTime()), linked}, false);
     const int listBytes = whole.size() - 1; // the flag after the list
     wire::ObjectListReader reader;
     for (int cut = 0; cut < listBytes; ++cut) {
@@ -170,8 +166,8 @@ void TestWireLists::sharesTextsThatRepeat()
     // Names that repeat stay shared; logins, all different, stop being pooled once judged.
     QList<ObjectInfo> objects;
     for (TYPE_ID uid = 1; uid <= 600; ++uid)
-        objects.append(person(uid, uid % 2 ? QStringLiteral("Иван") : QStringLiteral("Анна"),
-                              QDateTime()));
+        objects.append(
+            person(uid, uid % 2 ? QStringLiteral("Иван") : QStringLiteral("Анна"), QDateTime()));
     const QByteArray bytes = encode(objects);
     wire::ObjectListReader reader;
     QDataStream in(bytes);

@@ -2,6 +2,8 @@
 
 #include <shared/dbkeys.h>
 
+#include <QDataStream>
+
 namespace testing {
 
 zeral::ObjectInfo makeObject(zeral::TYPE_ID uid, const QString &type,
@@ -37,6 +39,17 @@ zeral::ObjectInfo makeWorker(zeral::TYPE_ID uid, const QString &surname, const Q
 zeral::ObjectInfo makeDatabase(zeral::TYPE_ID uid, const QHash<QString, QString> &parameters)
 {
     return makeObject(uid, QLatin1String(db::system::DATABASE), parameters);
+}
+
+QByteArray encodeObjectList(const QList<zeral::ObjectInfo> &objects)
+{
+    QByteArray bytes;
+    QDataStream out(&bytes, QIODevice::WriteOnly);
+    out.setVersion(QDataStream::Qt_5_15);
+    out << quint32(objects.size());
+    for (const zeral::ObjectInfo &object : objects)
+        out << object;
+    return bytes;
 }
 
 } // namespace testing

@@ -3,7 +3,9 @@
 #include <shared/objectinfo.h>
 #include <shared/types.h>
 
+#include <QByteArray>
 #include <QHash>
+#include <QList>
 #include <QString>
 
 // Objects of the store as the tests need them, with only the fields that matter set.
@@ -19,5 +21,8 @@ zeral::ObjectInfo makeWorker(zeral::TYPE_ID uid, const QString &surname, const Q
                              const QString &patronymic = {});
 // The server's database object, whose parameters are the system-wide settings.
 zeral::ObjectInfo makeDatabase(zeral::TYPE_ID uid, const QHash<QString, QString> &parameters);
+// A list of objects as a snapshot page carries it: the count, then each object, as
+// QDataStream (Qt 5.15) writes them.
+QByteArray encodeObjectList(const QList<zeral::ObjectInfo> &objects);
 
 } // namespace testing
