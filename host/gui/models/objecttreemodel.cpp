@@ -101,7 +101,8 @@ void ObjectTreeModel::prepareTexts(Node *node)
     const auto &parameters = node->info.parameters;
     for (std::size_t i = 0; i < searchedKeyCount; ++i) {
         const auto value = parameters.constFind(searchedKeys()[i]);
-        // A user's name is his login: once is enough for the search (2.6 MB less on 100,000).
+        // A value that is the name itself (a user's login) is there already: 2.6 MB on
+        // 100,000 users.
         if (value != parameters.cend() && !value->isEmpty() && *value != node->name)
             text += QLatin1Char('\n') + *value;
     }
