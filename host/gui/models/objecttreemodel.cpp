@@ -41,6 +41,13 @@ int storedRole(int role)
     return role == Qt::EditRole ? Qt::DisplayRole : role;
 }
 
+// The roles a change of a value in `role` is announced with: display and edit together.
+QVector<int> announcedRoles(int role)
+{
+    return storedRole(role) == Qt::DisplayRole ? QVector<int>{Qt::DisplayRole, Qt::EditRole}
+                                               : QVector<int>{role};
+}
+
 quint64 valueKey(int column, int role)
 {
     return (quint64(quint32(column)) << 32) | quint32(storedRole(role));
@@ -369,9 +376,7 @@ void ObjectTreeModel::update(Node *node, const ObjectInfo &object)
         if (cell.valueOf(*node) == derivedBefore.at(i))
             continue;
         const QModelIndex changed = indexOf(node, cell.column);
-        emit dataChanged(changed, changed,
-                         cell.role == Qt::DisplayRole ? QVector<int>{Qt::DisplayRole, Qt::EditRole}
-                                                      : QVector<int>{cell.role});
+        emit dataChanged(changed, changed, announcedRoles(cell.role));
     }
 }
 
@@ -497,18 +502,6 @@ void ObjectTreeModel::addNew(const QVector<Arrival> &arrivals)
     }
 }
 
-void ObjectTreeModel::setColumnValues(int column, int role,
-                                      const std::function<QVariant(const Node &)> &valueOf)
-{
-    announceChanges(column, role, [&](Node *node) {
-        if (!storeValue(node, column, role, valueOf(*node)))
-            return false;
-        if (column == 0 && role == ItemRoles::SortText)
-            prepareTexts(node);
-        return true;
-    });
-}
-
 void ObjectTreeModel::setDerivedCell(int column, int role,
                                      std::function<QVariant(const Node &)> valueOf)
 {
@@ -517,7 +510,18 @@ void ObjectTreeModel::setDerivedCell(int column, int role,
 
 void ObjectTreeModel::announceColumn(int column, int role)
 {
-    announceChanges(column, role, [](Node *) { return true; });
+    const QVector<int> roles = announcedRoles(role);
+    QVector<const Node *> parents{&m_root};
+    while (!parents.isEmpty()) {
+        const Node *parent = parents.takeLast();
+        if (parent->children.isEmpty())
+            continue;
+        const QModelIndex parentIndex = indexOf(parent);
+        emit dataChanged(index(0, column, parentIndex),
+                         index(parent->children.size() - 1, column, parentIndex), roles);
+        for (const Node *child : parent->children)
+            parents.append(child);
+    }
 }
 
 const ObjectTreeModel::DerivedCell *ObjectTreeModel::derivedCell(int column, int role) const
@@ -527,38 +531,6 @@ const ObjectTreeModel::DerivedCell *ObjectTreeModel::derivedCell(int column, int
             return &cell;
     }
     return nullptr;
-}
-
-void ObjectTreeModel::announceChanges(int column, int role,
-                                      const std::function<bool(Node *)> &changed)
-{
-    // Walked in row order, so that each block of changed neighbours is announced once.
-    const QVector<int> roles = (role == Qt::DisplayRole || role == Qt::EditRole)
-                                   ? QVector<int>{Qt::DisplayRole, Qt::EditRole}
-                                   : QVector<int>{role};
-    QVector<Node *> parents{&m_root};
-    while (!parents.isEmpty()) {
-        Node *parent = parents.takeLast();
-        const QModelIndex parentIndex = indexOf(parent);
-        int first = -1;
-        const auto announce = [&](int last) {
-            if (first >= 0)
-                emit dataChanged(index(first, column, parentIndex),
-                                 index(last, column, parentIndex), roles);
-            first = -1;
-        };
-        for (Node *node : qAsConst(parent->children)) {
-            if (!node->children.isEmpty())
-                parents.append(node);
-            if (changed(node)) {
-                if (first < 0)
-                    first = node->row;
-            } else {
-                announce(node->row - 1);
-            }
-        }
-        announce(parent->children.size() - 1);
-    }
 }
 
 void ObjectTreeModel::remove(TYPE_ID uid)
@@ -756,8 +728,7 @@ bool ObjectTreeModel::setData(const QModelIndex &index, const QVariant &value, i
         return true;
     if (column == 0 && role == ItemRoles::SortText)
         prepareTexts(node);
-    emit dataChanged(index, index,
-                     display ? QVector<int>{Qt::DisplayRole, Qt::EditRole} : QVector<int>{role});
+    emit dataChanged(index, index, announcedRoles(role));
     return true;
 }
 

@@ -87,17 +87,13 @@ public:
     // one once; a row that was there gets setData() per value. The values are moved into
     // the rows, not copied: on 100,000 rows that is much of the work.
     void add(QVector<Row> rows);
-    // Sets one column's value in a role for every row, from a function of its node, and
-    // announces each block of changed sibling rows once, as a range.
-    void setColumnValues(int column, int role,
-                         const std::function<QVariant(const Node &)> &valueOf);
     // A cell worked out from its node each time it is asked for, instead of stored: what a
     // column shows of an object's own parameters then costs no memory per row (on 100,000
     // rows, each stored cell is 2.4 MB). Such a cell can't be set; a change of its object
     // announces it when its value changed.
     void setDerivedCell(int column, int role, std::function<QVariant(const Node &)> valueOf);
-    // Announces a column's cells in a role as changed in every row, each block of siblings
-    // once: for derived cells whose function reads something besides the node that changed.
+    // Announces a column's cells in a role as changed in every row, the siblings of each
+    // parent as one range: for derived cells whose function reads something besides the node.
     void announceColumn(int column, int role);
     // Removes the row of the uid; its children wait at the top level for it to come back.
     void remove(zeral::TYPE_ID uid);
@@ -185,9 +181,6 @@ private:
         std::function<QVariant(const Node &)> valueOf;
     };
     const DerivedCell *derivedCell(int column, int role) const;
-    // Walks every row in order and announces the blocks of siblings for which `changed` says
-    // their cell changed.
-    void announceChanges(int column, int role, const std::function<bool(Node *)> &changed);
     // The node the object belongs under: its parent, or the root while that is missing.
     Node *placeFor(const zeral::ObjectInfo &object, const Node *self) const;
     void attach(Node *node, Node *parent);

@@ -69,8 +69,7 @@ void SearchCorpus::compact()
         if (current.value(uids.at(entry), -1) != entry)
             continue;
         const int end = entry + 1 < starts.size() ? starts.at(entry + 1) : text.size();
-        append(uids.at(entry),
-               QStringView(text).mid(starts.at(entry), end - starts.at(entry) - 1));
+        append(uids.at(entry), QStringView(text).mid(starts.at(entry), end - starts.at(entry) - 1));
     }
 }
 
@@ -105,6 +104,18 @@ namespace {
 // apart coincide by chance far more rarely than the first two of a word, which are often a
 // common pair of letters. Each place found is then compared in full. A scan returns the
 // first match, or -1 with `at` at the first place it didn't look at.
+// The first place of a block's candidates (two bits of `mask` a character, from `at` on)
+// where the whole word stands, or -1.
+inline int confirm(unsigned mask, int at, const char16_t *hay, const char16_t *needle, size_t bytes)
+{
+    for (; mask; mask &= mask - 1, mask &= mask - 1) {
+        const int candidate = at + __builtin_ctz(mask) / 2;
+        if (std::memcmp(hay + candidate, needle, bytes) == 0)
+            return candidate;
+    }
+    return -1;
+}
+
 #if defined(__GNUC__) && defined(__x86_64__)
 #define SEARCHCORPUS_AVX2
 __attribute__((target("avx2"))) int scanAvx2(const char16_t *hay, int n, const char16_t *needle,
@@ -119,13 +130,9 @@ __attribute__((target("avx2"))) int scanAvx2(const char16_t *hay, int n, const c
         unsigned mask = unsigned(_mm256_movemask_epi8(
             _mm256_and_si256(_mm256_cmpeq_epi16(_mm256_loadu_si256(block), first),
                              _mm256_cmpeq_epi16(_mm256_loadu_si256(blockEnd), last))));
-        while (mask) {
-            const int candidate = *at + __builtin_ctz(mask) / 2;
-            if (std::memcmp(hay + candidate, needle, bytes) == 0)
-                return candidate;
-            mask &= mask - 1; // each character sets two bits of the mask
-            mask &= mask - 1;
-        }
+        const int found = confirm(mask, *at, hay, needle, bytes);
+        if (found >= 0)
+            return found;
     }
     return -1;
 }
@@ -143,13 +150,9 @@ int scanSse2(const char16_t *hay, int n, const char16_t *needle, int m, int *at)
         unsigned mask = unsigned(
             _mm_movemask_epi8(_mm_and_si128(_mm_cmpeq_epi16(_mm_loadu_si128(block), first),
                                             _mm_cmpeq_epi16(_mm_loadu_si128(blockEnd), last))));
-        while (mask) {
-            const int candidate = *at + __builtin_ctz(mask) / 2;
-            if (std::memcmp(hay + candidate, needle, bytes) == 0)
-                return candidate;
-            mask &= mask - 1;
-            mask &= mask - 1;
-        }
+        const int found = confirm(mask, *at, hay, needle, bytes);
+        if (found >= 0)
+            return found;
     }
     return -1;
 }
