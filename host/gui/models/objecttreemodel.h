@@ -113,7 +113,7 @@ public:
     // the same for the same text: the proxy then decides once per text and reads the number
     // from the node at hand, instead of looking the text up in 100,000 objects' parameters.
     void setCodedParameter(const QString &key);
-    QString codedParameter() const { return m_codedKey; }
+    const QString &codedParameter() const { return m_codedKey; }
     // The text of a code; every code ever given keeps its text.
     QString codeText(int code) const { return m_codeTexts.value(code); }
 

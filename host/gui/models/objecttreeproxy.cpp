@@ -451,20 +451,22 @@ void ObjectTreeProxy::countMatch(TYPE_ID uid, int delta) const
 
 bool ObjectTreeProxy::filterAcceptsRow(int sourceRow, const QModelIndex &sourceParent) const
 {
-    if (!m_model)
+    const ObjectTreeModel *model = m_model;
+    if (!model)
         return QSortFilterProxyModel::filterAcceptsRow(sourceRow, sourceParent);
-    const Node *node = m_model->nodeAt(sourceRow, sourceParent);
+    const Node *node = model->nodeAt(sourceRow, sourceParent);
     return node && accepts(node);
 }
 
 bool ObjectTreeProxy::lessThan(const QModelIndex &left, const QModelIndex &right) const
 {
-    if (m_model && sortRole() == ItemRoles::SortText && left.column() == 0 && right.column() == 0) {
-        const Node *a = m_model->nodeFor(left);
-        const Node *b = m_model->nodeFor(right);
+    const ObjectTreeModel *model = m_model; // read once: sorting compares millions of times
+    if (model && sortRole() == ItemRoles::SortText && left.column() == 0 && right.column() == 0) {
+        const Node *a = model->nodeFor(left);
+        const Node *b = model->nodeFor(right);
         if (a && b) {
             const int order = sortCaseSensitivity() == Qt::CaseInsensitive
-                                  ? m_model->compareSortKeys(*a, *b)
+                                  ? model->compareSortKeys(*a, *b)
                                   : a->name.compare(b->name);
             return order != 0 ? order < 0 : a->info.uid < b->info.uid;
         }

@@ -78,19 +78,23 @@ bool UserProxyModel::acceptsObject(const ObjectTreeModel::Node *node) const
 {
     const bool own = m_currentUserUid != 0 && node->info.uid == m_currentUserUid;
     // A source that codes another parameter: the template is looked up in each object.
-    if (sourceModel()->codedParameter() != templateKey())
+    const ObjectTreeModel *source = sourceModel();
+    const QString &coded = source->codedParameter();
+    if (!coded.isSharedWith(templateKey()) && coded != templateKey())
         return acceptsTemplate(node->info.parameters.value(templateKey()), own);
+    // Asked for every row at each refilter: the answer known, nothing is written.
     const int code = node->code;
+    const QVector<qint8> &known = m_verdicts[own];
+    if (code < known.size() && known.at(code) >= 0)
+        return known.at(code);
     QVector<qint8> &verdicts = m_verdicts[own];
     if (code >= verdicts.size()) {
-        const int known = verdicts.size();
+        const int count = verdicts.size();
         verdicts.resize(code + 1);
-        std::fill(verdicts.begin() + known, verdicts.end(), qint8(-1));
+        std::fill(verdicts.begin() + count, verdicts.end(), qint8(-1));
     }
-    qint8 &verdict = verdicts[code];
-    if (verdict < 0)
-        verdict = acceptsTemplate(sourceModel()->codeText(code), own);
-    return verdict;
+    verdicts[code] = acceptsTemplate(source->codeText(code), own);
+    return verdicts.at(code);
 }
 
 bool UserProxyModel::acceptsTemplate(const QString &templateId, bool own) const
