@@ -43,6 +43,8 @@
 #include <QTabBar>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace {
 
 bool isKeyPress(const QEvent *event)
@@ -336,7 +338,11 @@ void UserCtl::initModels()
 
     const auto &users
         = zeral::LocalStorage::instance()->constObjects(QLatin1String(zeral::USER_DATANAME));
-    usersRead(users.keys());
+    // In the order of the uids, as the store's snapshot brought them and laid them out in
+    // memory: read in the store's hash order, each of 100,000 users is a cache miss.
+    QList<zeral::TYPE_ID> uids = users.keys();
+    std::sort(uids.begin(), uids.end());
+    usersRead(uids);
 
     for (ZRTableView *table : {m_ui->usersList, m_ui->mobileUsersList}) {
         table->horizontalHeader()->setSortIndicatorShown(true);
