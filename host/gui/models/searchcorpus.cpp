@@ -104,6 +104,7 @@ namespace {
 // apart coincide by chance far more rarely than the first two of a word, which are often a
 // common pair of letters. Each place found is then compared in full. A scan returns the
 // first match, or -1 with `at` at the first place it didn't look at.
+
 // The first place of a block's candidates (two bits of `mask` a character, from `at` on)
 // where the whole word stands, or -1.
 inline int confirm(unsigned mask, int at, const char16_t *hay, const char16_t *needle, size_t bytes)

@@ -440,8 +440,8 @@ QList<TYPE_ID> ObjectStore::usersWithLogin(const QString &login, Qt::CaseSensiti
 {
     QList<TYPE_ID> result;
     // The login as it is written is found through the index of the values (a login is asked
-    // for at every sign-in, and a scan of 100,000 users took 0.15 s); in any case, it has to
-    // be compared with every user's.
+    // for at every sign-in, and a scan of 100,000 users took 0.15 s); a login in any letter
+    // case has to be compared with every user's.
     const bool exact = cs == Qt::CaseSensitive;
     QSqlQuery &query
         = exact ? statement("SELECT p.uid, p.value FROM object_params p"
