@@ -339,13 +339,14 @@ void UserCtl::setUserCells()
 QString UserCtl::templateNameOf(const ObjectTreeModel::Node &user) const
 {
     const QString &key = userRowKeys().roleTemplate;
-    if (user.code < 0 || m_userModel->codedParameter() != key)
+    const int code = m_userModel->codeOf(user, key);
+    if (code < 0)
         return roleTemplateName(user.info.parameters.value(key));
-    if (user.code >= m_templateNamesByCode.size())
-        m_templateNamesByCode.resize(user.code + 1);
-    std::optional<QString> &name = m_templateNamesByCode[user.code];
+    if (code >= m_templateNamesByCode.size())
+        m_templateNamesByCode.resize(code + 1);
+    std::optional<QString> &name = m_templateNamesByCode[code];
     if (!name)
-        name = roleTemplateName(m_userModel->codeText(user.code));
+        name = roleTemplateName(m_userModel->codeText(code));
     return *name;
 }
 

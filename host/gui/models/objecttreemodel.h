@@ -114,6 +114,12 @@ public:
     // from the node at hand, instead of looking the text up in 100,000 objects' parameters.
     void setCodedParameter(const QString &key);
     const QString &codedParameter() const { return m_codedKey; }
+    // The node's code of the value of `key`, or -1 unless `key` is the coded parameter.
+    int codeOf(const Node &node, const QString &key) const
+    {
+        const bool coded = m_codedKey.isSharedWith(key) || m_codedKey == key;
+        return coded ? node.code : -1;
+    }
     // The text of a code; every code ever given keeps its text.
     QString codeText(int code) const { return m_codeTexts.value(code); }
 

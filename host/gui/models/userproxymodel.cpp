@@ -79,11 +79,10 @@ bool UserProxyModel::acceptsObject(const ObjectTreeModel::Node *node) const
     const bool own = m_currentUserUid != 0 && node->info.uid == m_currentUserUid;
     // A source that codes another parameter: the template is looked up in each object.
     const ObjectTreeModel *source = sourceModel();
-    const QString &coded = source->codedParameter();
-    if (!coded.isSharedWith(templateKey()) && coded != templateKey())
+    const int code = source->codeOf(*node, templateKey());
+    if (code < 0)
         return acceptsTemplate(node->info.parameters.value(templateKey()), own);
     // Asked for every row at each refilter: the answer known, nothing is written.
-    const int code = node->code;
     const QVector<qint8> &known = m_verdicts[own];
     if (code < known.size() && known.at(code) >= 0)
         return known.at(code);
