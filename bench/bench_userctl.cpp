@@ -577,8 +577,8 @@ int main(int argc, char **argv)
     zeral::LocalStorage::instance()->applyChanged(userDataname, users);
     AuthData::set({operatorLogin, operatorUid, "session-1",
                    QLatin1String(zeral::roletemplate::SUPERVISOR), supervisorRoles(), QString()});
-    // "screen" or "stock" runs one half (and the renames of ours), "open" only one opening of
-    // the screen: for a profiler.
+    // "screen" or "stock" runs one half and then the renames ("screen": of ours alone), "open"
+    // only one opening of the screen: for a profiler.
     const QString only = argc > 1 ? QString::fromLocal8Bit(argv[1]) : QString();
     const bool openOnly = only == QLatin1String("open");
     if (only != QLatin1String("stock"))

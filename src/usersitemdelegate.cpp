@@ -52,7 +52,7 @@ void UsersItemDelegate::paint(QPainter *painter, const QStyleOptionViewItem &opt
         textLeft = left + drawIcon(painter, index, iconRect) + spacing();
     }
     // Only the state reads today's date: each reading of the clock as a local date has the C
-    // library look at the time zone's file again, which is most of a renamed row's repaint.
+    // library look at the time zone's file again (three stat() calls), for every cell painted.
     const QDate today = column == StateColumn ? QDate::currentDate() : QDate();
     painter->drawText(QRect(QPoint(textLeft, top), QPoint(right, top + LineHeight - 1)),
                       Qt::AlignLeft, cellText(index, today));
